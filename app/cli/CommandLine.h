@@ -1,0 +1,9 @@
+#pragma once
+
+namespace kopertal {
+
+/// Runs the program as a command: arguments[1] names it ("generate", "--help", …). Returns the exit
+/// code. Makes the application object that commands need; no display is used.
+int runCommandLine(int count, char** arguments);
+
+} // namespace kopertal

@@ -1,0 +1,212 @@
+#include "app/cli/GenerateCommand.h"
+
+#include "app/cli/Console.h"
+#include "app/cli/StopOnSignal.h"
+#include "app/settings/AppSettings.h"
+#include "engine/AddressFile.h"
+#include "engine/AddressParsing.h"
+#include "engine/EngineError.h"
+#include "engine/OutputPath.h"
+#include "engine/RegisterDocument.h"
+#include "engine/RegisterPages.h"
+
+#include <QDate>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+
+#include <getopt.h>
+#include <optional>
+#include <unistd.h>
+#include <variant>
+
+namespace kopertal {
+
+const char* const generateHelp =
+    R"(Użycie: kopertal generate [PLIK|-] [-o FOLDER | --output PLIK] [OPCJE]
+
+Tworzy z adresów wypełnioną książkę nadawczą (.docx). Adresy to bloki wierszy
+rozdzielone pustym wierszem: w pierwszym wierszu adresat, w dalszych adres.
+Bez PLIKU (albo z „-”) czyta je ze standardowego wejścia. Rozpoznaje UTF-8,
+Windows-1250 i ISO 8859-2.
+
+  -o FOLDER              zapisz w FOLDERZE jako kopertal_RRRRMMDD.docx, pod wolną nazwą
+                         (domyślnie: folder z ustawień, a bez niego bieżący)
+      --output PLIK      zapisz dokładnie jako PLIK; istniejący plik zostanie zastąpiony
+      --sender-name T    nadawca (domyślnie: z ustawień)
+      --sender-address T adres nadawcy (domyślnie: z ustawień)
+      --template PLIK    użyj własnego szablonu .dotx
+      --json             wypisz wynik jako obiekt JSON: document, recipients, pages, skipped
+  -h, --help             pokaż tę pomoc
+
+Na standardowe wyjście trafia ścieżka dokumentu, na standardowe wyjście błędów
+pominięte wpisy i komunikaty.)";
+
+namespace {
+
+struct Options {
+    std::optional<QString> input; // without one, standard input
+    std::optional<QString> folder;
+    std::optional<QString> output;
+    std::optional<QString> senderName;
+    std::optional<QString> senderAddress;
+    std::optional<QString> templateFile;
+    bool json = false;
+};
+
+int refuseUsage(const QString& reason) {
+    printMessage(reason);
+    printMessage(QStringLiteral("Pomoc: kopertal generate --help"));
+    return wrongUsage;
+}
+
+/// The options, or the exit code when there is nothing left to do.
+std::variant<Options, int> parseOptions(int count, char** arguments) {
+    enum { output = 256, senderName, senderAddress, templateFile, json };
+    static const option known[] = {{"output", required_argument, nullptr, output},
+                                   {"sender-name", required_argument, nullptr, senderName},
+                                   {"sender-address", required_argument, nullptr, senderAddress},
+                                   {"template", required_argument, nullptr, templateFile},
+                                   {"json", no_argument, nullptr, json},
+                                   {"help", no_argument, nullptr, 'h'},
+                                   {}};
+    Options options;
+    opterr = 0;
+    for (int found; (found = getopt_long(count, arguments, ":o:h", known, nullptr)) != -1;) {
+        switch (found) {
+        case 'o':
+            options.folder = QFile::decodeName(optarg);
+            break;
+        case output:
+            options.output = QFile::decodeName(optarg);
+            break;
+        case senderName:
+            options.senderName = QString::fromUtf8(optarg);
+            break;
+        case senderAddress:
+            options.senderAddress = QString::fromUtf8(optarg);
+            break;
+        case templateFile:
+            options.templateFile = QFile::decodeName(optarg);
+            break;
+        case json:
+            options.json = true;
+            break;
+        case 'h':
+            printResult(QString::fromUtf8(generateHelp));
+            return done;
+        case ':':
+            return refuseUsage(QStringLiteral("Brakuje wartości opcji: %1")
+                                   .arg(QString::fromLocal8Bit(arguments[optind - 1])));
+        default:
+            return refuseUsage(QStringLiteral("Nieznana lub błędna opcja: %1")
+                                   .arg(QString::fromLocal8Bit(arguments[optind - 1])));
+        }
+    }
+    if (count - optind > 1)
+        return refuseUsage(QStringLiteral("Podaj najwyżej jeden plik z adresami."));
+    if (optind < count && qstrcmp(arguments[optind], "-") != 0)
+        options.input = QFile::decodeName(arguments[optind]);
+    if (options.folder && options.output)
+        return refuseUsage(QStringLiteral("Opcje -o i --output wykluczają się."));
+    if ((options.folder && options.folder->isEmpty()) ||
+        (options.output && options.output->isEmpty()))
+        return refuseUsage(QStringLiteral("Ścieżka zapisu jest pusta."));
+    if (options.output) {
+        const QFileInfo there(*options.output);
+        if (options.output->endsWith(u'/') || (there.exists() && !there.isFile()))
+            return refuseUsage(
+                QStringLiteral("--output nie wskazuje zwykłego pliku: %1").arg(*options.output));
+    }
+    return options;
+}
+
+QString readInput(const Options& options) {
+    QFile file;
+    if (options.input) {
+        file.setFileName(*options.input);
+        file.open(QIODevice::ReadOnly);
+    } else {
+        if (isatty(STDIN_FILENO))
+            printMessage(QStringLiteral("Wpisz adresy i zakończ klawiszami Ctrl+D."));
+        file.open(STDIN_FILENO, QIODevice::ReadOnly);
+    }
+    const QString name = options.input.value_or(QStringLiteral("standardowe wejście"));
+    if (!file.isOpen())
+        throw FileError(name, file.errorString());
+    return readAddresses(file, name);
+}
+
+/// The document's absolute path; empty, after a message, when its folder is missing.
+QString outputPath(const Options& options, const AppSettings& settings) {
+    QString folder = options.output ? QFileInfo(*options.output).path()
+                                    : options.folder.value_or(settings.saveFolder());
+    if (folder.isEmpty())
+        folder = QStringLiteral(".");
+    if (!QFileInfo(folder).isDir()) {
+        printMessage(QStringLiteral("Folder zapisu nie istnieje: %1").arg(folder));
+        return {};
+    }
+    const QString path =
+        options.output ? *options.output
+                       : uniqueURL(QDir(folder).filePath(registerFileName(QDate::currentDate())));
+    return QFileInfo(path).absoluteFilePath();
+}
+
+void reportSkipped(const QStringList& skipped) {
+    if (skipped.isEmpty())
+        return;
+    printMessage(QStringLiteral("Pominięte wpisy (za mało linii):"));
+    for (const QString& line : skipped)
+        printMessage(line);
+}
+
+QString resultLine(const Options& options, const QString& document, qsizetype recipients,
+                   const QStringList& skipped) {
+    if (!options.json)
+        return document;
+    const QJsonObject result{{QStringLiteral("document"), document},
+                             {QStringLiteral("recipients"), static_cast<qint64>(recipients)},
+                             {QStringLiteral("pages"), static_cast<qint64>(pageCount(recipients))},
+                             {QStringLiteral("skipped"), QJsonArray::fromStringList(skipped)}};
+    return QString::fromUtf8(QJsonDocument(result).toJson(QJsonDocument::Compact));
+}
+
+int generate(const Options& options) {
+    const AppSettings& settings = AppSettings::shared();
+    const QString document = outputPath(options, settings);
+    if (document.isEmpty())
+        return failed;
+
+    const QString text = readInput(options);
+    const QList<ParsedAddress> addresses = parseAddresses(text);
+    const QStringList skipped = skippedEntries(text);
+    reportSkipped(skipped);
+    if (addresses.isEmpty()) {
+        printMessage(QStringLiteral(
+            "Brak adresatów: każdy potrzebuje co najmniej dwóch wierszy, nazwy i adresu."));
+        return failed;
+    }
+    {
+        const StopOnSignal interruption;
+        fillTemplate(addresses, options.templateFile, document,
+                     options.senderName.value_or(settings.senderName()),
+                     options.senderAddress.value_or(settings.senderAddress()),
+                     interruption.token());
+    }
+    return printResult(resultLine(options, document, addresses.size(), skipped)) ? done : failed;
+}
+
+} // namespace
+
+int runGenerate(int count, char** arguments) {
+    const std::variant<Options, int> parsed = parseOptions(count, arguments);
+    if (const int* exitCode = std::get_if<int>(&parsed))
+        return *exitCode;
+    return generate(std::get<Options>(parsed));
+}
+
+} // namespace kopertal

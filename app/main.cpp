@@ -1,0 +1,22 @@
+#include "app/cli/CommandLine.h"
+
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+#include <langinfo.h>
+
+namespace {
+
+/// Qt needs a UTF-8 locale and warns on standard error when it has to choose one itself.
+void ensureUtf8Locale() {
+    std::setlocale(LC_ALL, "");
+    if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
+        setenv("LC_ALL", "C.UTF-8", 1);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    ensureUtf8Locale();
+    return kopertal::runCommandLine(argc, argv);
+}

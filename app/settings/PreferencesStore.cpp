@@ -1,0 +1,108 @@
+#include "app/settings/PreferencesStore.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QJsonDocument>
+#include <QLockFile>
+#include <QSaveFile>
+#include <QStandardPaths>
+
+#include <chrono>
+#include <utility>
+
+namespace kopertal {
+namespace {
+
+constexpr qint64 maxFileBytes = 64LL * 1024 * 1024; // a register of a million numbers stays below
+constexpr std::chrono::milliseconds lockTimeout{10'000};
+const auto base64Key = QStringLiteral("base64"); // JSON holds no bytes: {"base64": "…"}
+
+/// The preferences in the file; an empty object when there is no file, nothing when it is damaged.
+std::optional<QJsonObject> readPreferences(const QString& path) {
+    QFile file(path);
+    if (!file.exists())
+        return QJsonObject();
+    if (!file.open(QIODevice::ReadOnly))
+        return std::nullopt;
+    const QByteArray bytes = file.read(maxFileBytes + 1);
+    if (file.error() != QFileDevice::NoError || bytes.size() > maxFileBytes)
+        return std::nullopt;
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
+    if (!document.isObject())
+        return std::nullopt;
+    return document.object();
+}
+
+bool moveAside(const QString& path) {
+    const QString stamp =
+        QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMdd-HHmmss-zzz"));
+    return QFile::rename(path, path + QStringLiteral(".damaged-") + stamp);
+}
+
+bool writePreferences(const QString& path, const QJsonObject& preferences) {
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly))
+        return false;
+    file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
+    file.write(QJsonDocument(preferences).toJson());
+    return file.commit(); // syncs, then renames; fails when any write failed
+}
+
+} // namespace
+
+PreferencesStore::PreferencesStore(QString path) : m_path(std::move(path)) {
+}
+
+QString PreferencesStore::defaultPath() {
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+           QStringLiteral("/kopertal/settings.json");
+}
+
+std::optional<QString> PreferencesStore::text(const QString& key) const {
+    const QJsonValue value = readPreferences(m_path).value_or(QJsonObject()).value(key);
+    if (!value.isString())
+        return std::nullopt;
+    return value.toString();
+}
+
+std::optional<QByteArray> PreferencesStore::data(const QString& key) const {
+    const QJsonValue value =
+        readPreferences(m_path).value_or(QJsonObject()).value(key).toObject().value(base64Key);
+    const auto decoded = QByteArray::fromBase64Encoding(value.toString().toLatin1(),
+                                                        QByteArray::AbortOnBase64DecodingErrors);
+    if (!value.isString() || !decoded)
+        return std::nullopt;
+    return *decoded;
+}
+
+bool PreferencesStore::setText(const QString& key, const QString& value) {
+    return update(key, value);
+}
+
+bool PreferencesStore::setData(const QString& key, const QByteArray& value) {
+    return update(key, QJsonObject{{base64Key, QString::fromLatin1(value.toBase64())}});
+}
+
+bool PreferencesStore::remove(const QString& key) {
+    return update(key, QJsonValue::Undefined);
+}
+
+bool PreferencesStore::update(const QString& key, const QJsonValue& value) {
+    if (!QDir().mkpath(QFileInfo(m_path).path()))
+        return false;
+    QLockFile lock(m_path + QStringLiteral(".lock"));
+    if (!lock.tryLock(static_cast<int>(lockTimeout.count())))
+        return false;
+    std::optional<QJsonObject> preferences = readPreferences(m_path);
+    if (!preferences && !moveAside(m_path))
+        return false;
+    QJsonObject changed = preferences.value_or(QJsonObject());
+    if (value.isUndefined() && !changed.contains(key))
+        return true;
+    changed.insert(key, value); // an undefined value removes the key
+    return writePreferences(m_path, changed);
+}
+
+} // namespace kopertal

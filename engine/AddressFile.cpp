@@ -1,0 +1,78 @@
+#include "engine/AddressFile.h"
+
+#include "engine/EngineError.h"
+
+#include <QIODevice>
+#include <QSysInfo>
+
+#include <iconv.h>
+#include <memory>
+
+namespace kopertal {
+namespace {
+
+/// Qt's decoders replace or invent what a code page leaves undefined; iconv refuses it.
+std::optional<QString> decodeStrictly(QByteArrayView bytes, const char* charset) {
+    constexpr auto utf16 = QSysInfo::ByteOrder == QSysInfo::LittleEndian ? "UTF-16LE" : "UTF-16BE";
+    const iconv_t handle = iconv_open(utf16, charset);
+    if (handle ==
+        reinterpret_cast<iconv_t>(-1)) // NOLINT(performance-no-int-to-ptr): iconv's own value
+        return std::nullopt;
+    const auto close = [](void* converter) { iconv_close(converter); };
+    const std::unique_ptr<void, decltype(close)> closer(handle, close);
+
+    QString text(bytes.size(),
+                 Qt::Uninitialized); // no byte of the three becomes more than one unit
+    char* in = const_cast<char*>(bytes.data());
+    size_t inLeft = static_cast<size_t>(bytes.size());
+    char* out = reinterpret_cast<char*>(text.data());
+    size_t outLeft = static_cast<size_t>(text.size()) * sizeof(QChar);
+    if (iconv(handle, &in, &inLeft, &out, &outLeft) == static_cast<size_t>(-1))
+        return std::nullopt;
+    text.chop(static_cast<qsizetype>(outLeft / sizeof(QChar)));
+    return text;
+}
+
+void normaliseLineEnds(QString& text) {
+    if (!text.contains(u'\r'))
+        return;
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    text.replace(u'\r', u'\n');
+}
+
+} // namespace
+
+std::optional<QString> decodeAddresses(QByteArrayView bytes) {
+    for (const char* charset : {"UTF-8", "CP1250", "ISO-8859-2"}) {
+        if (std::optional<QString> text = decodeStrictly(bytes, charset)) {
+            if (text->startsWith(QChar::ByteOrderMark))
+                text->remove(0, 1);
+            normaliseLineEnds(*text);
+            return text;
+        }
+    }
+    return std::nullopt;
+}
+
+QString readAddresses(QIODevice& source, const QString& name) {
+    constexpr qsizetype chunkBytes = 1 << 20;
+    QByteArray bytes;
+    for (;;) {
+        const qsizetype filled = bytes.size();
+        bytes.resize(filled + chunkBytes);
+        const qint64 count = source.read(bytes.data() + filled, chunkBytes);
+        if (count < 0)
+            throw FileError(name, source.errorString());
+        bytes.resize(filled + count);
+        if (count == 0)
+            break;
+        if (bytes.size() > maxAddressFileBytes)
+            throw FileError(name, QStringLiteral("plik jest większy niż 256 MB"));
+    }
+    std::optional<QString> text = decodeAddresses(bytes);
+    if (!text)
+        throw FileError(name, QStringLiteral("to nie jest plik tekstowy"));
+    return *std::move(text);
+}
+
+} // namespace kopertal

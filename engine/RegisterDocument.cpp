@@ -1,0 +1,106 @@
+#include "engine/RegisterDocument.h"
+
+#include "engine/EngineError.h"
+#include "engine/PageDuplication.h"
+#include "engine/RegisterPages.h"
+#include "engine/TemplateLayout.h"
+#include "engine/TemplatePackage.h"
+#include "engine/TextFitting.h"
+#include "engine/TextPlacement.h"
+#include "engine/Whitespace.h"
+#include "engine/XmlText.h"
+
+#include <QFileInfo>
+
+#include <algorithm>
+
+namespace kopertal {
+namespace {
+
+// The boxes that texts are fitted to, in millimetres: less than the form's boxes measure, for the
+// estimate takes characters for narrower than Polish text is.
+constexpr double nameBoxWidthMM = 39.0;
+constexpr double addressBoxWidthMM = 26.4;
+constexpr double boxHeightMM = 9.2;
+
+QString templatePath(const std::optional<QString>& templateURL) {
+    if (!templateURL) {
+        const auto resource = QStringLiteral(":/kopertal.dotx");
+        if (!QFileInfo::exists(resource))
+            throw EngineError::templateNotFound(QStringLiteral("kopertal.dotx"));
+        return resource;
+    }
+    if (!QFileInfo::exists(*templateURL))
+        throw EngineError::templateNotFound(*templateURL);
+    return *templateURL;
+}
+
+void throwIfStopped(const std::stop_token& stop) {
+    if (stop.stop_requested())
+        throw Cancelled();
+}
+
+void writeSender(pugi::xml_node root, const QString& senderName, const QString& senderAddress) {
+    const auto printed = [](const QString& text) {
+        return trimmedHorizontally(xmlSafe(text)).toString();
+    };
+    const QString name = printed(senderName);
+    const QString address = printed(senderAddress);
+    for (const SenderShapePair& pair : findAllSenderShapePairs(root)) {
+        if (!name.isEmpty())
+            setSenderText(pair.nameShape, name);
+        if (!address.isEmpty())
+            setSenderText(pair.addressShape, address);
+    }
+}
+
+void writeFitted(pugi::xml_node shape, const QStringList& lines, double widthMM) {
+    setTextboxText(shape, lines, fitFontSize(lines, widthMM, boxHeightMM));
+}
+
+/// A grid that lacks a row for a recipient is refused: a register without one of its letters must
+/// not pass unnoticed.
+void writeRecipients(const TextboxGrid& grid, QList<ParsedAddress>::const_iterator first,
+                     qsizetype count) {
+    const size_t rows = std::min(grid.nameShapes.size(), grid.addressShapes.size());
+    if (rows < static_cast<size_t>(count))
+        throw EngineError::xmlParseError(
+            QStringLiteral("siatka adresatów nie ma dziesięciu wierszy"));
+    for (size_t row = 0; row < static_cast<size_t>(count); ++row, ++first) {
+        writeFitted(grid.nameShapes[row], {first->name}, nameBoxWidthMM);
+        writeFitted(grid.addressShapes[row], first->lines, addressBoxWidthMM);
+    }
+}
+
+} // namespace
+
+void fillTemplate(const QList<ParsedAddress>& addresses, const std::optional<QString>& templateURL,
+                  const QString& outputURL, const QString& senderName, const QString& senderAddress,
+                  const std::stop_token& stop) {
+    TemplatePackage package(templatePath(templateURL));
+    const pugi::xml_node root = package.root();
+    const qsizetype pages = pageCount(addresses.size());
+    duplicatePages(root, pages);
+    throwIfStopped(stop);
+
+    writeSender(root, senderName, senderAddress);
+
+    qsizetype next = 0;
+    for (const TextboxGrid& grid : findAllTextboxGrids(root)) {
+        throwIfStopped(stop);
+        const qsizetype count = std::min(recipientsPerPage, addresses.size() - next);
+        if (count <= 0)
+            break;
+        writeRecipients(grid, addresses.begin() + next, count);
+        next += count;
+    }
+
+    qsizetype page = 0;
+    for (const pugi::xml_node& shape : findAllPageNumberShapes(root))
+        setPageNumberText(shape, ++page, pages);
+    throwIfStopped(stop);
+
+    package.save(outputURL, stop);
+}
+
+} // namespace kopertal

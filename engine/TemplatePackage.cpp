@@ -1,0 +1,94 @@
+#include "engine/TemplatePackage.h"
+
+#include "engine/EngineError.h"
+#include "engine/XmlTree.h"
+#include "engine/ZipArchive.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QStringDecoder>
+
+namespace kopertal {
+namespace {
+
+const auto mainDocumentPart = QStringLiteral("word/document.xml");
+const auto contentTypesPart = QStringLiteral("[Content_Types].xml");
+
+QByteArray readFile(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly))
+        throw FileError(path, file.errorString());
+    return file.readAll();
+}
+
+/// Hands the serialised tree to a file and remembers whether it all went in.
+class FileWriter : public pugi::xml_writer {
+public:
+    explicit FileWriter(QFile& file) : m_file(file) {}
+
+    void write(const void* data, size_t size) override {
+        const auto count = static_cast<qint64>(size);
+        m_isWhole = m_isWhole && m_file.write(static_cast<const char*>(data), count) == count;
+    }
+
+    bool isWhole() const { return m_isWhole; }
+
+private:
+    QFile& m_file;
+    bool m_isWhole = true;
+};
+
+bool isUtf8(const QByteArray& bytes) {
+    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+    const QString text = decoder.decode(bytes);
+    return !decoder.hasError();
+}
+
+/// A folder cannot be replaced by renaming a file over it.
+void removeFolderAt(const QString& path) {
+    const QFileInfo info(path);
+    if (info.isDir() && !info.isSymLink() && !QDir(path).removeRecursively())
+        throw FileError(path, QStringLiteral("Cannot remove the folder."));
+}
+
+} // namespace
+
+TemplatePackage::TemplatePackage(const QString& templatePath) {
+    unzipItem(templatePath, m_folder.path());
+    parseXml(readFile(m_folder.filePath(mainDocumentPart)), mainDocumentPart, m_document);
+}
+
+void TemplatePackage::save(const QString& outputPath, const std::stop_token& stop) {
+    writeMainDocument();
+    convertContentTypes();
+    removeFolderAt(outputPath);
+    zipItem(m_folder.path(), outputPath, stop);
+}
+
+void TemplatePackage::writeMainDocument() {
+    QFile file(m_folder.filePath(mainDocumentPart));
+    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        throw FileError(file.fileName(), file.errorString());
+    FileWriter writer(file);
+    m_document.save(writer, " ", pugi::format_indent, pugi::encoding_utf8);
+    if (!writer.isWhole() || !file.flush())
+        throw FileError(file.fileName(), file.errorString());
+}
+
+void TemplatePackage::convertContentTypes() {
+    QFile source(m_folder.filePath(contentTypesPart));
+    if (!source.open(QIODevice::ReadOnly))
+        return;
+    QByteArray types = source.readAll();
+    source.close();
+    if (!isUtf8(types))
+        return;
+    types.replace("template.main+xml", "document.main+xml");
+    QSaveFile file(source.fileName());
+    if (!file.open(QIODevice::WriteOnly) || file.write(types) != types.size() || !file.commit())
+        throw FileError(file.fileName(), file.errorString());
+}
+
+} // namespace kopertal
