@@ -10,9 +10,19 @@
 #include <sys/stat.h>
 
 namespace kopertal {
+namespace {
+
+/// QDir::tempPath() is empty, and so the current folder, where the one that the user names is
+/// missing.
+QString temporaryDirectory() {
+    const QString named = qEnvironmentVariable("TMPDIR");
+    return named.isEmpty() ? QStringLiteral("/tmp") : named;
+}
+
+} // namespace
 
 WorkFolder::WorkFolder() {
-    const QDir parent(QDir::tempPath());
+    const QDir parent(temporaryDirectory());
     m_path = parent.absoluteFilePath(QUuid::createUuid().toString(QUuid::WithoutBraces));
     errno = 0;
     if (!parent.mkpath(QStringLiteral(".")) ||

@@ -42,6 +42,32 @@ bool lacksRootElement(QXmlStreamReader& reader) {
     return !reader.hasError();
 }
 
+/// The writer's own copying of tokens drops prefixes, for namespaces are not processed here, and
+/// whether the document stands alone.
+void copyToken(const QXmlStreamReader& reader, QXmlStreamWriter& writer) {
+    switch (reader.tokenType()) {
+    case QXmlStreamReader::StartDocument:
+        if (reader.isStandaloneDocument())
+            writer.writeStartDocument(QStringLiteral("1.0"), true);
+        else
+            writer.writeStartDocument();
+        break;
+    case QXmlStreamReader::StartElement:
+        writer.writeStartElement(reader.qualifiedName().toString());
+        for (const QXmlStreamAttribute& attribute : reader.attributes())
+            writer.writeAttribute(attribute.qualifiedName().toString(),
+                                  attribute.value().toString());
+        break;
+    case QXmlStreamReader::DTD:
+    case QXmlStreamReader::EntityReference: // only of an external entity
+    case QXmlStreamReader::NoToken:
+    case QXmlStreamReader::Invalid:
+        break;
+    default:
+        writer.writeCurrentToken(reader);
+    }
+}
+
 /// The document again, in UTF-8 and without a document type. The tree's parser is fast and lenient
 /// (it takes two roots, equal attributes, bare ampersands) and knows no entities; this reader is
 /// neither.
@@ -53,25 +79,15 @@ QByteArray soundXml(const QByteArray& bytes, const QString& name) {
     int depth = 0;
     bool hasRoot = false;
     while (!reader.atEnd()) {
-        switch (reader.readNext()) {
-        case QXmlStreamReader::StartElement:
+        reader.readNext();
+        if (reader.isStartElement()) {
             hasRoot = true;
             if (++depth > maxXmlDepth)
                 reader.raiseError(QStringLiteral("Elements are nested too deeply."));
-            break;
-        case QXmlStreamReader::EndElement:
+        } else if (reader.isEndElement()) {
             --depth;
-            break;
-        case QXmlStreamReader::DTD:
-        case QXmlStreamReader::EntityReference:
-        case QXmlStreamReader::NoToken:
-        case QXmlStreamReader::Invalid:
-            continue;
-        default:
-            break;
         }
-        if (!reader.hasError())
-            writer.writeCurrentToken(reader);
+        copyToken(reader, writer);
     }
     if (!hasRoot && lacksRootElement(reader))
         throw EngineError::xmlParseError(QStringLiteral("Brak root element"));

@@ -1,0 +1,263 @@
+#include "tests/support/Archives.h"
+
+#include <QDate>
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+
+using kopertal::test::readArchive;
+
+namespace {
+
+const QByteArray twoRecipients = "Żaneta Łoś\nul. Źródlana 1\n00-001 Łódź\n\nJan\nul. B 2\n";
+
+struct Result {
+    int exitCode;
+    QString output;
+    QString messages;
+};
+
+} // namespace
+
+/// The program itself, run as a command without a display.
+class GenerateCommandTest : public QObject {
+    Q_OBJECT
+
+private:
+    void start(QProcess& process, const QStringList& arguments) const {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "LANG", "LC_ALL", "LC_CTYPE"})
+            environment.remove(name);
+        environment.insert("XDG_CONFIG_HOME", m_scratch->filePath("config"));
+        environment.insert("TMPDIR", m_scratch->filePath("tmp"));
+        process.setProcessEnvironment(environment);
+        process.setWorkingDirectory(m_scratch->filePath("work"));
+        process.start(KOPERTAL_PROGRAM, arguments);
+    }
+
+    Result run(const QStringList& arguments, const QByteArray& input = {}) const {
+        QProcess process;
+        start(process, arguments);
+        process.write(input);
+        process.closeWriteChannel();
+        if (!process.waitForFinished(60'000) || process.exitStatus() != QProcess::NormalExit)
+            return {-1, {}, "the program did not end by itself"};
+        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
+    }
+
+    QString writeFile(const QString& name, const QByteArray& bytes) const {
+        const QString path = m_scratch->filePath("work/" + name);
+        QFile file(path);
+        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
+            qFatal("cannot write %s", qPrintable(path));
+        return path;
+    }
+
+    void writeSettings(const QByteArray& json) const {
+        QVERIFY(QDir().mkpath(m_scratch->filePath("config/kopertal")));
+        QFile file(m_scratch->filePath("config/kopertal/settings.json"));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(json);
+    }
+
+    QStringList workFiles() const {
+        return QDir(m_scratch->filePath("work"))
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
+    static QByteArray documentOf(const QString& path) {
+        return readArchive(path)["word/document.xml"].contents;
+    }
+
+    static QString todaysName() {
+        return "kopertal_" + QDate::currentDate().toString("yyyyMMdd") + ".docx";
+    }
+
+    std::unique_ptr<QTemporaryDir> m_scratch;
+
+private Q_SLOTS:
+    void init() {
+        m_scratch = std::make_unique<QTemporaryDir>();
+        for (const char* folder : {"work", "tmp"})
+            QVERIFY(QDir(m_scratch->path()).mkdir(folder));
+    }
+
+    void cleanup() { QVERIFY(QDir(m_scratch->filePath("tmp")).isEmpty()); }
+
+    void writesUnderAFreeName() {
+        writeFile("a.txt", twoRecipients);
+        const Result first = run({"generate", "a.txt"});
+        QCOMPARE(first.messages, QString());
+        QCOMPARE(first.exitCode, 0);
+        const QString path = m_scratch->filePath("work/" + todaysName());
+        QCOMPARE(first.output, QFileInfo(path).absoluteFilePath() + "\n");
+        QVERIFY(documentOf(path).contains("Żaneta Łoś"));
+
+        const Result second = run({"generate", "-"}, twoRecipients);
+        QCOMPARE(second.output, QString(path).replace(".docx", "_1.docx") + "\n");
+        QVERIFY(QFile::exists(second.output.trimmed()));
+    }
+
+    void readsWhatSendersHave_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("Windows-1250, CR LF")
+            << QByteArray("Jan \xa3o\x9c\r\nul. 1\r\n\r\nB\r\nb\r\n");
+        QTest::newRow("ISO 8859-2, CR") << QByteArray("Jan \xa3o\xb6\rul. 1\r\rB \x81\rb\r");
+        QTest::newRow("UTF-8 with a mark") << QByteArray("\xef\xbb\xbfJan Łoś\nul. 1\n\nB\nb");
+        QTest::newRow("with what XML cannot hold")
+            << QByteArray("Jan \x01Łoś\x1b\nul. 1\n\nB\n\xef\xbf\xbf"
+                          "b");
+    }
+
+    void readsWhatSendersHave() {
+        QFETCH(QByteArray, bytes);
+        const Result result = run({"generate", "--json", "--output", "o.docx"}, bytes);
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(QJsonDocument::fromJson(result.output.toUtf8())["recipients"].toInt(), 2);
+        QVERIFY(documentOf(m_scratch->filePath("work/o.docx")).contains(">Jan Łoś<"));
+    }
+
+    void takesTheRestFromTheSettings() {
+        QVERIFY(QDir(m_scratch->path()).mkdir("save"));
+        writeSettings(
+            R"({"sender.name": "Firma X", "sender.address": "ul. Y", "paths.saveFolder": ")" +
+            m_scratch->filePath("save").toUtf8() + R"("})");
+        const QString path = m_scratch->filePath("save/" + todaysName());
+        QCOMPARE(run({"generate"}, twoRecipients).output, path + "\n");
+        QVERIFY(documentOf(path).contains(">Firma X<") && documentOf(path).contains(">ul. Y<"));
+
+        const Result given = run(
+            {"generate", "--sender-name=Ż & Z", "--sender-address", "", "-o", "."}, twoRecipients);
+        const QByteArray document = documentOf(given.output.trimmed());
+        QCOMPARE(QFileInfo(given.output.trimmed()).path(), m_scratch->filePath("work"));
+        QVERIFY(document.contains(">Ż &amp; Z<") && !document.contains(">ul. Y<"));
+    }
+
+    void reportsSkippedEntries() {
+        const Result result =
+            run({"generate", "--json", "--output", "o.docx"}, "Anna\n\nJan\nul. 1\n\nŻuk \"1\"\n");
+        QCOMPARE(result.messages, "Pominięte wpisy (za mało linii):\nAnna\nŻuk \"1\"\n");
+        const QJsonObject expected{{"document", m_scratch->filePath("work/o.docx")},
+                                   {"recipients", 1},
+                                   {"pages", 1},
+                                   {"skipped", QJsonArray{"Anna", "Żuk \"1\""}}};
+        QCOMPARE(QJsonDocument::fromJson(result.output.toUtf8()).object(), expected);
+        QCOMPARE(result.output.count('\n'), 1);
+    }
+
+    void replacesTheNamedFile() {
+        const QString path = writeFile("o.docx", "old");
+        QCOMPARE(run({"generate", "--output", path}, twoRecipients).exitCode, 0);
+        QVERIFY(!documentOf(path).isEmpty());
+    }
+
+    void failsWithAMessage_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("no recipients") << QStringList{"only-skipped.txt"} << "Brak adresatów";
+        QTest::newRow("no input file") << QStringList{"missing.txt"} << "missing.txt: ";
+        QTest::newRow("a folder for input") << QStringList{"."} << ".: ";
+        QTest::newRow("a source without end")
+            << QStringList{"/dev/zero"} << "/dev/zero: plik jest większy";
+        QTest::newRow("no save folder")
+            << QStringList{"a.txt", "-o", "missing"} << "Folder zapisu nie istnieje: missing";
+        QTest::newRow("a file for save folder")
+            << QStringList{"a.txt", "-o", "a.txt"} << "Folder zapisu nie istnieje: a.txt";
+        QTest::newRow("no folder of the output")
+            << QStringList{"a.txt", "--output", "missing/o.docx"}
+            << "Folder zapisu nie istnieje: missing";
+        QTest::newRow("no template") << QStringList{"a.txt", "--template", "missing.dotx"}
+                                     << "Nie znaleziono szablonu: missing.dotx";
+        QTest::newRow("no archive") << QStringList{"a.txt", "--template", "a.txt"} << "a.txt: ";
+    }
+
+    void failsWithAMessage() {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, message);
+        writeFile("a.txt", twoRecipients);
+        writeFile("only-skipped.txt", "A\n\nB\n");
+        const QStringList before = workFiles();
+        const Result result = run(QStringList("generate") + arguments);
+        QVERIFY2(result.messages.contains(message), qPrintable(result.messages));
+        QCOMPARE(result.exitCode, 1);
+        QCOMPARE(result.output, QString());
+        QCOMPARE(workFiles(), before);
+    }
+
+    void theSettingsFolderMayBeGone() {
+        writeSettings(R"({"paths.saveFolder": "/nonexistent/folder"})");
+        const Result result = run({"generate"}, twoRecipients);
+        QCOMPARE(result.messages, "Folder zapisu nie istnieje: /nonexistent/folder\n");
+        QCOMPARE(result.exitCode, 1);
+    }
+
+    void refusesWrongUsage_data() {
+        QTest::addColumn<QStringList>("arguments");
+        const auto row = [](const char* name, const QStringList& arguments) {
+            QTest::newRow(name) << arguments;
+        };
+        row("unknown command", {"generuj"});
+        row("unknown option", {"generate", "--colour"});
+        row("missing value", {"generate", "a.txt", "-o"});
+        row("unexpected value", {"generate", "--json=yes"});
+        row("two files", {"generate", "a.txt", "a.txt"});
+        row("two destinations", {"generate", "a.txt", "-o", ".", "--output", "x.docx"});
+        row("empty destination", {"generate", "a.txt", "--output", ""});
+        row("a folder as output", {"generate", "a.txt", "--output", "folder"});
+        row("a future folder as output", {"generate", "a.txt", "--output", "new/"});
+        row("a device as output", {"generate", "a.txt", "--output", "/dev/null"});
+    }
+
+    void refusesWrongUsage() {
+        QFETCH(QStringList, arguments);
+        writeFile("a.txt", twoRecipients);
+        QVERIFY(QDir(m_scratch->path()).mkpath("work/folder/below"));
+        const Result result = run(arguments);
+        QCOMPARE(result.exitCode, 2);
+        QVERIFY(result.messages.contains("--help"));
+        QCOMPARE(workFiles(), QStringList({"a.txt", "folder"}));
+        QVERIFY(QFile::exists(m_scratch->filePath("work/folder/below")));
+    }
+
+    void helps_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("says");
+        QTest::newRow("overview") << QStringList{"--help"} << "generate";
+        QTest::newRow("command") << QStringList{"generate", "--help"} << "--sender-address";
+        QTest::newRow("version") << QStringList{"--version"} << "kopertal ";
+    }
+
+    void helps() {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, says);
+        const Result result = run(arguments);
+        QCOMPARE(result.exitCode, 0);
+        QCOMPARE(result.messages, QString());
+        QVERIFY(result.output.contains(says));
+    }
+
+    void aSignalLeavesNothing() {
+        writeFile("many.txt",
+                  QByteArray("Jan Kowalski\nul. Testowa 1/2\n00-000 Testowo\n\n").repeated(20'000));
+        QProcess process;
+        start(process, {"generate", "many.txt", "--output", "o.docx"});
+        const QDir tmp(m_scratch->filePath("tmp"));
+        QTRY_VERIFY_WITH_TIMEOUT(!tmp.isEmpty(), 30'000); // the work has begun
+        kill(static_cast<pid_t>(process.processId()), SIGTERM);
+        QVERIFY(process.waitForFinished(60'000));
+        QCOMPARE(process.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(process.exitCode(), 1);
+        QCOMPARE(process.readAllStandardError(), "Przerwano.\n");
+        QCOMPARE(workFiles(), QStringList("many.txt"));
+    }
+};
+
+QTEST_GUILESS_MAIN(GenerateCommandTest)
+#include "GenerateCommandTest.moc"

@@ -1,0 +1,90 @@
+#include "engine/AddressFile.h"
+
+#include "engine/EngineError.h"
+
+#include <QBuffer>
+#include <QTest>
+
+using namespace kopertal;
+
+/// A source that never ends, like a device.
+class EndlessDevice : public QIODevice {
+protected:
+    qint64 readData(char* data, qint64 size) override {
+        std::fill_n(data, size, 'a');
+        return size;
+    }
+    qint64 writeData(const char*, qint64) override { return -1; }
+};
+
+class FailingDevice : public QIODevice {
+protected:
+    qint64 readData(char*, qint64) override {
+        setErrorString(QStringLiteral("the disk is gone"));
+        return -1;
+    }
+    qint64 writeData(const char*, qint64) override { return -1; }
+};
+
+class AddressFileTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void decodesWhatSendersHave_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("text");
+
+        QTest::newRow("UTF-8") << QByteArray("Żółć\n😀") << QString("Żółć\n😀");
+        QTest::newRow("UTF-8 with a mark") << QByteArray("\xef\xbb\xbf"
+                                                         "A")
+                                           << QString("A");
+        QTest::newRow("only one mark is dropped") << QByteArray("\xef\xbb\xbf\xef\xbb\xbf"
+                                                                "A")
+                                                  << QStringLiteral("\ufeff"
+                                                                    "A");
+        QTest::newRow("Windows-1250") << QByteArray("\x8c"
+                                                    "wi\xea"
+                                                    "ty \xb9\x9c\x9f")
+                                      << QString("Święty ąśź");
+        QTest::newRow("ISO 8859-2, for 0x81 has no meaning before")
+            << QByteArray("\xa6\xb1\x81") << QStringLiteral("Śą\u0081");
+        QTest::newRow("a cut UTF-8 sequence is not UTF-8")
+            << QByteArray("za\xc5") << QString("zaĹ");
+        QTest::newRow("an overlong sequence is not UTF-8")
+            << QByteArray("\xc0\xaf") << QString("ŔŻ");
+        QTest::newRow("CR LF and CR")
+            << QByteArray("a\r\nb\rc\r\r\nd\n\r") << QString("a\nb\nc\n\nd\n\n");
+        QTest::newRow("a NUL is kept")
+            << QByteArray("a\0b", 3) << QString(QLatin1String("a\0b", 3));
+        QTest::newRow("nothing") << QByteArray() << QString();
+    }
+
+    void decodesWhatSendersHave() {
+        QFETCH(QByteArray, bytes);
+        QFETCH(QString, text);
+        QCOMPARE(decodeAddresses(bytes), text);
+        QBuffer source(&bytes);
+        QVERIFY(source.open(QIODevice::ReadOnly));
+        QCOMPARE(readAddresses(source, "x"), text);
+    }
+
+    void refusesASourceWithoutEnd() {
+        EndlessDevice source;
+        source.open(QIODevice::ReadOnly);
+        QVERIFY_THROWS_EXCEPTION(FileError, readAddresses(source, "x"));
+    }
+
+    void passesAReadFailureOn() {
+        FailingDevice source;
+        source.open(QIODevice::ReadOnly);
+        try {
+            readAddresses(source, "dane");
+            QFAIL("no failure");
+        } catch (const FileError& error) {
+            QCOMPARE(error.what(), "dane: the disk is gone");
+        }
+    }
+};
+
+QTEST_APPLESS_MAIN(AddressFileTest)
+#include "AddressFileTest.moc"

@@ -1,0 +1,282 @@
+#include "engine/RegisterDocument.h"
+
+#include "engine/EngineError.h"
+#include "engine/OutputPath.h"
+#include "engine/RegisterPages.h"
+#include "engine/TemplateLayout.h"
+#include "engine/XmlTree.h"
+#include "tests/support/Archives.h"
+#include "tests/support/Privileges.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <csignal>
+#include <sys/resource.h>
+
+using namespace kopertal;
+using namespace kopertal::test;
+
+namespace {
+
+QList<ParsedAddress> recipients(int count) {
+    QList<ParsedAddress> result;
+    for (int i = 1; i <= count; ++i)
+        result += {QUuid(), QString("Adresat %1").arg(i), {QString("ul. %1").arg(i), "00-000 X"}};
+    return result;
+}
+
+/// What stands in a text box, the size of its first run before it; "-" when it holds no text.
+QString boxText(pugi::xml_node shape) {
+    QStringList lines;
+    for (const pugi::xml_node& text : descendants(shape, "w:t"))
+        lines += QString::fromUtf8(text.text().get());
+    const std::vector<pugi::xml_node> sizes = descendants(shape, "w:sz");
+    return lines.isEmpty() ? "-"
+                           : QString(sizes.empty() ? "" : sizes[0].attribute("w:val").value()) +
+                                 ":" + lines.join("/");
+}
+
+} // namespace
+
+/// fillTemplate() from end to end, over the program's own template where none is named.
+class RegisterDocumentTest : public QObject {
+    Q_OBJECT
+
+private:
+    pugi::xml_node openOutput() {
+        m_document.reset();
+        parseXml(readArchive(m_output)["word/document.xml"].contents, "document", m_document);
+        return m_document.document_element();
+    }
+
+    void fill(const QList<ParsedAddress>& addresses, const QString& name = "Nadawca",
+              const QString& address = "ul. Nadawcza 1") {
+        fillTemplate(addresses, std::nullopt, m_output, name, address);
+    }
+
+    QStringList filesBeside() const {
+        return QDir(QFileInfo(m_output).path())
+            .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
+    /// After a failure: the work folder gone, the output as it was.
+    void verifyNothingChanged() {
+        QCOMPARE(filesBeside(), QStringList("o.docx"));
+        QFile file(m_output);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(file.readAll(), "old");
+        QVERIFY(QDir(m_scratch->filePath("tmp")).isEmpty());
+    }
+
+    std::unique_ptr<QTemporaryDir> m_scratch;
+    QString m_output;
+    pugi::xml_document m_document;
+
+private Q_SLOTS:
+    void init() {
+        m_scratch = std::make_unique<QTemporaryDir>();
+        // An ordinary user, whose part some tests play, must get in.
+        QFile::setPermissions(m_scratch->path(), QFile::Permissions(0x7755));
+        for (const char* folder : {"tmp", "out"})
+            QVERIFY(QDir(m_scratch->path()).mkdir(folder));
+        QFile::setPermissions(m_scratch->filePath("tmp"), QFile::Permissions(0x7777));
+        qputenv("TMPDIR", QFile::encodeName(m_scratch->filePath("tmp")));
+        m_output = m_scratch->filePath("out/o.docx");
+        QFile old(m_output);
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        old.write("old");
+    }
+
+    void cleanup() { qunsetenv("TMPDIR"); }
+
+    void fillsEveryPage_data() {
+        QTest::addColumn<int>("count");
+        QTest::addColumn<QStringList>("numbers");
+        QTest::newRow("0") << 0 << QStringList{"16:1"};
+        QTest::newRow("1") << 1 << QStringList{"16:1"};
+        QTest::newRow("10") << 10 << QStringList{"16:1"};
+        QTest::newRow("11") << 11 << QStringList{"16:1/2", "16:2/2"};
+        QTest::newRow("25") << 25 << QStringList{"16:1/3", "16:2/3", "16:3/3"};
+    }
+
+    void fillsEveryPage() {
+        QFETCH(int, count);
+        QFETCH(QStringList, numbers);
+        fill(recipients(count));
+        const pugi::xml_node root = openOutput();
+
+        const std::vector<TextboxGrid> grids = findAllTextboxGrids(root);
+        QCOMPARE(qsizetype(grids.size()), numbers.size());
+        for (int i = 0; i < int(grids.size()) * 10; ++i) {
+            const TextboxGrid& grid = grids[size_t(i / 10)];
+            const bool isFilled = i < count;
+            QCOMPARE(boxText(grid.nameShapes.at(size_t(i % 10))),
+                     isFilled ? QString("16:Adresat %1").arg(i + 1) : QString("-"));
+            QCOMPARE(boxText(grid.addressShapes.at(size_t(i % 10))),
+                     isFilled ? QString("16:ul. %1/00-000 X").arg(i + 1) : QString("-"));
+        }
+        QStringList free;
+        for (const pugi::xml_node& shape : descendantsOutside(root, "wps:wsp", "wpg:wgp"))
+            free += boxText(shape);
+        QStringList expected;
+        for (const QString& number : numbers)
+            expected += QStringList{"18:Nadawca", "18:ul. Nadawcza 1", number};
+        free.sort();
+        expected.sort();
+        QCOMPARE(free, expected);
+        QVERIFY(QDir(m_scratch->filePath("tmp")).isEmpty());
+    }
+
+    void fitsEachTextByItself() {
+        fill({{QUuid(), QString(67, u'N'), {QString(21, u'a'), QString(22, u'b')}}});
+        const TextboxGrid grid = findAllTextboxGrids(openOutput()).at(0);
+        QVERIFY(boxText(grid.nameShapes[0]).startsWith("14:"));
+        QVERIFY(boxText(grid.addressShapes[0]).startsWith("15:"));
+    }
+
+    void anEmptySenderKeepsTheTemplatesText_data() {
+        QTest::addColumn<QString>("empty");
+        QTest::newRow("empty") << QString();
+        QTest::newRow("blanks") << QString(" \t\u00a0");
+        QTest::newRow("nothing that prints") << QString(" \u0001\ufffe ");
+    }
+
+    void anEmptySenderKeepsTheTemplatesText() {
+        QFETCH(QString, empty);
+        fill(recipients(11), empty, " ul. 1 ");
+        const std::vector<SenderShapePair> pairs = findAllSenderShapePairs(openOutput());
+        QCOMPARE(boxText(pairs.at(0).addressShape), "18:ul. 1");
+        const QString kept = boxText(pairs.at(0).nameShape);
+        QVERIFY(kept.contains(u'…'));
+    }
+
+    void refusesAGridThatLacksRows() {
+        QByteArray xml = "<w:document><w:body><w:p/><wpg:wgp>";
+        for (int i = 0; i < 20; ++i) // eleven names, nine addresses
+            xml += "<wps:wsp><wps:spPr><a:xfrm><a:off x='" + QByteArray(i < 11 ? "0" : "900000") +
+                   "' y='" + QByteArray::number(i) +
+                   "'/></a:xfrm></wps:spPr><wps:txbx><w:txbxContent/></wps:txbx></wps:wsp>";
+        const QString path = m_scratch->filePath("t.dotx");
+        QVERIFY(writeArchive(path, templateEntries(xml + "</wpg:wgp></w:body></w:document>")));
+        QVERIFY_THROWS_EXCEPTION(EngineError, fillTemplate(recipients(10), path, m_output, {}, {}));
+        verifyNothingChanged();
+        fillTemplate(recipients(9), path, m_output, {}, {});
+        QCOMPARE(boxText(findAllTextboxGrids(openOutput()).at(0).addressShapes.at(8)),
+                 "16:ul. 9/00-000 X");
+    }
+
+    void namesAMissingTemplate() {
+        const QString missing = m_scratch->filePath("brak.dotx");
+        try {
+            fillTemplate(recipients(1), missing, m_output, {}, {});
+            QFAIL("no failure");
+        } catch (const EngineError& error) {
+            QCOMPARE(QString::fromUtf8(error.what()), "Nie znaleziono szablonu: " + missing);
+        }
+        verifyNothingChanged();
+    }
+
+    void aFullDiskLeavesTheOldFile() {
+        fill(recipients(40));
+        const qint64 size = QFileInfo(m_output).size();
+        QFile::remove(m_output);
+        QFile old(m_output);
+        QVERIFY(old.open(QIODevice::WriteOnly));
+        old.write("old");
+        old.close();
+
+        // A bound on the size of files fails writes just as a full disk does.
+        std::signal(SIGXFSZ, SIG_IGN);
+        rlimit whole;
+        QCOMPARE(getrlimit(RLIMIT_FSIZE, &whole), 0);
+        for (const qint64 room : {qint64(100), qint64(10'000), size / 2, size - 1}) {
+            const rlimit bound{rlim_t(room), whole.rlim_max};
+            QCOMPARE(setrlimit(RLIMIT_FSIZE, &bound), 0);
+            bool failed = false;
+            try {
+                fill(recipients(40));
+            } catch (const FileError&) {
+                failed = true;
+            }
+            QCOMPARE(setrlimit(RLIMIT_FSIZE, &whole), 0);
+            QVERIFY2(failed, qPrintable(QString::number(room)));
+            verifyNothingChanged();
+        }
+    }
+
+    void anUnwritableFolderLeavesTheOldFile() {
+        QFile::setPermissions(m_scratch->filePath("out"), QFile::Permissions(0x5555));
+        {
+            const OrdinaryUser user;
+            QVERIFY_THROWS_EXCEPTION(FileError, fill(recipients(1)));
+        }
+        verifyNothingChanged();
+        QFile::setPermissions(m_scratch->filePath("out"), QFile::Permissions(0x7755));
+    }
+
+    void replacesAFolderOrSaysThatItCannot() {
+        QFile::remove(m_output);
+        QVERIFY(QDir().mkpath(m_output + "/below"));
+        QFile::setPermissions(m_scratch->filePath("out"), QFile::Permissions(0x5555));
+        QFile::setPermissions(m_output, QFile::Permissions(0x5555));
+        {
+            const OrdinaryUser user;
+            QVERIFY_THROWS_EXCEPTION(FileError, fill(recipients(1)));
+        }
+        QVERIFY(QDir(m_output + "/below").exists());
+        QCOMPARE(filesBeside(), QStringList("o.docx"));
+
+        QFile::setPermissions(m_scratch->filePath("out"), QFile::Permissions(0x7755));
+        QFile::setPermissions(m_output, QFile::Permissions(0x7755));
+        fill(recipients(1));
+        QCOMPARE(findAllTextboxGrids(openOutput()).size(), size_t(1));
+    }
+
+    void stopsOnRequest() {
+        std::stop_source source;
+        source.request_stop();
+        QVERIFY_THROWS_EXCEPTION(Cancelled, fillTemplate(recipients(1), std::nullopt, m_output, {},
+                                                         {}, source.get_token()));
+        verifyNothingChanged();
+    }
+
+    void choosesFreeNames() {
+        const QString base = m_scratch->filePath("a.b/kopertal_20250102.docx");
+        QVERIFY(QDir().mkpath(m_scratch->filePath("a.b")));
+        const auto make = [](const QString& path) { QFile(path).open(QIODevice::WriteOnly); };
+        QCOMPARE(uniqueURL(base), base);
+        make(base);
+        QCOMPARE(uniqueURL(base), m_scratch->filePath("a.b/kopertal_20250102_1.docx"));
+        QVERIFY(QFile::link("/nonexistent", m_scratch->filePath("a.b/kopertal_20250102_1.docx")));
+        QCOMPARE(uniqueURL(base), m_scratch->filePath("a.b/kopertal_20250102_2.docx"));
+        make(m_scratch->filePath("a.b/plain"));
+        QCOMPARE(uniqueURL(m_scratch->filePath("a.b/plain")), m_scratch->filePath("a.b/plain_1"));
+    }
+
+    void countsPages() {
+        const QList<std::pair<int, int>> cases = {{0, 1},  {1, 1},  {10, 1},
+                                                  {11, 2}, {20, 2}, {21, 3}};
+        for (const auto& [count, pages] : cases)
+            QCOMPARE(pageCount(count), pages);
+    }
+
+    /// Last: the program's own template is gone afterwards.
+    void namesTheMissingResource();
+};
+
+void RegisterDocumentTest::namesTheMissingResource() {
+    Q_CLEANUP_RESOURCE(register_template_resource);
+    try {
+        fill(recipients(1));
+        QFAIL("no failure");
+    } catch (const EngineError& error) {
+        QCOMPARE(error.what(), "Nie znaleziono szablonu: kopertal.dotx");
+        QCOMPARE(error.kind(), EngineError::Case::templateNotFound);
+    }
+    verifyNothingChanged();
+}
+
+QTEST_APPLESS_MAIN(RegisterDocumentTest)
+#include "RegisterDocumentTest.moc"

@@ -1,0 +1,255 @@
+#include "engine/TemplatePackage.h"
+
+#include "engine/EngineError.h"
+#include "engine/ZipArchive.h"
+#include "tests/support/Archives.h"
+#include "tests/support/Xml.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <sys/stat.h>
+
+using namespace kopertal;
+using kopertal::test::ArchiveEntry;
+using kopertal::test::readArchive;
+using kopertal::test::templateEntries;
+using kopertal::test::writeArchive;
+
+namespace {
+
+QByteArray fileContents(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+void setContents(const QString& path, const QByteArray& bytes) {
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+    file.write(bytes);
+}
+
+} // namespace
+
+/// Unpacking templates that are not to be trusted, and packing documents.
+class TemplatePackageTest : public QObject {
+    Q_OBJECT
+
+private:
+    /// Everything below the scratch folder but the template itself.
+    QStringList leftovers() const {
+        QStringList result;
+        QDirIterator walk(m_scratch->path(), QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot,
+                          QDirIterator::Subdirectories);
+        while (walk.hasNext()) {
+            if (walk.next() != m_template)
+                result += walk.filePath();
+        }
+        result.removeOne(m_scratch->filePath("tmp"));
+        return result;
+    }
+
+    void refuse() {
+        QVERIFY_THROWS_EXCEPTION(FileError, TemplatePackage{m_template});
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    std::unique_ptr<QTemporaryDir> m_scratch;
+    QString m_template;
+
+private Q_SLOTS:
+    void init() {
+        m_scratch = std::make_unique<QTemporaryDir>();
+        QVERIFY(QDir(m_scratch->path()).mkdir("tmp"));
+        qputenv("TMPDIR", QFile::encodeName(m_scratch->filePath("tmp")));
+        m_template = m_scratch->filePath("t.dotx");
+    }
+
+    void cleanup() { qunsetenv("TMPDIR"); }
+
+    void savesEveryPartAndConvertsTheContentType() {
+        const QByteArray binary = QByteArray("\0\xff\r\n", 4).repeated(50'000);
+        QList<ArchiveEntry> entries =
+            templateEntries("<w:document xmlns:w='u'><w:body/></w:document>");
+        entries << ArchiveEntry{"word/media/", {}} << ArchiveEntry{"word/media/zdjęcie.png", binary}
+                << ArchiveEntry{"stored.bin", binary, false} << ArchiveEntry{".hidden", "h"};
+        entries[0].contents = "<Types a='template.main+xml' b='x.template.main+xml'>ż</Types>";
+        QVERIFY(writeArchive(m_template, entries));
+        const QString output = m_scratch->filePath("o.docx");
+        {
+            TemplatePackage package(m_template);
+            package.root().child("w:body").append_child("w:p");
+            package.save(output, {});
+        }
+        const auto saved = readArchive(output);
+        QCOMPARE(saved.keys(),
+                 QStringList({".hidden", "[Content_Types].xml", "_rels/.rels", "stored.bin",
+                              "word/document.xml", "word/media/zdjęcie.png"}));
+        for (const auto& entry : saved)
+            QVERIFY(entry.isStored);
+        QCOMPARE(saved["[Content_Types].xml"].contents,
+                 "<Types a='document.main+xml' b='x.document.main+xml'>ż</Types>");
+        QVERIFY(saved["word/document.xml"].contents.contains("<w:p />"));
+        QCOMPARE(saved["word/media/zdjęcie.png"].contents, binary);
+        QCOMPARE(saved["stored.bin"].contents, binary);
+        QCOMPARE(leftovers(), QStringList(output));
+    }
+
+    void keepsContentTypesThatNeedNoChange_data() {
+        QTest::addColumn<QByteArray>("types");
+        QTest::newRow("a document's already") << QByteArray("<Types>document.main+xml</Types>");
+        QTest::newRow("not UTF-8") << QByteArray("template.main+xml \xff");
+    }
+
+    void keepsContentTypesThatNeedNoChange() {
+        QFETCH(QByteArray, types);
+        QList<ArchiveEntry> entries = templateEntries("<a/>");
+        entries[0].contents = types;
+        QVERIFY(writeArchive(m_template, entries));
+        TemplatePackage(m_template).save(m_scratch->filePath("o.docx"), {});
+        QCOMPARE(readArchive(m_scratch->filePath("o.docx"))["[Content_Types].xml"].contents, types);
+    }
+
+    void workFolderIsPrivateAndGoes() {
+        QVERIFY(writeArchive(m_template, templateEntries("<a/>")));
+        {
+            const TemplatePackage package(m_template);
+            const QFileInfoList folders =
+                QDir(m_scratch->filePath("tmp")).entryInfoList(QDir::Dirs | QDir::NoDotAndDotDot);
+            QCOMPARE(folders.size(), 1);
+            QCOMPARE(folders[0].fileName().size(), 36);
+            struct stat status;
+            QCOMPARE(stat(QFile::encodeName(folders[0].filePath()).constData(), &status), 0);
+            QCOMPARE(status.st_mode & 07777U, 0700U);
+        }
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    void refusesEntriesThatWouldLandElsewhere_data() {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<unsigned int>("mode");
+        for (const char* name : {"../evil", "word/../../evil", "/evil", "..", "./a", "a//b",
+                                 "word\\evil", "C:\\evil", "a\nb", "../"})
+            QTest::newRow(name) << QByteArray(name) << 0U;
+        QTest::newRow("symbolic link") << QByteArray("link") << unsigned(S_IFLNK | 0777);
+        QTest::newRow("device") << QByteArray("device") << unsigned(S_IFBLK | 0600);
+    }
+
+    void refusesEntriesThatWouldLandElsewhere() {
+        QFETCH(QByteArray, name);
+        QFETCH(unsigned int, mode);
+        QList<ArchiveEntry> entries = templateEntries("<a/>");
+        entries.prepend({name, "/etc/passwd", true, mode});
+        QVERIFY(writeArchive(m_template, entries));
+        refuse();
+    }
+
+    void refusesAnEntryThatStandsTwice_data() {
+        QTest::addColumn<QByteArray>("name");
+        QTest::addColumn<QByteArray>("becomes");
+        QTest::newRow("file") << QByteArray("word/documenT.xml") << QByteArray("word/document.xml");
+        QTest::newRow("a file's folder") << QByteArray("stylez/a") << QByteArray("styles/a");
+    }
+
+    void refusesAnEntryThatStandsTwice() {
+        QFETCH(QByteArray, name);
+        QFETCH(QByteArray, becomes);
+        QList<ArchiveEntry> entries = templateEntries("<a/>");
+        entries << ArchiveEntry{"styles", "s"} << ArchiveEntry{name, "<b/>"};
+        QVERIFY(writeArchive(m_template, entries));
+        setContents(m_template, fileContents(m_template).replace(name, becomes));
+        refuse();
+    }
+
+    void refusesDamage_data() {
+        QTest::addColumn<QByteArray>("entry");
+        QTest::addColumn<bool>("deflated");
+        for (const char* entry : {"[Content_Types].xml", "word/document.xml", "other.bin"}) {
+            QTest::addRow("stored %s", entry) << QByteArray(entry) << false;
+            QTest::addRow("deflated %s", entry) << QByteArray(entry) << true;
+        }
+    }
+
+    /// The central directory's checksum is changed: every byte and size is right.
+    void refusesDamage() {
+        QFETCH(QByteArray, entry);
+        QFETCH(bool, deflated);
+        QList<ArchiveEntry> entries = templateEntries("<a/>");
+        entries << ArchiveEntry{"other.bin", "other"};
+        for (ArchiveEntry& each : entries)
+            each.deflated = deflated;
+        QVERIFY(writeArchive(m_template, entries));
+        QByteArray bytes = fileContents(m_template);
+        const qsizetype header = bytes.lastIndexOf(entry) - 46;
+        QCOMPARE(bytes.mid(header, 4), QByteArray("PK\1\2"));
+        bytes[header + 16] = static_cast<char>(bytes[header + 16] ^ 1);
+        setContents(m_template, bytes);
+        refuse();
+    }
+
+    void refusesATruncatedArchive() {
+        QVERIFY(writeArchive(m_template, templateEntries("<a/>")));
+        const QByteArray whole = fileContents(m_template);
+        for (qsizetype size = 0; size < whole.size(); size += 7) {
+            setContents(m_template, whole.left(size));
+            refuse();
+        }
+    }
+
+    void refusesWhatUnpacksToTooMuch_data() {
+        QTest::addColumn<int>("files");
+        QTest::addColumn<qint64>("bytesEach");
+        QTest::newRow("one entry") << 1 << maxUnpackedEntryBytes + 1;
+        QTest::newRow("all together") << 5 << maxUnpackedBytes / 5 + 1;
+        QTest::newRow("too many entries") << int(maxArchiveEntries) << qint64(0);
+    }
+
+    void refusesWhatUnpacksToTooMuch() {
+        QFETCH(int, files);
+        QFETCH(qint64, bytesEach);
+        QList<ArchiveEntry> entries = templateEntries("<a/>");
+        const QByteArray zeros(bytesEach, '\0');
+        for (int i = 0; i < files; ++i)
+            entries << ArchiveEntry{QByteArray::number(i), zeros};
+        QVERIFY(writeArchive(m_template, entries));
+        refuse();
+    }
+
+    void refusesWhatIsNoTemplate_data() {
+        QTest::addColumn<QByteArray>("documentXml");
+        QTest::newRow("not well-formed") << QByteArray("<a><b></a>");
+        QTest::newRow("no main document") << QByteArray();
+    }
+
+    void refusesWhatIsNoTemplate() {
+        QFETCH(QByteArray, documentXml);
+        QList<ArchiveEntry> entries = templateEntries(documentXml);
+        if (documentXml.isEmpty())
+            entries.removeLast();
+        QVERIFY(writeArchive(m_template, entries));
+        refuse();
+    }
+
+    void saysWhenTheRootIsMissing() {
+        QVERIFY(writeArchive(m_template, templateEntries("<?xml version='1.0'?>")));
+        QVERIFY_THROWS_EXCEPTION(EngineError, TemplatePackage{m_template});
+        QCOMPARE(leftovers(), QStringList());
+    }
+
+    void needsATemporaryFolder() {
+        QVERIFY(writeArchive(m_template, templateEntries("<a/>")));
+        const QString file = m_scratch->filePath("file");
+        setContents(file, "x");
+        qputenv("TMPDIR", QFile::encodeName(file));
+        QVERIFY_THROWS_EXCEPTION(FileError, TemplatePackage{m_template});
+        const QString fresh = m_scratch->filePath("new/tmp");
+        qputenv("TMPDIR", QFile::encodeName(fresh));
+        TemplatePackage{m_template};
+        QVERIFY(QDir(fresh).exists() && QDir(fresh).isEmpty());
+    }
+};
+
+QTEST_APPLESS_MAIN(TemplatePackageTest)
+#include "TemplatePackageTest.moc"
