@@ -121,8 +121,8 @@ QStringList relativeFiles(const QString& folder) {
     while (walk.hasNext())
         files.append(root.relativeFilePath(walk.next()));
     std::ranges::sort(files);
-    std::ranges::stable_partition(files,
-                                  [](const QString& f) { return f == u"[Content_Types].xml"; });
+    std::stable_partition(files.begin(), files.end(),
+                          [](const QString& f) { return f == u"[Content_Types].xml"; });
     return files;
 }
 
