@@ -38,7 +38,8 @@ QByteArray readArchive(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw FileError(path, file.errorString());
-    QByteArray bytes = file.read(maxArchiveBytes + 1);
+    // One byte more than there may be; reading first makes room for all that is asked for.
+    QByteArray bytes = file.read(std::min(file.size(), maxArchiveBytes) + 1);
     if (file.error() != QFileDevice::NoError)
         throw FileError(path, file.errorString());
     if (bytes.size() > maxArchiveBytes)
