@@ -10,8 +10,7 @@ namespace {
 constexpr double charWidthMMPerPt = 0.155; // an average character of Arial, set narrowly
 constexpr double mmPerPt = 0.3528;
 constexpr double lineHeightFactor = 1.2;
-constexpr double startPt = 8.0;
-constexpr double stepPt = 0.5;
+constexpr double sizesPt[] = {8.0, 7.5, 7.0, 6.5, 6.0, 5.5};
 constexpr double smallestPt = 5.0;
 
 /// How often `part` goes into `whole`, at least once.
@@ -44,7 +43,7 @@ qsizetype visualLines(const QStringList& lines, double fontPt, double widthMM) {
 }
 
 double fitFontSize(const QStringList& lines, double widthMM, double heightMM) {
-    for (double size = startPt; size > smallestPt; size -= stepPt) {
+    for (const double size : sizesPt) {
         const qsizetype available = wholeTimes(heightMM, size * mmPerPt * lineHeightFactor);
         if (visualLines(lines, size, widthMM) <= available)
             return size;

@@ -20,13 +20,17 @@ install_packages() {
         apt-get install -q -y --no-install-recommends "${missing[@]}" >&2
 }
 
-# build_preset PRESET: configures when needed and builds; prints the log only when that fails.
+# build_preset PRESET: configures when needed and builds what has changed; prints the log only when
+# that fails.
 build_preset() {
-    local log
-    log=$(mktemp)
+    local folder="$root/build/$1" log
+    if [ -f "$folder/build.ninja" ] && ninja -C "$folder" -n | grep -q 'no work to do'; then
+        return 0
+    fi
     echo "Building $1" >&2
-    if ! { [ -f "$root/build/$1/build.ninja" ] || cmake -S "$root" --preset "$1"; } >"$log" 2>&1 ||
-        ! cmake --build "$root/build/$1" >>"$log" 2>&1; then
+    log=$(mktemp)
+    if ! { [ -f "$folder/build.ninja" ] || cmake -S "$root" --preset "$1"; } >"$log" 2>&1 ||
+        ! cmake --build "$folder" >>"$log" 2>&1; then
         cat "$log" >&2
         rm -f "$log"
         return 1

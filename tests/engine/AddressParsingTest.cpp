@@ -13,8 +13,8 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("recipients"); // "name|line|line"
         QTest::addColumn<QStringList>("skipped");
 
-        const auto row = [](const char* name, const char* text, QStringList recipients,
-                            QStringList skipped) {
+        const auto row = [](const char* name, const char* text, const QStringList& recipients,
+                            const QStringList& skipped) {
             QTest::newRow(name) << QString::fromUtf8(text) << recipients << skipped;
         };
         row("empty", "", {}, {});

@@ -246,7 +246,7 @@ private Q_SLOTS:
         QVERIFY_THROWS_EXCEPTION(FileError, TemplatePackage{m_template});
         const QString fresh = m_scratch->filePath("new/tmp");
         qputenv("TMPDIR", QFile::encodeName(fresh));
-        TemplatePackage{m_template};
+        { const TemplatePackage package(m_template); }
         QVERIFY(QDir(fresh).exists() && QDir(fresh).isEmpty());
     }
 };
