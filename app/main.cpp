@@ -1,6 +1,7 @@
 #include "app/cli/CommandLine.h"
 
 #include <clocale>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <langinfo.h>
@@ -14,9 +15,17 @@ void ensureUtf8Locale() {
         setenv("LC_ALL", "C.UTF-8", 1);
 }
 
+/// Full pipes and files beyond a limit end a write with an error, which is reported and cleaned up
+/// after, instead of the process.
+void makeWriteSignalsErrors() {
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     ensureUtf8Locale();
+    makeWriteSignalsErrors();
     return kopertal::runCommandLine(argc, argv);
 }

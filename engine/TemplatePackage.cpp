@@ -8,7 +8,6 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QSaveFile>
-#include <QStringDecoder>
 
 namespace kopertal {
 namespace {
@@ -39,12 +38,6 @@ private:
     QFile& m_file;
     bool m_isWhole = true;
 };
-
-bool isUtf8(const QByteArray& bytes) {
-    QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-    const QString text = decoder.decode(bytes);
-    return !decoder.hasError();
-}
 
 /// A folder cannot be replaced by renaming a file over it.
 void removeFolderAt(const QString& path) {
@@ -83,7 +76,7 @@ void TemplatePackage::convertContentTypes() {
         return;
     QByteArray types = source.readAll();
     source.close();
-    if (!isUtf8(types))
+    if (!types.isValidUtf8())
         return;
     types.replace("template.main+xml", "document.main+xml");
     QSaveFile file(source.fileName());

@@ -124,7 +124,8 @@ std::variant<Options, int> parseOptions(int count, char** arguments) {
     return options;
 }
 
-QString readInput(const Options& options) {
+/// The text of the addresses; nothing, after a message, when it cannot be read.
+std::optional<QString> readInput(const Options& options) {
     QFile file;
     if (options.input) {
         file.setFileName(*options.input);
@@ -135,9 +136,15 @@ QString readInput(const Options& options) {
         file.open(STDIN_FILENO, QIODevice::ReadOnly);
     }
     const QString name = options.input.value_or(QStringLiteral("standardowe wejście"));
-    if (!file.isOpen())
-        throw FileError(name, file.errorString());
-    return readAddresses(file, name);
+    try {
+        if (!file.isOpen())
+            throw FileError(name, file.errorString());
+        return readAddresses(file, name);
+    } catch (const FileError& error) {
+        printMessage(QStringLiteral("Nie można odczytać adresów: ") +
+                     QString::fromUtf8(error.what()));
+        return std::nullopt;
+    }
 }
 
 /// The document's absolute path; empty, after a message, when its folder is missing.
@@ -181,21 +188,27 @@ int generate(const Options& options) {
     if (document.isEmpty())
         return failed;
 
-    const QString text = readInput(options);
-    const QList<ParsedAddress> addresses = parseAddresses(text);
-    const QStringList skipped = skippedEntries(text);
+    const std::optional<QString> text = readInput(options);
+    if (!text)
+        return failed;
+    const QList<ParsedAddress> addresses = parseAddresses(*text);
+    const QStringList skipped = skippedEntries(*text);
     reportSkipped(skipped);
     if (addresses.isEmpty()) {
         printMessage(QStringLiteral(
             "Brak adresatów: każdy potrzebuje co najmniej dwóch wierszy, nazwy i adresu."));
         return failed;
     }
-    {
+    try {
         const StopOnSignal interruption;
         fillTemplate(addresses, options.templateFile, document,
                      options.senderName.value_or(settings.senderName()),
                      options.senderAddress.value_or(settings.senderAddress()),
                      interruption.token());
+    } catch (const FileError& error) {
+        printMessage(QStringLiteral("Nie udało się utworzyć dokumentu: ") +
+                     QString::fromUtf8(error.what()));
+        return failed;
     }
     return printResult(resultLine(options, document, addresses.size(), skipped)) ? done : failed;
 }

@@ -162,7 +162,8 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("arguments");
         QTest::addColumn<QString>("message");
         QTest::newRow("no recipients") << QStringList{"only-skipped.txt"} << "Brak adresatów";
-        QTest::newRow("no input file") << QStringList{"missing.txt"} << "missing.txt: ";
+        QTest::newRow("no input file")
+            << QStringList{"missing.txt"} << "Nie można odczytać adresów: missing.txt: ";
         QTest::newRow("a folder for input") << QStringList{"."} << ".: ";
         QTest::newRow("a source without end")
             << QStringList{"/dev/zero"} << "/dev/zero: plik jest większy";
@@ -175,7 +176,8 @@ private Q_SLOTS:
             << "Folder zapisu nie istnieje: missing";
         QTest::newRow("no template") << QStringList{"a.txt", "--template", "missing.dotx"}
                                      << "Nie znaleziono szablonu: missing.dotx";
-        QTest::newRow("no archive") << QStringList{"a.txt", "--template", "a.txt"} << "a.txt: ";
+        QTest::newRow("no archive") << QStringList{"a.txt", "--template", "a.txt"}
+                                    << "Nie udało się utworzyć dokumentu: a.txt: ";
     }
 
     void failsWithAMessage() {
