@@ -7,7 +7,6 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
-#include <QSaveFile>
 
 namespace kopertal {
 namespace {
@@ -71,16 +70,14 @@ void TemplatePackage::writeMainDocument() {
 }
 
 void TemplatePackage::convertContentTypes() {
-    QFile source(m_folder.filePath(contentTypesPart));
-    if (!source.open(QIODevice::ReadOnly))
+    QFile file(m_folder.filePath(contentTypesPart));
+    if (!file.open(QIODevice::ReadWrite))
         return;
-    QByteArray types = source.readAll();
-    source.close();
+    QByteArray types = file.readAll();
     if (!types.isValidUtf8())
         return;
     types.replace("template.main+xml", "document.main+xml");
-    QSaveFile file(source.fileName());
-    if (!file.open(QIODevice::WriteOnly) || file.write(types) != types.size() || !file.commit())
+    if (!file.resize(0) || !file.seek(0) || file.write(types) != types.size() || !file.flush())
         throw FileError(file.fileName(), file.errorString());
 }
 

@@ -8,28 +8,55 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 #include <new>
+#include <utility>
 
 namespace kopertal {
 namespace {
 
-/// Visits the elements at and below `top` in document order; those below one for which `visit`
-/// returns false are passed over. Iterative: depth costs no stack.
-template <typename Visit>
-void walkElements(pugi::xml_node top, Visit visit) {
-    pugi::xml_node node = top;
-    while (node) {
-        const bool enter = node.type() == pugi::node_element && visit(node);
-        if (enter && node.first_child()) {
-            node = node.first_child();
-            continue;
-        }
-        while (node && node != top && !node.next_sibling())
-            node = node.parent();
-        if (node == top)
-            return;
-        node = node.next_sibling();
+/// Collects the elements of one name, without those below an element of another. The library's own
+/// traversal is iterative, so depth costs no stack, and several times as fast as one from outside.
+class Collector : public pugi::xml_tree_walker {
+public:
+    Collector(const char* name, const char* excluded) : m_name(name), m_excluded(excluded) {}
+
+    bool begin(pugi::xml_node& node) override {
+        take(node);
+        return true;
     }
+
+    bool for_each(pugi::xml_node& node) override {
+        if (depth() > m_excludedDepth)
+            return true;
+        m_excludedDepth = none;
+        take(node);
+        return true;
+    }
+
+    std::vector<pugi::xml_node> found;
+
+private:
+    void take(pugi::xml_node node) {
+        const char* const name = node.name();
+        if (std::strcmp(name, m_name) == 0)
+            found.push_back(node);
+        else if (m_excluded && std::strcmp(name, m_excluded) == 0)
+            m_excludedDepth = depth();
+    }
+
+    static constexpr int none = std::numeric_limits<int>::max();
+
+    const char* m_name;
+    const char* m_excluded;
+    int m_excludedDepth = none;
+};
+
+std::vector<pugi::xml_node> collect(pugi::xml_node element, const char* name,
+                                    const char* excluded) {
+    Collector collector(name, excluded);
+    element.traverse(collector);
+    return std::move(collector.found);
 }
 
 /// Whether the reader has met the end of a document that is sound up to there and lacks its root.
@@ -123,26 +150,12 @@ void parseXml(const QByteArray& bytes, const QString& name, pugi::xml_document& 
 }
 
 std::vector<pugi::xml_node> descendants(pugi::xml_node element, const char* name) {
-    std::vector<pugi::xml_node> result;
-    walkElements(element, [&](pugi::xml_node node) {
-        if (std::strcmp(node.name(), name) == 0)
-            result.push_back(node);
-        return true;
-    });
-    return result;
+    return collect(element, name, nullptr);
 }
 
 std::vector<pugi::xml_node> descendantsOutside(pugi::xml_node element, const char* name,
                                                const char* excluded) {
-    std::vector<pugi::xml_node> result;
-    walkElements(element, [&](pugi::xml_node node) {
-        if (std::strcmp(node.name(), excluded) == 0)
-            return false;
-        if (std::strcmp(node.name(), name) == 0)
-            result.push_back(node);
-        return true;
-    });
-    return result;
+    return collect(element, name, excluded);
 }
 
 QString allText(pugi::xml_node element) {

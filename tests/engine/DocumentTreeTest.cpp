@@ -136,6 +136,7 @@ private Q_SLOTS:
         QCOMPARE(ids(descendants(root, "s")), "1 2 3 4");
         QCOMPARE(ids(descendants(root.first_child(), "s")), "2 3");
         QCOMPARE(ids(descendantsOutside(root, "s", "x")), "1 4");
+        QCOMPARE(ids(descendantsOutside(root.first_child(), "s", "x")), "");
     }
 
     void joinsTheTextsBelow() {
