@@ -1,6 +1,7 @@
 #include "app/settings/PreferencesStore.h"
 
 #include <QDateTime>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
@@ -8,6 +9,7 @@
 #include <QLockFile>
 #include <QSaveFile>
 #include <QStandardPaths>
+#include <QThread>
 
 #include <chrono>
 #include <utility>
@@ -33,6 +35,17 @@ std::optional<QJsonObject> readPreferences(const QString& path) {
     if (!document.isObject())
         return std::nullopt;
     return document.object();
+}
+
+/// QLockFile's own waiting doubles its pauses up to seconds, which starves one of several writers.
+bool acquire(QLockFile& lock) {
+    QDeadlineTimer deadline(lockTimeout);
+    while (!lock.tryLock(0)) {
+        if (lock.error() != QLockFile::LockFailedError || deadline.hasExpired())
+            return false;
+        QThread::msleep(5);
+    }
+    return true;
 }
 
 bool moveAside(const QString& path) {
@@ -93,7 +106,7 @@ bool PreferencesStore::update(const QString& key, const QJsonValue& value) {
     if (!QDir().mkpath(QFileInfo(m_path).path()))
         return false;
     QLockFile lock(m_path + QStringLiteral(".lock"));
-    if (!lock.tryLock(static_cast<int>(lockTimeout.count())))
+    if (!acquire(lock))
         return false;
     std::optional<QJsonObject> preferences = readPreferences(m_path);
     if (!preferences && !moveAside(m_path))
