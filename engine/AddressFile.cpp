@@ -33,23 +33,30 @@ std::optional<QString> decodeStrictly(QByteArrayView bytes, const char* charset)
     return text;
 }
 
+/// CR LF and CR become LF, in one pass.
 void normaliseLineEnds(QString& text) {
-    if (!text.contains(u'\r'))
-        return;
-    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
-    text.replace(u'\r', u'\n');
+    QChar* out = text.data();
+    const QChar* const end = text.constEnd();
+    for (const QChar* in = text.constBegin(); in != end; ++in) {
+        if (*in == u'\r' && in + 1 != end && in[1] == u'\n')
+            continue;
+        *out++ = *in == u'\r' ? QChar(u'\n') : *in;
+    }
+    text.truncate(out - text.constData());
 }
 
 } // namespace
 
 std::optional<QString> decodeAddresses(QByteArrayView bytes) {
-    for (const char* charset : {"UTF-8", "CP1250", "ISO-8859-2"}) {
-        if (std::optional<QString> text = decodeStrictly(bytes, charset)) {
-            if (text->startsWith(QChar::ByteOrderMark))
-                text->remove(0, 1);
-            normaliseLineEnds(*text);
-            return text;
-        }
+    const bool isUtf16 = bytes.startsWith("\xff\xfe") || bytes.startsWith("\xfe\xff");
+    for (const char* charset : {isUtf16 ? "UTF-16" : "UTF-8", "CP1250", "ISO-8859-2"}) {
+        std::optional<QString> text = decodeStrictly(bytes, charset);
+        if (!text || text->contains(QChar::Null))
+            continue;
+        if (text->startsWith(QChar::ByteOrderMark))
+            text->remove(0, 1);
+        normaliseLineEnds(*text);
+        return text;
     }
     return std::nullopt;
 }
@@ -67,7 +74,7 @@ QString readAddresses(QIODevice& source, const QString& name) {
         if (count == 0)
             break;
         if (bytes.size() > maxAddressFileBytes)
-            throw FileError(name, QStringLiteral("plik jest większy niż 256 MB"));
+            throw FileError(name, QStringLiteral("plik jest większy niż 64 MB"));
     }
     std::optional<QString> text = decodeAddresses(bytes);
     if (!text)

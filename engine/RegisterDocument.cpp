@@ -9,6 +9,7 @@
 #include "engine/TextPlacement.h"
 #include "engine/Whitespace.h"
 #include "engine/XmlText.h"
+#include "engine/XmlTree.h"
 
 #include <QFileInfo>
 
@@ -38,6 +39,29 @@ QString templatePath(const std::optional<QString>& templateURL) {
 void throwIfStopped(const std::stop_token& stop) {
     if (stop.stop_requested())
         throw Cancelled();
+}
+
+/// Filling a box removes what it held; a field in there would be gone when its turn comes.
+void refuseNestedBoxes(pugi::xml_node root) {
+    for (const pugi::xml_node& box : descendants(root, "wps:txbx")) {
+        if (descendants(box, "wps:wsp").size() > 0)
+            throw EngineError::xmlParseError(
+                QStringLiteral("pole szablonu leży w innym polu tekstowym"));
+    }
+}
+
+/// A text that is no list of addresses must not be made into one at the cost of all memory.
+void refuseUnreasonable(const QList<ParsedAddress>& addresses) {
+    if (addresses.size() > maxRecipients)
+        throw FileError(
+            QStringLiteral("Za dużo adresatów"),
+            QStringLiteral("%1, a najwyżej %2").arg(addresses.size()).arg(maxRecipients));
+    for (const ParsedAddress& address : addresses) {
+        if (address.lines.size() > maxAddressLines)
+            throw FileError(QStringLiteral("Za długi adres"), QStringLiteral("%1, wierszy: %2")
+                                                                  .arg(address.name.left(60))
+                                                                  .arg(address.lines.size()));
+    }
 }
 
 void writeSender(pugi::xml_node root, const QString& senderName, const QString& senderAddress) {
@@ -74,11 +98,15 @@ void writeRecipients(const TextboxGrid& grid, QList<ParsedAddress>::const_iterat
 
 } // namespace
 
-void fillTemplate(const QList<ParsedAddress>& addresses, const std::optional<QString>& templateURL,
-                  const QString& outputURL, const QString& senderName, const QString& senderAddress,
-                  const std::stop_token& stop) {
+qsizetype fillTemplate(const QList<ParsedAddress>& addresses,
+                       const std::optional<QString>& templateURL, const QString& outputURL,
+                       const QString& senderName, const QString& senderAddress,
+                       const std::stop_token& stop) {
+    refuseUnreasonable(addresses);
     TemplatePackage package(templatePath(templateURL));
     const pugi::xml_node root = package.root();
+    refuseNestedBoxes(root);
+    throwIfStopped(stop);
     const qsizetype pages = pageCount(addresses.size());
     duplicatePages(root, pages);
     throwIfStopped(stop);
@@ -101,6 +129,7 @@ void fillTemplate(const QList<ParsedAddress>& addresses, const std::optional<QSt
     throwIfStopped(stop);
 
     package.save(outputURL, stop);
+    return next;
 }
 
 } // namespace kopertal

@@ -42,7 +42,7 @@ private:
 void removeFolderAt(const QString& path) {
     const QFileInfo info(path);
     if (info.isDir() && !info.isSymLink() && !QDir(path).removeRecursively())
-        throw FileError(path, QStringLiteral("Cannot remove the folder."));
+        throw FileError(path, QStringLiteral("nie można usunąć folderu, który jest w tym miejscu"));
 }
 
 } // namespace

@@ -28,10 +28,8 @@ pugi::xml_node appendRunProperties(pugi::xml_node run, double fontPt, bool bold)
 /// Empties the shape's text box and gives it one paragraph without runs; null where there is no
 /// box.
 pugi::xml_node replaceWithParagraph(pugi::xml_node shape) {
-    const std::vector<pugi::xml_node> boxes = descendants(shape, "wps:txbx");
-    if (boxes.empty())
-        return {};
-    pugi::xml_node content = boxes.front().child("w:txbxContent");
+    const auto isBox = [](pugi::xml_node node) { return isElement(node, "wps:txbx"); };
+    pugi::xml_node content = shape.find_node(isBox).child("w:txbxContent");
     if (!content)
         return {};
     content.remove_children();

@@ -59,6 +59,19 @@ std::vector<pugi::xml_node> collect(pugi::xml_node element, const char* name,
     return std::move(collector.found);
 }
 
+/// Whether a tag may hold more attributes than an element of a form ever does, for which the
+/// reader's time is quadratic: "<" cannot stand in an attribute, and each has a "=".
+bool hasOverfullTag(const QByteArray& bytes) {
+    constexpr int maxAttributes = 1024;
+    int equalSigns = 0;
+    for (const char c : bytes) {
+        equalSigns = c == '<' ? 0 : equalSigns + (c == '=' ? 1 : 0);
+        if (equalSigns > maxAttributes)
+            return true;
+    }
+    return false;
+}
+
 /// Whether the reader has met the end of a document that is sound up to there and lacks its root.
 bool lacksRootElement(QXmlStreamReader& reader) {
     if (reader.error() != QXmlStreamReader::PrematureEndOfDocumentError)
@@ -99,10 +112,16 @@ void copyToken(const QXmlStreamReader& reader, QXmlStreamWriter& writer) {
 /// (it takes two roots, equal attributes, bare ampersands) and knows no entities; this reader is
 /// neither.
 QByteArray soundXml(const QByteArray& bytes, const QString& name) {
+    if (bytes.size() > maxXmlBytes)
+        throw FileError(name, QStringLiteral("dokument jest za duży"));
+    if (hasOverfullTag(bytes))
+        throw FileError(name, QStringLiteral("znacznik ma za dużo atrybutów"));
     QByteArray result;
     QXmlStreamWriter writer(&result);
     QXmlStreamReader reader(bytes);
     reader.setNamespaceProcessing(false); // keeps qualified names and the order of attributes
+    // The reader lets each reference become 4096 characters, and collects a text of any length.
+    constexpr qsizetype maxReferences = 4096;
     int depth = 0;
     bool hasRoot = false;
     while (!reader.atEnd()) {
@@ -110,9 +129,12 @@ QByteArray soundXml(const QByteArray& bytes, const QString& name) {
         if (reader.isStartElement()) {
             hasRoot = true;
             if (++depth > maxXmlDepth)
-                reader.raiseError(QStringLiteral("Elements are nested too deeply."));
+                reader.raiseError(QStringLiteral("elementy są zagnieżdżone za głęboko"));
         } else if (reader.isEndElement()) {
             --depth;
+        } else if (reader.isDTD() && !reader.entityDeclarations().isEmpty() &&
+                   bytes.count('&') > maxReferences) {
+            reader.raiseError(QStringLiteral("za dużo odwołań do encji"));
         }
         copyToken(reader, writer);
     }
@@ -137,7 +159,8 @@ void* allocateOrThrow(size_t size) {
 void parseXml(const QByteArray& bytes, const QString& name, pugi::xml_document& document) {
     // Without memory the library's changes would silently do nothing, and a register lack
     // recipients.
-    pugi::set_memory_management_functions(allocateOrThrow, std::free);
+    [[maybe_unused]] static const bool isSet =
+        (pugi::set_memory_management_functions(allocateOrThrow, std::free), true);
 
     const QByteArray sound = soundXml(bytes, name);
     constexpr unsigned int options = pugi::parse_default | pugi::parse_ws_pcdata_single |
@@ -161,8 +184,10 @@ std::vector<pugi::xml_node> descendantsOutside(pugi::xml_node element, const cha
 QString allText(pugi::xml_node element) {
     QByteArray text;
     for (const pugi::xml_node& run : descendants(element, "w:t")) {
-        for (const pugi::xml_node& piece : run.children())
-            text += piece.value();
+        for (const pugi::xml_node& piece : run.children()) {
+            if (piece.type() == pugi::node_pcdata || piece.type() == pugi::node_cdata)
+                text += piece.value();
+        }
     }
     return trimmedHorizontally(QString::fromUtf8(text)).toString();
 }

@@ -9,6 +9,7 @@
 #include <zip.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <memory>
 #include <sys/stat.h>
 
@@ -35,6 +36,8 @@ QString description(zip_error_t& error) {
 }
 
 QByteArray readArchive(const QString& path) {
+    if (!QFileInfo(path).isFile()) // a pipe might never end
+        throw FileError(path, QStringLiteral("to nie jest plik"));
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly))
         throw FileError(path, file.errorString());
@@ -43,7 +46,7 @@ QByteArray readArchive(const QString& path) {
     if (file.error() != QFileDevice::NoError)
         throw FileError(path, file.errorString());
     if (bytes.size() > maxArchiveBytes)
-        throw FileError(path, QStringLiteral("The archive is too large."));
+        throw FileError(path, QStringLiteral("archiwum jest za duże"));
     return bytes;
 }
 
@@ -91,9 +94,11 @@ qint64 unpackEntry(zip_t* archive, zip_uint64_t index, const QString& path, cons
     const Entry entry(zip_fopen_index(archive, index, 0));
     if (!entry)
         fail(path, archive);
+    errno = 0;
+    if (!QDir().mkpath(QFileInfo(target).path()))
+        throw FileError(target, errno);
     QFile file(target);
-    if (!QDir().mkpath(QFileInfo(target).path()) ||
-        !file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
         throw FileError(target, file.errorString());
     qint64 total = 0;
     char chunk[65536];
@@ -106,7 +111,7 @@ qint64 unpackEntry(zip_t* archive, zip_uint64_t index, const QString& path, cons
             break;
         total += count;
         if (total > allowance)
-            throw FileError(path, QStringLiteral("The archive unpacks to too much."));
+            throw FileError(path, QStringLiteral("archiwum rozpakowuje się w zbyt wiele danych"));
         if (file.write(chunk, count) != count)
             throw FileError(target, file.errorString());
     }
@@ -138,7 +143,7 @@ void unzipItem(const QString& archivePath, const QString& folder) {
     const Archive archive = openArchive(bytes, archivePath);
     const zip_int64_t count = zip_get_num_entries(archive.get(), 0);
     if (count > maxArchiveEntries)
-        throw FileError(archivePath, QStringLiteral("The archive has too many entries."));
+        throw FileError(archivePath, QStringLiteral("archiwum ma za dużo plików"));
 
     QSet<QString> names;
     qint64 unpacked = 0;
@@ -152,16 +157,18 @@ void unzipItem(const QString& archivePath, const QString& folder) {
             name.chop(1);
         const unsigned int type = unixFileType(archive.get(), index, archivePath);
         if (!staysInside(name) || (type != 0 && type != (isFolder ? S_IFDIR : S_IFREG)))
-            throw FileError(archivePath, QStringLiteral("Refused entry: %1").arg(name));
+            throw FileError(archivePath,
+                            QStringLiteral("archiwum zawiera niedozwolony wpis: %1").arg(name));
         if (names.contains(name))
-            throw FileError(archivePath, QStringLiteral("Entry stands twice: %1").arg(name));
+            throw FileError(archivePath,
+                            QStringLiteral("wpis występuje w archiwum dwa razy: %1").arg(name));
         names.insert(name);
 
         const QString target = folder + u'/' + name;
         if (!isFolder)
             unpacked += unpackEntry(archive.get(), index, archivePath, target,
                                     std::min(maxUnpackedEntryBytes, maxUnpackedBytes - unpacked));
-        else if (!QDir().mkpath(target))
+        else if (errno = 0; !QDir().mkpath(target))
             throw FileError(target, errno);
     }
 }

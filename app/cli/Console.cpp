@@ -20,7 +20,9 @@ bool printResult(const QString& line) {
 }
 
 void printMessage(const QString& line) {
-    printLine(stderr, line);
+    QString visible = line;
+    visible.removeIf([](QChar c) { return c.category() == QChar::Other_Control && c != u'\t'; });
+    printLine(stderr, visible);
 }
 
 } // namespace kopertal

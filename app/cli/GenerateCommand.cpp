@@ -63,6 +63,13 @@ int refuseUsage(const QString& reason) {
     return wrongUsage;
 }
 
+/// The option that getopt_long() did not take: a letter of a bundle, or the whole argument.
+QString refusedOption(const char* argument) {
+    if (optopt > 0 && optopt < 128)
+        return QStringLiteral("-") + QChar(optopt);
+    return QString::fromLocal8Bit(argument);
+}
+
 /// The options, or the exit code when there is nothing left to do.
 std::variant<Options, int> parseOptions(int count, char** arguments) {
     enum { output = 256, senderName, senderAddress, templateFile, json };
@@ -96,30 +103,35 @@ std::variant<Options, int> parseOptions(int count, char** arguments) {
             options.json = true;
             break;
         case 'h':
-            printResult(QString::fromUtf8(generateHelp));
-            return done;
+            return printResult(QString::fromUtf8(generateHelp)) ? done : failed;
         case ':':
             return refuseUsage(QStringLiteral("Brakuje wartości opcji: %1")
                                    .arg(QString::fromLocal8Bit(arguments[optind - 1])));
         default:
             return refuseUsage(QStringLiteral("Nieznana lub błędna opcja: %1")
-                                   .arg(QString::fromLocal8Bit(arguments[optind - 1])));
+                                   .arg(refusedOption(arguments[optind - 1])));
         }
     }
     if (count - optind > 1)
         return refuseUsage(QStringLiteral("Podaj najwyżej jeden plik z adresami."));
     if (optind < count && qstrcmp(arguments[optind], "-") != 0)
         options.input = QFile::decodeName(arguments[optind]);
+    for (const auto& path : {options.input, options.folder, options.output, options.templateFile}) {
+        if (path && path->isEmpty())
+            return refuseUsage(QStringLiteral("Ścieżka nie może być pusta."));
+    }
     if (options.folder && options.output)
         return refuseUsage(QStringLiteral("Opcje -o i --output wykluczają się."));
-    if ((options.folder && options.folder->isEmpty()) ||
-        (options.output && options.output->isEmpty()))
-        return refuseUsage(QStringLiteral("Ścieżka zapisu jest pusta."));
     if (options.output) {
         const QFileInfo there(*options.output);
         if (options.output->endsWith(u'/') || (there.exists() && !there.isFile()))
             return refuseUsage(
                 QStringLiteral("--output nie wskazuje zwykłego pliku: %1").arg(*options.output));
+        for (const auto& source : {options.input, options.templateFile}) {
+            if (source && there.exists() && QFileInfo(*source) == there)
+                return refuseUsage(
+                    QStringLiteral("--output zastąpiłby plik źródłowy: %1").arg(*source));
+        }
     }
     return options;
 }
@@ -147,20 +159,26 @@ std::optional<QString> readInput(const Options& options) {
     }
 }
 
-/// The document's absolute path; empty, after a message, when its folder is missing.
-QString outputPath(const Options& options, const AppSettings& settings) {
+/// Where the document goes; empty, after a message, when there is no such folder.
+QString outputFolder(const Options& options, const AppSettings& settings) {
     QString folder = options.output ? QFileInfo(*options.output).path()
                                     : options.folder.value_or(settings.saveFolder());
     if (folder.isEmpty())
         folder = QStringLiteral(".");
-    if (!QFileInfo(folder).isDir()) {
-        printMessage(QStringLiteral("Folder zapisu nie istnieje: %1").arg(folder));
-        return {};
-    }
-    const QString path =
-        options.output ? *options.output
-                       : uniqueURL(QDir(folder).filePath(registerFileName(QDate::currentDate())));
-    return QFileInfo(path).absoluteFilePath();
+    if (QFileInfo(folder).isDir())
+        return folder;
+    printMessage(QStringLiteral("Folder zapisu nie istnieje: %1").arg(folder));
+    return {};
+}
+
+/// The document's absolute path; a link is followed to the file that it names.
+QString outputPath(const Options& options, const QString& folder) {
+    if (!options.output)
+        return uniqueURL(
+            QDir(QDir(folder).absolutePath()).filePath(registerFileName(QDate::currentDate())));
+    const QFileInfo output(*options.output);
+    return output.exists() && output.isSymLink() ? output.canonicalFilePath()
+                                                 : output.absoluteFilePath();
 }
 
 void reportSkipped(const QStringList& skipped) {
@@ -184,8 +202,8 @@ QString resultLine(const Options& options, const QString& document, qsizetype re
 
 int generate(const Options& options) {
     const AppSettings& settings = AppSettings::shared();
-    const QString document = outputPath(options, settings);
-    if (document.isEmpty())
+    const QString folder = outputFolder(options, settings);
+    if (folder.isEmpty())
         return failed;
 
     const std::optional<QString> text = readInput(options);
@@ -199,18 +217,31 @@ int generate(const Options& options) {
             "Brak adresatów: każdy potrzebuje co najmniej dwóch wierszy, nazwy i adresu."));
         return failed;
     }
+    // Only now: standard input may have taken its time, and the name or the day be taken since.
+    const QString document = outputPath(options, folder);
+    qsizetype placed = 0;
     try {
         const StopOnSignal interruption;
-        fillTemplate(addresses, options.templateFile, document,
-                     options.senderName.value_or(settings.senderName()),
-                     options.senderAddress.value_or(settings.senderAddress()),
-                     interruption.token());
+        placed = fillTemplate(addresses, options.templateFile, document,
+                              options.senderName.value_or(settings.senderName()),
+                              options.senderAddress.value_or(settings.senderAddress()),
+                              interruption.token());
     } catch (const FileError& error) {
         printMessage(QStringLiteral("Nie udało się utworzyć dokumentu: ") +
                      QString::fromUtf8(error.what()));
         return failed;
     }
-    return printResult(resultLine(options, document, addresses.size(), skipped)) ? done : failed;
+    if (!printResult(resultLine(options, document, addresses.size(), skipped))) {
+        printMessage(QStringLiteral("Dokument jest gotowy, ale nie można wypisać wyniku: ") +
+                     document);
+        return failed;
+    }
+    if (placed == addresses.size())
+        return done;
+    printMessage(
+        QStringLiteral("Szablon nie ma miejsca dla wszystkich; w dokumencie brakuje adresatów: %1")
+            .arg(addresses.size() - placed));
+    return failed;
 }
 
 } // namespace

@@ -2,18 +2,33 @@
 
 #include <csignal>
 #include <pthread.h>
+#include <unistd.h>
 
 namespace kopertal {
 namespace {
 
 constexpr int wakeUp = SIGUSR2; // ends the waiting thread
 
+/// Without those that the starter wants ignored (nohup, a shell's background jobs).
 sigset_t awaitedSignals() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int signal : {SIGINT, SIGTERM, SIGHUP, wakeUp})
-        sigaddset(&signals, signal);
+    sigaddset(&signals, wakeUp);
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction action;
+        if (sigaction(signal, nullptr, &action) == 0 && action.sa_handler != SIG_IGN)
+            sigaddset(&signals, signal);
+    }
     return signals;
+}
+
+/// Stops the work at the first signal, the process at the second.
+void waitForSignals(const sigset_t& signals, std::stop_source& source) {
+    int signal = 0;
+    while (sigwait(&signals, &signal) == 0 && signal != wakeUp) {
+        if (!source.request_stop())
+            _exit(128 + signal);
+    }
 }
 
 } // namespace
@@ -21,11 +36,8 @@ sigset_t awaitedSignals() {
 StopOnSignal::StopOnSignal() {
     const sigset_t signals = awaitedSignals();
     pthread_sigmask(SIG_BLOCK, &signals, nullptr);
-    m_waiter = std::thread([signals, source = m_source]() mutable {
-        int signal = 0;
-        while (sigwait(&signals, &signal) == 0 && signal != wakeUp)
-            source.request_stop();
-    });
+    m_waiter =
+        std::thread([signals, source = m_source]() mutable { waitForSignals(signals, source); });
 }
 
 StopOnSignal::~StopOnSignal() {

@@ -6,8 +6,8 @@
 namespace kopertal {
 
 /// While it lives, SIGINT, SIGTERM and SIGHUP request a stop instead of ending the process, so that
-/// work in progress can clean up. To be made before the process has other threads: they inherit the
-/// mask.
+/// work in progress can clean up; a second one ends it at once. To be made before the process has
+/// other threads: they inherit the mask.
 class StopOnSignal {
 public:
     StopOnSignal();

@@ -26,7 +26,7 @@ std::optional<QJsonObject> readPreferences(const QString& path) {
     QFile file(path);
     if (!file.exists())
         return QJsonObject();
-    if (!file.open(QIODevice::ReadOnly))
+    if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) // a pipe might never end
         return std::nullopt;
     const QByteArray bytes = file.read(maxFileBytes + 1);
     if (file.error() != QFileDevice::NoError || bytes.size() > maxFileBytes)
@@ -54,12 +54,15 @@ bool moveAside(const QString& path) {
     return QFile::rename(path, path + QStringLiteral(".damaged-") + stamp);
 }
 
-bool writePreferences(const QString& path, const QJsonObject& preferences) {
+/// Replaces the file; a damaged one is moved aside once the new one stands beside it.
+bool writePreferences(const QString& path, const QJsonObject& preferences, bool isDamaged) {
     QSaveFile file(path);
     if (!file.open(QIODevice::WriteOnly))
         return false;
     file.setPermissions(QFileDevice::ReadOwner | QFileDevice::WriteOwner);
     file.write(QJsonDocument(preferences).toJson());
+    if (!file.flush() || (isDamaged && !moveAside(path)))
+        return false;
     return file.commit(); // syncs, then renames; fails when any write failed
 }
 
@@ -108,14 +111,12 @@ bool PreferencesStore::update(const QString& key, const QJsonValue& value) {
     QLockFile lock(m_path + QStringLiteral(".lock"));
     if (!acquire(lock))
         return false;
-    std::optional<QJsonObject> preferences = readPreferences(m_path);
-    if (!preferences && !moveAside(m_path))
-        return false;
+    const std::optional<QJsonObject> preferences = readPreferences(m_path);
     QJsonObject changed = preferences.value_or(QJsonObject());
     if (value.isUndefined() && !changed.contains(key))
         return true;
     changed.insert(key, value); // an undefined value removes the key
-    return writePreferences(m_path, changed);
+    return writePreferences(m_path, changed, !preferences.has_value());
 }
 
 } // namespace kopertal

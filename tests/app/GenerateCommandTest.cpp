@@ -141,15 +141,38 @@ private Q_SLOTS:
     }
 
     void reportsSkippedEntries() {
-        const Result result =
-            run({"generate", "--json", "--output", "o.docx"}, "Anna\n\nJan\nul. 1\n\nŻuk \"1\"\n");
+        const Result result = run({"generate", "--json", "--output", "o.docx"},
+                                  "Anna\x1b\n\nJan\nul. 1\n\nŻuk \"1\"\n");
         QCOMPARE(result.messages, "Pominięte wpisy (za mało linii):\nAnna\nŻuk \"1\"\n");
         const QJsonObject expected{{"document", m_scratch->filePath("work/o.docx")},
                                    {"recipients", 1},
                                    {"pages", 1},
-                                   {"skipped", QJsonArray{"Anna", "Żuk \"1\""}}};
+                                   {"skipped", QJsonArray{"Anna\x1b", "Żuk \"1\""}}};
         QCOMPARE(QJsonDocument::fromJson(result.output.toUtf8()).object(), expected);
         QCOMPARE(result.output.count('\n'), 1);
+    }
+
+    void saysWhoFoundNoPlace() {
+        const QString form = m_scratch->filePath("form.dotx");
+        QVERIFY(kopertal::test::writeArchive(
+            form, kopertal::test::templateEntries("<w:document><w:body/></w:document>")));
+        const Result result =
+            run({"generate", "--template", form, "--output", "o.docx"}, twoRecipients);
+        QCOMPARE(result.exitCode, 1);
+        QVERIFY(result.messages.endsWith("brakuje adresatów: 2\n"));
+    }
+
+    void choosesTheNameAfterReading() {
+        QProcess slow;
+        start(slow, {"generate"});
+        QVERIFY(slow.waitForStarted());
+        const QString first = run({"generate"}, twoRecipients).output;
+        slow.write(twoRecipients);
+        slow.closeWriteChannel();
+        QVERIFY(slow.waitForFinished());
+        QVERIFY(QFile::exists(first.trimmed()));
+        QCOMPARE(QString::fromUtf8(slow.readAllStandardOutput()),
+                 QString(first).replace(".docx", "_1.docx"));
     }
 
     void replacesTheNamedFile() {
@@ -176,6 +199,8 @@ private Q_SLOTS:
             << "Folder zapisu nie istnieje: missing";
         QTest::newRow("no template") << QStringList{"a.txt", "--template", "missing.dotx"}
                                      << "Nie znaleziono szablonu: missing.dotx";
+        QTest::newRow("a pipe for template")
+            << QStringList{"a.txt", "--template", "/dev/stdin"} << "/dev/stdin: to nie jest plik";
         QTest::newRow("no archive") << QStringList{"a.txt", "--template", "a.txt"}
                                     << "Nie udało się utworzyć dokumentu: a.txt: ";
     }
@@ -214,6 +239,10 @@ private Q_SLOTS:
         row("empty destination", {"generate", "a.txt", "--output", ""});
         row("a folder as output", {"generate", "a.txt", "--output", "folder"});
         row("a future folder as output", {"generate", "a.txt", "--output", "new/"});
+        row("its own input as output", {"generate", "a.txt", "--output", "./a.txt"});
+        row("its own template as output",
+            {"generate", "a.txt", "--template", "a.txt", "--output", "folder/../a.txt"});
+        row("empty input", {"generate", ""});
         row("a device as output", {"generate", "a.txt", "--output", "/dev/null"});
     }
 
@@ -223,6 +252,7 @@ private Q_SLOTS:
         QVERIFY(QDir(m_scratch->path()).mkpath("work/folder/below"));
         const Result result = run(arguments);
         QCOMPARE(result.exitCode, 2);
+        QVERIFY(QFileInfo(m_scratch->filePath("work/a.txt")).size() == twoRecipients.size());
         QVERIFY(result.messages.contains("--help"));
         QCOMPARE(workFiles(), QStringList({"a.txt", "folder"}));
         QVERIFY(QFile::exists(m_scratch->filePath("work/folder/below")));

@@ -9,6 +9,7 @@
 #include <QTemporaryDir>
 #include <QTest>
 
+#include <sys/stat.h>
 #include <sys/wait.h>
 
 using namespace kopertal;
@@ -84,6 +85,15 @@ private Q_SLOTS:
         QFile aside(QFileInfo(m_path).dir().filePath(files[0]));
         QVERIFY(aside.open(QIODevice::ReadOnly));
         QCOMPARE(aside.readAll(), bytes);
+    }
+
+    void isNotHeldUpByAPipe() {
+        QVERIFY(QDir().mkpath(QFileInfo(m_path).path()));
+        QCOMPARE(mkfifo(QFile::encodeName(m_path).constData(), 0600), 0);
+        PreferencesStore store(m_path);
+        QVERIFY(!store.text("sender.name"));
+        QVERIFY(store.setText("sender.name", "B"));
+        QCOMPARE(store.text("sender.name"), QString("B"));
     }
 
     void readsValuesOfAnotherKindAsAbsent() {

@@ -54,8 +54,11 @@ private Q_SLOTS:
             << QByteArray("\xc0\xaf") << QString("ŔŻ");
         QTest::newRow("CR LF and CR")
             << QByteArray("a\r\nb\rc\r\r\nd\n\r") << QString("a\nb\nc\n\nd\n\n");
-        QTest::newRow("a NUL is kept")
-            << QByteArray("a\0b", 3) << QString(QLatin1String("a\0b", 3));
+        QTest::newRow("UTF-16, little end first") << QByteArray("\xff\xfe"
+                                                                "A\0\r\0\n\0\x41\1",
+                                                                10)
+                                                  << QString("A\nŁ");
+        QTest::newRow("UTF-16, big end first") << QByteArray("\xfe\xff\1\x41", 4) << QString("Ł");
         QTest::newRow("nothing") << QByteArray() << QString();
     }
 
@@ -66,6 +69,15 @@ private Q_SLOTS:
         QBuffer source(&bytes);
         QVERIFY(source.open(QIODevice::ReadOnly));
         QCOMPARE(readAddresses(source, "x"), text);
+    }
+
+    void refusesWhatIsNoText() {
+        QVERIFY(!decodeAddresses(QByteArray("a\0b", 3)));
+    }
+
+    void readsAVeryLargeText() {
+        const QByteArray block = "Jan\r\nul. A\r\n\r\n"; // slow line ends would take minutes
+        QCOMPARE(decodeAddresses(block.repeated(3'000'000))->size(), 33'000'000);
     }
 
     void refusesASourceWithoutEnd() {

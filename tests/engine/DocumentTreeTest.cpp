@@ -100,6 +100,14 @@ private Q_SLOTS:
             << QByteArray("<?xml version='1.0' encoding='UTF-8'?><a>\xff</a>");
         QTest::newRow("too deep") << QByteArray("<a>").repeated(maxXmlDepth + 1) +
                                          QByteArray("</a>").repeated(maxXmlDepth + 1);
+        QByteArray attributes;
+        for (int i = 0; i < 20'000; ++i)
+            attributes += " a" + QByteArray::number(i) + "=''";
+        QTest::newRow("too many attributes") << "<a" + attributes + "/>";
+        QTest::newRow("one entity that is repeated")
+            << "<!DOCTYPE a [<!ENTITY e '" + QByteArray(4000, 'x') + "'>]><a>" +
+                   QByteArray("&e;").repeated(20'000) + "</a>";
+        QTest::newRow("too large") << QByteArray(maxXmlBytes + 1, ' ');
         QByteArray bomb = "<!DOCTYPE a [<!ENTITY e0 'lol'>";
         for (int i = 1; i < 30; ++i)
             bomb += "<!ENTITY e" + QByteArray::number(i) + " '" +

@@ -167,6 +167,39 @@ private Q_SLOTS:
                  "16:ul. 9/00-000 X");
     }
 
+    void refusesWhatCannotBeARegister_data() {
+        QTest::addColumn<int>("recipientCount");
+        QTest::addColumn<int>("lineCount");
+        QTest::newRow("too many recipients") << int(maxRecipients) + 1 << 1;
+        QTest::newRow("no address but a text") << 1 << int(maxAddressLines) + 1;
+    }
+
+    void refusesWhatCannotBeARegister() {
+        QFETCH(int, recipientCount);
+        QFETCH(int, lineCount);
+        const ParsedAddress address{QUuid(), "A", QStringList(lineCount, "x")};
+        QVERIFY_THROWS_EXCEPTION(FileError, fill(QList<ParsedAddress>(recipientCount, address)));
+        verifyNothingChanged();
+    }
+
+    void refusesAFieldInsideAField() {
+        const QByteArray field =
+            "<wps:wsp><wps:spPr><a:xfrm><a:ext cy='300000'/></a:xfrm></wps:spPr>"
+            "<wps:txbx><w:txbxContent>%</w:txbxContent></wps:txbx></wps:wsp>";
+        const QByteArray nested = QByteArray(field).replace("%", field);
+        const QString path = m_scratch->filePath("t.dotx");
+        QVERIFY(writeArchive(path, templateEntries("<w:document>" + nested + "</w:document>")));
+        QVERIFY_THROWS_EXCEPTION(EngineError, fillTemplate({}, path, m_output, {}, {}));
+        verifyNothingChanged();
+    }
+
+    void countsTheRecipientsThatFoundAPlace() {
+        QCOMPARE(fillTemplate(recipients(12), std::nullopt, m_output, {}, {}), 12);
+        const QString path = m_scratch->filePath("t.dotx");
+        QVERIFY(writeArchive(path, templateEntries("<w:document><w:body/></w:document>")));
+        QCOMPARE(fillTemplate(recipients(12), path, m_output, {}, {}), 0);
+    }
+
     void namesAMissingTemplate() {
         const QString missing = m_scratch->filePath("brak.dotx");
         try {
