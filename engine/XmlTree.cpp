@@ -7,7 +7,6 @@
 #include <QXmlStreamWriter>
 
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 #include <new>
 #include <utility>
@@ -38,10 +37,9 @@ public:
 
 private:
     void take(pugi::xml_node node) {
-        const char* const name = node.name();
-        if (std::strcmp(name, m_name) == 0)
+        if (isElement(node, m_name))
             found.push_back(node);
-        else if (m_excluded && std::strcmp(name, m_excluded) == 0)
+        else if (m_excluded && isElement(node, m_excluded))
             m_excludedDepth = depth();
     }
 

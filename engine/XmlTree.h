@@ -36,7 +36,7 @@ QString allText(pugi::xml_node element);
 
 /// Whether the node is an element of that qualified name.
 inline bool isElement(pugi::xml_node node, std::string_view name) {
-    return node.type() == pugi::node_element && name == node.name();
+    return name == node.name() && node.type() == pugi::node_element;
 }
 
 } // namespace kopertal
