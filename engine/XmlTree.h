@@ -17,11 +17,11 @@ inline constexpr int maxXmlDepth = 256;
 inline constexpr qsizetype maxXmlBytes = 16 * 1024 * 1024;
 
 /// Parses a document part into `document`. No entity is loaded from anywhere: the document type is
-/// dropped, its internal entities are expanded to no more than eight times the document, external
-/// ones are left out. Comments, processing instructions, the declaration and white space that is an
-/// element's only content are kept. Throws EngineError::xmlParseError when there is no root
-/// element, FileError with `name` and the parser's own words when the bytes are not well-formed,
-/// bad_alloc when the memory is short (so does every later change of the tree).
+/// dropped, its internal entities are expanded within bounds, external ones are left out. Comments,
+/// processing instructions, the declaration and white space that is an element's only content are
+/// kept. Throws EngineError::xmlParseError when there is no root element, FileError with `name` and
+/// the parser's own words when the bytes are not well-formed or beyond the bounds, bad_alloc when
+/// the memory is short (so does every later change of the tree).
 void parseXml(const QByteArray& bytes, const QString& name, pugi::xml_document& document);
 
 /// Every element at or below `element` with the qualified name, in document order.
