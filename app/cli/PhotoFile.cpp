@@ -48,13 +48,16 @@ QString savePhoto(const ReceivedPhoto& photo, const QString& folder, const QDate
     const auto size = static_cast<qint64>(contents.bytes.size());
     if (!file.open() || file.write(contents.bytes.data(), size) != size || !file.flush())
         throw std::runtime_error(file.errorString().toStdString());
+    // From here on a file with a name: QTemporaryFile::rename() loses one that has none when the
+    // new name is taken.
+    QFile complete(file.fileName());
 
     const QString stem =
         QStringLiteral("zdjecie_") + arrival.toString(QStringLiteral("yyyyMMdd_HHmmss"));
     QString path = target.absoluteFilePath(stem + contents.ending);
-    for (int k = 1; !file.rename(path); ++k) { // which never replaces a file
+    for (int k = 1; !complete.rename(path); ++k) { // which never replaces a file
         if (!QFileInfo::exists(path) && !QFileInfo(path).isSymLink())
-            throw std::runtime_error(file.errorString().toStdString());
+            throw std::runtime_error(complete.errorString().toStdString());
         path = target.absoluteFilePath(stem + u'_' + QString::number(k) + contents.ending);
     }
     file.setAutoRemove(false);
