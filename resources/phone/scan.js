@@ -17,7 +17,13 @@
   let latestCheck = 0;
 
   function show(text, style = '') {
-    status.textContent = text;
+    // A line must not end with "Wi-".
+    status.replaceChildren(...text.split(/(Wi-Fi\.?)/).map((part, index) => {
+      const span = document.createElement('span');
+      span.textContent = part;
+      span.className = index % 2 ? 'whole' : '';
+      return span;
+    }));
     status.className = `status ${style}`.trim();
   }
 
