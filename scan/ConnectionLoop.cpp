@@ -58,6 +58,7 @@ ConnectionLoop::ConnectionLoop(PhoneDocuments documents, const ServerLimits& lim
                limits,
                std::make_shared<UploadBudget>(m_context, limits.heldBytes),
                std::move(deliver),
+               [this] { admitNext(); },
                [this](PhoneConnection& connection) { closed(connection); },
                {}},
       m_pause(*m_context),
@@ -67,6 +68,7 @@ ConnectionLoop::ConnectionLoop(PhoneDocuments documents, const ServerLimits& lim
 ConnectionLoop::~ConnectionLoop() {
     asio::post(*m_context, [this] {
         replaceListener(nullptr);
+        m_next.reset();
         for (const auto& connection : Connections(m_connections))
             connection->close();
         m_work.reset();
@@ -110,7 +112,7 @@ void ConnectionLoop::replaceListener(std::shared_ptr<tcp::acceptor> listener) {
 }
 
 void ConnectionLoop::accept() {
-    if (!m_listener || m_isAccepting)
+    if (!m_listener || m_isAccepting || m_next)
         return;
     m_isAccepting = true;
     m_listener->async_accept(
@@ -126,11 +128,8 @@ void ConnectionLoop::accepted(const asio::error_code& error, tcp::socket socket)
         return accept();
     if (error)
         return acceptAfterPause();
-    const auto connection = std::make_shared<PhoneConnection>(std::move(socket), m_shared);
-    m_connections.push_back(connection);
-    connection->start();
-    if (makeRoom())
-        accept();
+    m_next = std::move(socket);
+    admitNext();
 }
 
 void ConnectionLoop::acceptAfterPause() {
@@ -141,23 +140,28 @@ void ConnectionLoop::acceptAfterPause() {
     });
 }
 
-/// Whether one more connection may come. At the limit the oldest one that loses nothing gives way,
-/// so that silent connections cannot keep a phone out.
-bool ConnectionLoop::makeRoom() {
-    if (m_connections.size() < m_shared.limits.connections)
-        return true;
-    const auto expendable = std::ranges::find_if(
-        m_connections, [](const auto& connection) { return connection->isExpendable(); });
-    if (expendable == m_connections.end())
-        return false;
-    const std::shared_ptr<PhoneConnection> oldest = *expendable;
-    oldest->close();
-    return true;
+/// At the limit the oldest connection that loses nothing gives way, so that silent ones cannot keep
+/// a phone out; where there is none, the next one waits.
+void ConnectionLoop::admitNext() {
+    if (m_next && m_connections.size() >= m_shared.limits.connections) {
+        const auto oldest =
+            std::ranges::find_if(m_connections, [](const auto& c) { return c->isExpendable(); });
+        if (oldest != m_connections.end())
+            std::shared_ptr(*oldest)->close(); // which admits the next
+        return;
+    }
+    if (m_next) {
+        const auto connection = std::make_shared<PhoneConnection>(std::move(*m_next), m_shared);
+        m_next.reset();
+        m_connections.push_back(connection);
+        connection->start();
+    }
+    accept();
 }
 
 void ConnectionLoop::closed(PhoneConnection& connection) {
     std::erase_if(m_connections, [&](const auto& c) { return c.get() == &connection; });
-    accept();
+    admitNext();
 }
 
 } // namespace kopertal

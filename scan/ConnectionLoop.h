@@ -44,7 +44,7 @@ private:
     void accept();
     void accepted(const asio::error_code& error, asio::ip::tcp::socket socket);
     void acceptAfterPause();
-    bool makeRoom();
+    void admitNext();
     void closed(PhoneConnection& connection);
 
     std::shared_ptr<asio::io_context> m_context;
@@ -52,7 +52,8 @@ private:
     ConnectionShared m_shared;
     std::shared_ptr<asio::ip::tcp::acceptor> m_listener;
     asio::steady_timer m_pause;
-    Connections m_connections; // the longest open first
+    Connections m_connections;                   // the longest open first
+    std::optional<asio::ip::tcp::socket> m_next; // accepted while there was no room
     bool m_isAccepting = false;
     std::thread m_thread;
 };

@@ -120,6 +120,7 @@ void PhoneConnection::send(Answer answer) {
                               return self->close();
                           self->enter(Step::discard, self->m_shared.limits.discard);
                           self->awaitRest();
+                          self->m_shared.answered();
                       });
 }
 

@@ -23,6 +23,7 @@ struct ConnectionShared {
     ServerLimits limits;
     std::shared_ptr<UploadBudget> budget;
     std::function<void(ReceivedPhoto)> deliver;
+    std::function<void()> answered; // a connection has become expendable
     std::function<void(PhoneConnection&)> closed;
     std::array<char, maxReadBytes> readBuffer{}; // one for all: nothing stays in it between reads
 };
