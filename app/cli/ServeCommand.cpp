@@ -1,0 +1,180 @@
+#include "app/cli/ServeCommand.h"
+
+#include "app/cli/Console.h"
+#include "app/cli/PhotoFile.h"
+#include "app/cli/StopOnSignal.h"
+#include "scan/LocalAddress.h"
+#include "scan/QrCode.h"
+#include "scan/ScanServer.h"
+
+#include <QCoreApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QLocale>
+
+#include <charconv>
+#include <cstring>
+#include <exception>
+#include <getopt.h>
+#include <optional>
+#include <unistd.h>
+#include <variant>
+
+namespace kopertal {
+
+const char* const serveHelp =
+    R"(Użycie: kopertal serve [--port N] [--save-photos FOLDER]
+
+Odbiera zdjęcia z telefonu w tej samej sieci: otwórz na nim podany adres albo
+zeskanuj kod QR. Działa do Ctrl+C.
+
+      --port N              port serwera, 1–65535 (domyślnie: dowolny wolny)
+      --save-photos FOLDER  zapisuj zdjęcia w FOLDERZE jako zdjecie_RRRRMMDD_GGMMSS,
+                            zawsze pod wolną nazwą
+  -h, --help                pokaż tę pomoc
+
+Adres, kod QR i komunikaty trafiają na standardowe wyjście błędów.)";
+
+namespace {
+
+struct Options {
+    std::optional<std::uint16_t> port; // without one, any free port
+    std::optional<QString> folder;
+};
+
+int refuseUsage(const QString& reason) {
+    printMessage(reason);
+    printMessage(QStringLiteral("Pomoc: kopertal serve --help"));
+    return wrongUsage;
+}
+
+std::optional<std::uint16_t> parsePort(const char* text) {
+    std::uint16_t port = 0;
+    const char* const end = text + std::strlen(text);
+    const auto [stop, error] = std::from_chars(text, end, port);
+    if (error != std::errc() || stop != end || port == 0)
+        return {};
+    return port;
+}
+
+/// The options, or the exit code when there is nothing left to do.
+std::variant<Options, int> parseOptions(int count, char** arguments) {
+    enum { port = 256, savePhotos };
+    static const option known[] = {{"port", required_argument, nullptr, port},
+                                   {"save-photos", required_argument, nullptr, savePhotos},
+                                   {"help", no_argument, nullptr, 'h'},
+                                   {}};
+    Options options;
+    opterr = 0;
+    for (int found; (found = getopt_long(count, arguments, ":h", known, nullptr)) != -1;) {
+        switch (found) {
+        case port:
+            options.port = parsePort(optarg);
+            if (!options.port)
+                return refuseUsage(QStringLiteral("Port musi być liczbą od 1 do 65535: %1")
+                                       .arg(QString::fromLocal8Bit(optarg)));
+            break;
+        case savePhotos:
+            options.folder = QFile::decodeName(optarg);
+            break;
+        case 'h':
+            return printResult(QString::fromUtf8(serveHelp)) ? done : failed;
+        case ':':
+            return refuseUsage(QStringLiteral("Brakuje wartości opcji: %1")
+                                   .arg(QString::fromLocal8Bit(arguments[optind - 1])));
+        default:
+            return refuseUsage(QStringLiteral("Nieznana lub błędna opcja: %1")
+                                   .arg(QString::fromLocal8Bit(arguments[optind - 1])));
+        }
+    }
+    if (optind < count)
+        return refuseUsage(QStringLiteral("Nieoczekiwany argument: %1")
+                               .arg(QString::fromLocal8Bit(arguments[optind])));
+    return options;
+}
+
+bool isUsable(const QString& folder) {
+    const QFileInfo info(folder);
+    if (!info.isDir())
+        printMessage(QStringLiteral("Folder na zdjęcia nie istnieje: %1").arg(folder));
+    else if (!info.isWritable())
+        printMessage(QStringLiteral("W folderze na zdjęcia nie można zapisywać: %1").arg(folder));
+    else
+        return true;
+    return false;
+}
+
+void showAddress(std::uint16_t port) {
+    const QString host = localIPAddress();
+    const QString address = QStringLiteral("http://%1:%2").arg(host).arg(port);
+    printMessage(QStringLiteral("Serwer działa. Otwórz na telefonie w tej samej sieci Wi-Fi:"));
+    printMessage(address);
+    // Black on white, whatever colours the terminal has: many phones do not read the reverse.
+    const bool isTerminal = isatty(STDERR_FILENO);
+    const QString start = isTerminal ? QStringLiteral("\033[30;107m") : QString();
+    const QString end = isTerminal ? QStringLiteral("\033[0m") : QString();
+    for (const QString& line : qrCodeLines(address))
+        printMessage(start + line + end);
+    if (host == u"127.0.0.1")
+        printMessage(QStringLiteral("Uwaga: komputer nie jest w żadnej sieci, telefon nie otworzy "
+                                    "tego adresu."));
+    printMessage(QStringLiteral("Czekam na zdjęcia. Ctrl+C kończy."));
+}
+
+/// Says what arrived and keeps it where that was asked. False when it could not be kept.
+bool receive(const ReceivedPhoto& photo, const std::optional<QString>& folder) {
+    const QString size = QLocale(QLocale::Polish)
+                             .formattedDataSize(static_cast<qint64>(photo.whole().size()), 1,
+                                                QLocale::DataSizeSIFormat);
+    if (!folder) {
+        printMessage(QStringLiteral("Odebrano zdjęcie (%1).").arg(size));
+        return true;
+    }
+    try {
+        const QString path = savePhoto(photo, *folder, QDateTime::currentDateTime());
+        printMessage(QStringLiteral("Odebrano zdjęcie (%1): %2").arg(size, path));
+        return true;
+    } catch (const std::exception& error) {
+        printMessage(QStringLiteral("Odebrano zdjęcie (%1), ale nie udało się go zapisać: %2")
+                         .arg(size, QString::fromUtf8(error.what())));
+        return false;
+    }
+}
+
+int serve(const Options& options) {
+    if (options.folder && !isUsable(*options.folder))
+        return failed;
+    const StopOnSignal interruption;
+    const std::stop_callback quit(interruption.token(), [] {
+        QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
+                                  Qt::QueuedConnection);
+    });
+    bool isAllKept = true;
+    ScanServer server;
+    server.onPhotoReceived([&](const ReceivedPhoto& photo) {
+        isAllKept = receive(photo, options.folder) && isAllKept;
+    });
+    server.start(options.port);
+    if (server.port() == 0) {
+        printMessage(options.port
+                         ? QStringLiteral("Nie można otworzyć portu %1: jest zajęty albo wymaga "
+                                          "uprawnień administratora.")
+                               .arg(*options.port)
+                         : QStringLiteral("Nie można otworzyć żadnego portu."));
+        return failed;
+    }
+    showAddress(server.port());
+    QCoreApplication::exec();
+    return isAllKept ? done : failed;
+}
+
+} // namespace
+
+int runServe(int count, char** arguments) {
+    const std::variant<Options, int> parsed = parseOptions(count, arguments);
+    if (const int* exitCode = std::get_if<int>(&parsed))
+        return *exitCode;
+    return serve(std::get<Options>(parsed));
+}
+
+} // namespace kopertal

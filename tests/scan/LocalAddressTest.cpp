@@ -1,0 +1,181 @@
+#include "scan/LocalAddress.h"
+
+#include <QDBusConnection>
+#include <QElapsedTimer>
+#include <QHostAddress>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QThread>
+
+#include <arpa/inet.h>
+#include <deque>
+#include <ifaddrs.h>
+#include <net/if.h>
+#include <netinet/in.h>
+#include <unistd.h>
+
+using namespace kopertal;
+
+namespace {
+
+/// Answers like the multicast DNS responder, with the name that a test has set.
+class Responder : public QObject {
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.Avahi.Server")
+
+public:
+    QString name;
+    unsigned long delayMs = 0;
+
+public Q_SLOTS:
+    QString GetHostName() const {
+        QThread::msleep(delayMs);
+        return name;
+    }
+};
+
+QString systemName() {
+    char buffer[256] = {};
+    gethostname(buffer, sizeof buffer - 1);
+    return QString::fromUtf8(buffer).section(u'.', 0, 0) + QStringLiteral(".local");
+}
+
+/// A list of interfaces as the system would give it.
+class Interfaces {
+public:
+    void add(unsigned int flags, const char* ipv4) {
+        Entry& entry = m_entries.emplace_back();
+        entry.interface.ifa_flags = flags;
+        if (ipv4) {
+            entry.address.sin_family = AF_INET;
+            inet_pton(AF_INET, ipv4, &entry.address.sin_addr);
+            entry.interface.ifa_addr = reinterpret_cast<sockaddr*>(&entry.address);
+        }
+        if (m_entries.size() > 1)
+            m_entries[m_entries.size() - 2].interface.ifa_next = &entry.interface;
+    }
+    void addIpv6(unsigned int flags) {
+        add(flags, "0.0.0.0");
+        m_entries.back().address.sin_family = AF_INET6;
+    }
+    const ifaddrs* list() const { return m_entries.empty() ? nullptr : &m_entries[0].interface; }
+
+private:
+    struct Entry {
+        ifaddrs interface {};
+        sockaddr_in address{};
+    };
+    std::deque<Entry> m_entries;
+};
+
+} // namespace
+
+class LocalAddressTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    /// A bus of the test's own in the system bus's place.
+    void initTestCase() {
+        m_bus.start(QStringLiteral("dbus-daemon"),
+                    {"--session", "--nofork", "--print-address",
+                     "--address=unix:path=" + m_folder.filePath(QStringLiteral("bus"))});
+        QVERIFY(m_bus.waitForReadyRead());
+        const QByteArray address = m_bus.readLine().trimmed();
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", address);
+
+        QDBusConnection bus =
+            QDBusConnection::connectToBus(QString::fromUtf8(address), QStringLiteral("responder"));
+        QVERIFY(bus.registerService(QStringLiteral("org.freedesktop.Avahi")));
+        QVERIFY(
+            bus.registerObject(QStringLiteral("/"), &m_responder, QDBusConnection::ExportAllSlots));
+        m_responder.moveToThread(&m_thread);
+        m_thread.start();
+    }
+
+    void cleanupTestCase() {
+        m_thread.quit();
+        m_thread.wait();
+        m_bus.kill();
+        m_bus.waitForFinished();
+    }
+
+    void takesTheAnnouncedName_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("plain") << "biuro"
+                               << "biuro.local";
+        QTest::newRow("renamed after a conflict") << "biuro-2"
+                                                  << "biuro-2.local";
+        QTest::newRow("blanks around") << " biuro\n"
+                                       << "biuro.local";
+        QTest::newRow("nothing") << ""
+                                 << ".local";
+        QTest::newRow("not ASCII") << "łódź"
+                                   << "łódź.local";
+    }
+
+    void takesTheAnnouncedName() {
+        QFETCH(QString, name);
+        m_responder.name = name;
+        QTEST(localHostname(), "expected");
+    }
+
+    void pairsByNameAndFixedPort() {
+        m_responder.name = QStringLiteral("biuro");
+        QCOMPARE(pairingURL(QStringLiteral("https://example.org/zq/")),
+                 QStringLiteral("https://example.org/zq/?h=biuro.local&p=8745"));
+    }
+
+    void doesNotWaitForASilentResponder() {
+        m_responder.name = QStringLiteral("biuro");
+        m_responder.delayMs = 3000;
+        QElapsedTimer clock;
+        clock.start();
+        QCOMPARE(localHostname(), systemName());
+        QVERIFY(clock.elapsed() < 2000);
+        m_responder.delayMs = 0;
+        QTest::qWait(3000);
+    }
+
+    void worksWithoutAResponder() {
+        QVERIFY(QDBusConnection(QStringLiteral("responder"))
+                    .unregisterService(QStringLiteral("org.freedesktop.Avahi")));
+        QCOMPARE(localHostname(), systemName());
+    }
+
+    void takesTheFirstUsableAddress() {
+        Interfaces interfaces;
+        QCOMPARE(firstUsableAddress(interfaces.list()), "127.0.0.1");
+        interfaces.add(IFF_UP | IFF_LOOPBACK, "127.0.0.1");
+        interfaces.add(0, "10.0.0.1");
+        interfaces.add(IFF_UP, nullptr);
+        interfaces.addIpv6(IFF_UP);
+        QCOMPARE(firstUsableAddress(interfaces.list()), "127.0.0.1");
+        interfaces.add(IFF_UP | IFF_RUNNING, "192.168.100.200");
+        interfaces.add(IFF_UP, "10.0.0.2");
+        QCOMPARE(firstUsableAddress(interfaces.list()), "192.168.100.200");
+    }
+
+    void knowsItsOwnAddress() {
+        const QHostAddress address(localIPAddress());
+        QCOMPARE(address.protocol(), QAbstractSocket::IPv4Protocol);
+        // It is this computer's: a listener can be bound to it.
+        sockaddr_in own{};
+        own.sin_family = AF_INET;
+        own.sin_addr.s_addr = htonl(address.toIPv4Address());
+        const int socket = ::socket(AF_INET, SOCK_STREAM, 0);
+        const int bound = bind(socket, reinterpret_cast<sockaddr*>(&own), sizeof own);
+        close(socket);
+        QCOMPARE(bound, 0);
+    }
+
+private:
+    QTemporaryDir m_folder;
+    QProcess m_bus;
+    QThread m_thread;
+    Responder m_responder;
+};
+
+QTEST_GUILESS_MAIN(LocalAddressTest)
+#include "LocalAddressTest.moc"

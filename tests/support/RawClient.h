@@ -1,0 +1,38 @@
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+/// A TCP client on loopback that sends exactly the bytes it is told to, when it is told to.
+class RawClient {
+public:
+    enum class Family { v4, v6 };
+
+    /// Connects; isOpen() tells whether that worked.
+    explicit RawClient(std::uint16_t port, Family family = Family::v4);
+    ~RawClient();
+    RawClient(RawClient&& other) noexcept;
+    RawClient& operator=(RawClient&& other) noexcept;
+
+    bool isOpen() const { return m_socket >= 0; }
+
+    /// False when the peer has closed before it took everything.
+    bool send(std::string_view bytes);
+    /// Ends the output; the input stays open.
+    void finish();
+    /// Closes with a reset instead of an orderly end.
+    void reset();
+
+    /// Everything up to the peer's end; nothing when that has not come within `limit`. A reset
+    /// counts as an end.
+    std::optional<std::string> readAll(std::chrono::milliseconds limit = std::chrono::seconds(10));
+
+    /// Connects, sends, ends its output and reads the answer. Empty without one.
+    static std::string ask(std::uint16_t port, std::string_view request);
+
+private:
+    int m_socket = -1;
+};
