@@ -53,12 +53,12 @@ CurlLoop::CurlLoop(HttpOptions options, int wakeUp)
 CurlLoop::~CurlLoop() {
     for (const auto& [handle, transfer] : m_transfers) {
         curl_multi_remove_handle(m_multi.get(), handle);
-        CurlTransfer::cancel(transfer->takeOrder());
+        transfer->cancel();
     }
     m_transfers.clear();
     close();
-    for (const Order& order : m_waiting)
-        CurlTransfer::cancel(order);
+    for (auto& [origin, queue] : m_queues)
+        queue.cancelAll();
 }
 
 void CurlLoop::open() {
@@ -88,25 +88,29 @@ void CurlLoop::close() {
 }
 
 void CurlLoop::enqueue(Order order) {
-    m_waiting.push_back(std::move(order));
+    const std::string origin = originOf(order.request.url);
+    const bool mayShare = origin.rfind("https:", 0) == 0;
+    m_queues.try_emplace(origin, mayShare).first->second.push(std::move(order));
     admit();
 }
 
 void CurlLoop::admit() {
-    while (!m_waiting.empty() && m_transfers.size() < m_capacity) {
-        if (!m_multi)
-            open();
-        Order order = std::move(m_waiting.front());
-        m_waiting.pop_front();
-        start(std::move(order));
+    for (auto& [origin, queue] : m_queues) {
+        while (m_transfers.size() < m_capacity || !m_multi) {
+            std::optional<Order> order = queue.next();
+            if (!order)
+                break;
+            if (!m_multi)
+                open();
+            start(std::move(*order), queue);
+        }
     }
 }
 
-void CurlLoop::start(Order order) {
-    auto transfer = std::make_unique<CurlTransfer>(std::move(order), m_context);
+void CurlLoop::start(Order order, OriginQueue& queue) {
+    auto transfer = std::make_unique<CurlTransfer>(std::move(order), queue, m_context);
     CURL* const handle = transfer->handle();
-    const CURLMcode code = curl_multi_add_handle(m_multi.get(), handle);
-    if (code != CURLM_OK)
+    if (curl_multi_add_handle(m_multi.get(), handle) != CURLM_OK)
         transfer->finish(CURLE_FAILED_INIT);
     else
         m_transfers.emplace(handle, std::move(transfer));
@@ -143,6 +147,10 @@ int CurlLoop::timeoutMs() const {
     std::optional<Clock::time_point> next = m_timer;
     if (m_multi && m_transfers.empty())
         next = std::min(next.value_or(Clock::time_point::max()), m_lastUse + keepConnections);
+    for (const auto& [origin, queue] : m_queues) {
+        if (!queue.isEmpty() && m_transfers.size() < m_capacity)
+            next = std::min(next.value_or(Clock::time_point::max()), queue.opensAt());
+    }
     if (!next)
         return -1;
     return static_cast<int>(
@@ -167,7 +175,7 @@ void CurlLoop::complete(CURL* handle, CURLcode code) {
     m_lastUse = Clock::now();
     if (code != CURLE_OK && transfer->lacksDescriptor() && !m_transfers.empty()) {
         m_capacity = m_transfers.size();
-        m_waiting.push_front(transfer->takeOrder());
+        transfer->putBack();
     } else {
         transfer->finish(code);
     }

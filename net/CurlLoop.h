@@ -1,13 +1,14 @@
 #pragma once
 
 #include "net/CurlTransfer.h"
+#include "net/OriginQueue.h"
 
 #include <curl/curl.h>
 
 #include <chrono>
-#include <deque>
 #include <memory>
 #include <optional>
+#include <string>
 #include <unordered_map>
 
 namespace kopertal {
@@ -36,7 +37,7 @@ public:
     CurlLoop(const CurlLoop&) = delete;
     CurlLoop& operator=(const CurlLoop&) = delete;
 
-    /// Starts the order as soon as there is a descriptor for it.
+    /// Starts the order as soon as its queue lets it and there is a descriptor for it.
     void enqueue(Order order);
 
     /// Waits for the network or for `wakeUp`, and completes what has ended.
@@ -48,7 +49,7 @@ private:
     void open();
     void close();
     void admit();
-    void start(Order order);
+    void start(Order order, OriginQueue& queue);
     void completeFinished();
     void complete(CURL* handle, CURLcode code);
     int timeoutMs() const;
@@ -60,8 +61,8 @@ private:
     TransferContext m_context;
     std::unique_ptr<CURLSH, Release<curl_share_cleanup>> m_share;
     std::unique_ptr<CURLM, Release<curl_multi_cleanup>> m_multi; // none while idle
+    std::unordered_map<std::string, OriginQueue> m_queues;       // by origin
     std::unordered_map<CURL*, std::unique_ptr<CurlTransfer>> m_transfers;
-    std::deque<Order> m_waiting;
     std::size_t m_capacity = 1;
     std::optional<Clock::time_point> m_timer;
     Clock::time_point m_lastUse;

@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <new>
+#include <openssl/ssl.h>
 #include <sys/socket.h>
 #include <utility>
 
@@ -11,6 +12,18 @@ namespace {
 constexpr long maxRedirects = 20; // as browsers
 constexpr std::size_t maxHeaderBytes = 256UL * 1024;
 
+/// Whether the connection of a running transfer carries several requests at a time.
+bool isShared(CURL* easy) {
+    curl_tlssessioninfo* session = nullptr;
+    if (curl_easy_getinfo(easy, CURLINFO_TLS_SSL_PTR, &session) != CURLE_OK || !session ||
+        session->backend != CURLSSLBACKEND_OPENSSL || !session->internals)
+        return false;
+    const unsigned char* name = nullptr;
+    unsigned int size = 0;
+    SSL_get0_alpn_selected(static_cast<SSL*>(session->internals), &name, &size);
+    return size == 2 && name[0] == 'h' && name[1] == '2';
+}
+
 HttpFailure failureOf(CURLcode code) {
     switch (code) {
     case CURLE_OK:
@@ -18,7 +31,6 @@ HttpFailure failureOf(CURLcode code) {
     case CURLE_OPERATION_TIMEDOUT:
         return HttpFailure::timedOut;
     case CURLE_URL_MALFORMAT:
-    case CURLE_UNSUPPORTED_PROTOCOL:
         return HttpFailure::invalidAddress;
     case CURLE_COULDNT_RESOLVE_HOST:
     case CURLE_COULDNT_RESOLVE_PROXY:
@@ -48,8 +60,8 @@ HttpFailure failureOf(CURLcode code) {
 
 } // namespace
 
-CurlTransfer::CurlTransfer(Order order, TransferContext& context)
-    : m_order(std::move(order)), m_context(context), m_easy(curl_easy_init()) {
+CurlTransfer::CurlTransfer(Order order, OriginQueue& queue, TransferContext& context)
+    : m_order(std::move(order)), m_queue(queue), m_context(context), m_easy(curl_easy_init()) {
     if (!m_easy)
         throw std::bad_alloc();
     setRequestOptions();
@@ -58,6 +70,8 @@ CurlTransfer::CurlTransfer(Order order, TransferContext& context)
 
 CurlTransfer::~CurlTransfer() {
     m_context.bytesHeld -= m_body.size();
+    if (!m_isConnected)
+        m_queue.failedToConnect();
 }
 
 void CurlTransfer::setRequestOptions() {
@@ -84,7 +98,8 @@ void CurlTransfer::setRequestOptions() {
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
     curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::onOpenSocket);
     curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, this);
-    curl_easy_setopt(easy, CURLOPT_PRIVATE, this);
+    curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
+    curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
 }
 
 void CurlTransfer::setTransportOptions(const TransferContext& context) {
@@ -135,10 +150,12 @@ void CurlTransfer::finish(CURLcode code) {
     m_order.completion(std::move(answer));
 }
 
-void CurlTransfer::cancel(const Order& order) {
-    HttpAnswer answer;
-    answer.failure = HttpFailure::cancelled;
-    order.completion(std::move(answer));
+void CurlTransfer::putBack() {
+    m_queue.pushFront(std::move(m_order));
+}
+
+void CurlTransfer::cancel() {
+    cancelOrder(m_order);
 }
 
 bool CurlTransfer::append(const char* data, std::size_t size) noexcept {
@@ -166,6 +183,13 @@ std::size_t CurlTransfer::onHeader(char*, std::size_t size, std::size_t count, v
     transfer.m_headerBytes += size * count;
     transfer.m_tooLarge = transfer.m_headerBytes > maxHeaderBytes;
     return transfer.m_tooLarge ? 0 : size * count;
+}
+
+int CurlTransfer::onConnected(void* self, char*, char*, int, int) {
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    if (!std::exchange(transfer.m_isConnected, true)) // redirects and retries come here again
+        transfer.m_queue.connected(isShared(transfer.m_easy.get()));
+    return CURL_PREREQFUNC_OK;
 }
 
 curl_socket_t CurlTransfer::onOpenSocket(void* self, curlsocktype, curl_sockaddr* address) {

@@ -9,6 +9,7 @@ the path: a document of tracking_documents.py or a behaviour below. "NAME after 
 import asyncio
 import gzip
 import json
+import logging
 import re
 import resource
 import socket
@@ -34,7 +35,7 @@ open_most = 0
 def wanted(method, path, body):
     """The name that a request asks for and the delay before the answer."""
     number = NUMBER.search(body)
-    text = number.group(1).decode() if number else path.lstrip("/").replace("%20", " ")
+    text = number.group(1).decode() if number else path.split("/")[-1].replace("%20", " ")
     name, _, seconds = text.partition(" after ")
     return name, float(seconds or 0)
 
@@ -270,6 +271,7 @@ def tls_context(folder, name, *protocols):
 
 
 async def main(folder):
+    logging.getLogger("asyncio").setLevel(logging.CRITICAL)  # clients that go are no news
     hard = resource.getrlimit(resource.RLIMIT_NOFILE)[1]
     resource.setrlimit(resource.RLIMIT_NOFILE, (hard, hard))
     make_certificates(folder)
