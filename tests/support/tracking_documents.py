@@ -3,54 +3,54 @@
 SOAP = "text/xml;charset=UTF-8"
 
 
-def element(name, text, prefix="ax21"):
+def element(name, text):
     if text is None:
-        return f'<{prefix}:{name} xsi:nil="true"/>'
-    return f"<{prefix}:{name}>{text}</{prefix}:{name}>"
+        return f'<ax21:{name} xsi:nil="true"/>'
+    return f"<ax21:{name}>{text}</ax21:{name}>"
 
 
-def unit(name, locality=None, street=None, house=None, code=None, prefix="ax21"):
-    details = "".join(element(tag, text, prefix) for tag, text in (
+def unit(name, locality=None, street=None, house=None, code=None):
+    details = "".join(element(tag, text) for tag, text in (
         ("dlGeogr", None), ("miejscowosc", locality), ("nrDomu", house), ("nrLokalu", None),
         ("pna", code), ("szerGeogr", None), ("ulica", street)))
-    return (f'<{prefix}:jednostka xsi:type="{prefix}:Jednostka">'
-            f'<{prefix}:daneSzczegolowe xsi:type="{prefix}:SzczDaneJednostki">{details}'
-            f"</{prefix}:daneSzczegolowe>" + element("nazwa", name, prefix)
-            + f"</{prefix}:jednostka>")
+    return ('<ax21:jednostka xsi:type="ax21:Jednostka">'
+            f'<ax21:daneSzczegolowe xsi:type="ax21:SzczDaneJednostki">{details}'
+            "</ax21:daneSzczegolowe>" + element("nazwa", name)
+            + "</ax21:jednostka>")
 
 
-def event(time, name, code, place, final=False, prefix="ax21"):
-    return (f'<{prefix}:zdarzenie xsi:type="{prefix}:Zdarzenie">' + element("czas", time, prefix)
-            + place + element("kod", code, prefix)
-            + element("konczace", "true" if final else "false", prefix)
-            + element("nazwa", name, prefix) + element("przyczyna", None, prefix)
-            + f"</{prefix}:zdarzenie>")
+def event(time, name, code, place, final=False):
+    return ('<ax21:zdarzenie xsi:type="ax21:Zdarzenie">' + element("czas", time)
+            + place + element("kod", code)
+            + element("konczace", "true" if final else "false")
+            + element("nazwa", name) + element("przyczyna", None)
+            + "</ax21:zdarzenie>")
 
 
-def answer(events, status="0", weight="0.05", finished=False, details=True, prefix="ax21"):
+def answer(events, status="0", weight="0.05", finished=False, details=True):
     def office(tag, name):
-        return (f'<{prefix}:{tag} xsi:type="{prefix}:Jednostka">'
-                + element("nazwa", name, prefix) + f"</{prefix}:{tag}>")
+        return (f'<ax21:{tag} xsi:type="ax21:Jednostka">'
+                + element("nazwa", name) + f"</ax21:{tag}>")
 
     shipment = ""
     if details:
-        shipment = (f'<{prefix}:danePrzesylki xsi:type="{prefix}:DanePrzesylki">'
-                    + element("dataNadania", "2025-03-10", prefix)
-                    + element("kodKrajuNadania", "PL", prefix) + element("masa", weight, prefix)
-                    + element("numer", "00990011223344556677", prefix)
-                    + element("rodzPrzes", "List polecony ekonomiczny", prefix)
+        shipment = ('<ax21:danePrzesylki xsi:type="ax21:DanePrzesylki">'
+                    + element("dataNadania", "2025-03-10")
+                    + element("kodKrajuNadania", "PL") + element("masa", weight)
+                    + element("numer", "00990011223344556677")
+                    + element("rodzPrzes", "List polecony ekonomiczny")
                     + office("urzadNadania", "UP Gdańsk 1") + office("urzadPrzezn", "UP Warszawa 1")
-                    + element("zakonczonoObsluge", "true" if finished else "false", prefix)
-                    + f"<{prefix}:zdarzenia>" + "".join(events) + f"</{prefix}:zdarzenia>"
-                    + f"</{prefix}:danePrzesylki>")
+                    + element("zakonczonoObsluge", "true" if finished else "false")
+                    + "<ax21:zdarzenia>" + "".join(events) + "</ax21:zdarzenia>"
+                    + "</ax21:danePrzesylki>")
     return (200, SOAP, (
         "<?xml version='1.0' encoding='UTF-8'?>"
         '<soapenv:Envelope xmlns:soapenv="http://schemas.xmlsoap.org/soap/envelope/">'
         '<soapenv:Body><ns:sprawdzPrzesylkePlResponse xmlns:ns="http://stand-in.test" '
-        f'xmlns:{prefix}="http://stand-in.test/xsd" '
+        'xmlns:ax21="http://stand-in.test/xsd" '
         'xmlns:xsi="http://www.w3.org/2001/XMLSchema-instance">'
-        f'<ns:return xsi:type="{prefix}:Komunikat">{shipment}'
-        + element("numer", "00990011223344556677", prefix) + element("status", status, prefix)
+        f'<ns:return xsi:type="ax21:Komunikat">{shipment}'
+        + element("numer", "00990011223344556677") + element("status", status)
         + "</ns:return></ns:sprawdzPrzesylkePlResponse></soapenv:Body></soapenv:Envelope>"
     ).encode())
 
@@ -94,7 +94,7 @@ DOCUMENTS = {
     "nil": answer(SENT, weight=None),
     "noevents": answer([]),
     "unknown": answer([], status="-1", details=False),
-    "prefix": answer(DELIVERED, prefix="ns2"),
+    "prefix": (200, SOAP, answer(DELIVERED)[2].replace(b"ax21", b"ns2")),
     "fault": (500, SOAP, FAULT),
     "page": (502, "text/html", ERROR_PAGE),
     "empty": (200, SOAP, b""),
