@@ -10,6 +10,7 @@ namespace kopertal {
 namespace {
 
 constexpr long maxRedirects = 20; // as browsers
+constexpr long uploadBufferBytes = 16L * 1024; // per request; the library's own choice is 64 KiB
 constexpr std::size_t maxHeaderBytes = 256UL * 1024;
 
 /// Whether the connection of a running transfer carries several requests at a time.
@@ -90,6 +91,7 @@ void CurlTransfer::setRequestOptions() {
         curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE,
                          static_cast<curl_off_t>(request.body->size()));
     }
+    curl_easy_setopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, uploadBufferBytes);
     curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
     curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, m_error.data());
     curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
