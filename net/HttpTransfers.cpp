@@ -87,11 +87,14 @@ HttpTransfers::~HttpTransfers() {
 }
 
 void HttpTransfers::send(HttpRequest request, Completion completion) {
+    bool isFirst = false;
     {
         const std::lock_guard lock(m_state->mutex);
+        isFirst = m_state->incoming.empty();
         m_state->incoming.push_back({std::move(request), std::move(completion)});
     }
-    m_state->signal();
+    if (isFirst) // else the worker knows already
+        m_state->signal();
 }
 
 } // namespace kopertal
