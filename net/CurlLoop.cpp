@@ -88,9 +88,7 @@ void CurlLoop::close() {
 }
 
 void CurlLoop::enqueue(Order order) {
-    const std::string origin = originOf(order.request.url);
-    const bool mayShare = origin.rfind("https:", 0) == 0;
-    m_queues.try_emplace(origin, mayShare).first->second.push(std::move(order));
+    m_queues[originOf(order.request.url)].push(std::move(order));
     admit();
 }
 
@@ -137,8 +135,10 @@ void CurlLoop::wait() {
     }
     completeFinished();
     admit();
-    if (m_multi && m_transfers.empty() && Clock::now() - m_lastUse >= keepConnections)
+    if (m_multi && m_transfers.empty() && Clock::now() - m_lastUse >= keepConnections) {
         close();
+        m_queues.clear(); // empty; what they learnt of their servers is old
+    }
 }
 
 int CurlLoop::timeoutMs() const {

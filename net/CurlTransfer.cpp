@@ -9,8 +9,9 @@
 namespace kopertal {
 namespace {
 
-constexpr long maxRedirects = 20; // as browsers
+constexpr long maxRedirects = 20;              // as browsers
 constexpr long uploadBufferBytes = 16L * 1024; // per request; the library's own choice is 64 KiB
+constexpr long nameLifetime = 300; // seconds; a burst must not look a name up once per request
 constexpr std::size_t maxHeaderBytes = 256UL * 1024;
 
 /// Whether the connection of a running transfer carries several requests at a time.
@@ -117,6 +118,7 @@ void CurlTransfer::setTransportOptions(const TransferContext& context) {
     curl_easy_setopt(easy, CURLOPT_NOPROXY, context.proxyExceptions.c_str());
     curl_easy_setopt(easy, CURLOPT_SHARE, context.share);
     curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(easy, CURLOPT_DNS_CACHE_TIMEOUT, nameLifetime);
     // A name that is still being looked up must not hold up the others when its time is over.
     curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
 

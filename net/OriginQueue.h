@@ -23,14 +23,11 @@ void cancelOrder(const Order& order);
 ///
 /// Where connections are shared (HTTP/2) a burst must not open one for each request: an order
 /// starts when the one before it has its connection, and so either finds room on that one or opens
-/// the next. A server that does not share gets all at once after the first connection; and so does
-/// one that takes too long to connect.
+/// the next. A server that does not share gets all at once after the first connection, when its
+/// name has been looked up; and so does one that takes too long to connect.
 class OriginQueue {
 public:
     using Clock = std::chrono::steady_clock;
-
-    /// `mayShare` is false where sharing is out of the question (in the clear).
-    explicit OriginQueue(bool mayShare) : m_mayShare(mayShare) {}
 
     bool isEmpty() const { return m_orders.empty(); }
     void push(Order order);
@@ -50,7 +47,7 @@ public:
     void failedToConnect();
 
 private:
-    bool m_mayShare;
+    bool m_mayShare = true;
     std::deque<Order> m_orders;
     int m_connecting = 0;
     Clock::time_point m_opensAt;
