@@ -4,6 +4,7 @@
 #include "app/cli/Console.h"
 #include "app/cli/GenerateCommand.h"
 #include "app/cli/ServeCommand.h"
+#include "app/cli/TrackCommand.h"
 
 #include <QCoreApplication>
 
@@ -22,6 +23,7 @@ Użycie: kopertal POLECENIE [ARGUMENTY]
 Polecenia:
   generate   tworzy z adresów wypełnioną książkę nadawczą (.docx)
   serve      odbiera zdjęcia z telefonu w tej samej sieci
+  track      pyta Pocztę Polską o status przesyłek
 
   -h, --help     pokaż tę pomoc; „kopertal POLECENIE --help” opisuje polecenie
       --version  pokaż wersję
@@ -33,7 +35,11 @@ struct Command {
     int (*run)(int count, char** arguments);
 };
 
-constexpr Command commands[] = {{"generate", runGenerate}, {"serve", runServe}};
+constexpr Command commands[] = {
+    {"generate", runGenerate},
+    {"serve", runServe},
+    {"track", runTrack},
+};
 
 /// The command's exit code; a failure becomes its message, for the user.
 int runGuarded(const Command& command, int count, char** arguments) {

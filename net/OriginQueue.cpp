@@ -1,0 +1,59 @@
+#include "net/OriginQueue.h"
+
+#include <utility>
+
+namespace kopertal {
+namespace {
+
+constexpr std::chrono::milliseconds longestHold{1'000};
+
+} // namespace
+
+void cancelOrder(const Order& order) {
+    HttpAnswer answer;
+    answer.failure = HttpFailure::cancelled;
+    order.completion(std::move(answer));
+}
+
+void OriginQueue::push(Order order) {
+    if (m_orders.empty())
+        m_opensAt = Clock::now() + longestHold;
+    m_orders.push_back(std::move(order));
+}
+
+void OriginQueue::pushFront(Order order) {
+    m_orders.push_front(std::move(order));
+}
+
+std::optional<Order> OriginQueue::next() {
+    const bool isHeld = m_mayShare && m_connecting > 0 && Clock::now() < m_opensAt;
+    if (m_orders.empty() || isHeld)
+        return std::nullopt;
+    Order order = std::move(m_orders.front());
+    m_orders.pop_front();
+    ++m_connecting;
+    return order;
+}
+
+void OriginQueue::cancelAll() {
+    for (const Order& order : m_orders)
+        cancelOrder(order);
+    m_orders.clear();
+}
+
+void OriginQueue::connected(bool isShared) {
+    --m_connecting;
+    m_mayShare = m_mayShare && isShared;
+}
+
+void OriginQueue::failedToConnect() {
+    --m_connecting;
+    m_opensAt = Clock::now(); // the others shall not fail one after the other
+}
+
+std::string originOf(const std::string& url) {
+    const std::size_t host = url.find("://");
+    return host == std::string::npos ? url : url.substr(0, url.find_first_of("/?#", host + 3));
+}
+
+} // namespace kopertal

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "net/HttpMessage.h"
+#include "net/HttpTransfers.h"
+
+#include <chrono>
+#include <deque>
+#include <optional>
+#include <string>
+
+namespace kopertal {
+
+/// A request and who waits for its answer.
+struct Order {
+    HttpRequest request;
+    HttpTransfers::Completion completion;
+};
+
+/// Hands out that the order was cancelled.
+void cancelOrder(const Order& order);
+
+/// The orders for one server that have not started.
+///
+/// Where connections are shared (HTTP/2) a burst must not open one for each request: an order
+/// starts when the one before it has its connection, and so either finds room on that one or opens
+/// the next. A server that does not share gets all at once after the first connection, when its
+/// name has been looked up; and so does one that takes too long to connect.
+class OriginQueue {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    bool isEmpty() const { return m_orders.empty(); }
+    void push(Order order);
+    /// Puts back what next() gave.
+    void pushFront(Order order);
+
+    /// The next order, when it may start now.
+    std::optional<Order> next();
+    /// Hands out that they were cancelled.
+    void cancelAll();
+    /// When next() will give the rest in any case.
+    Clock::time_point opensAt() const { return m_opensAt; }
+
+    /// A started order has its connection.
+    void connected(bool isShared);
+    /// A started order has ended without one.
+    void failedToConnect();
+
+private:
+    bool m_mayShare = true;
+    std::deque<Order> m_orders;
+    int m_connecting = 0;
+    Clock::time_point m_opensAt;
+};
+
+/// The part of an address up to its path: what requests to one server have in common.
+std::string originOf(const std::string& url);
+
+} // namespace kopertal

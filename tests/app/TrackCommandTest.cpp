@@ -1,0 +1,134 @@
+#include "tests/support/TrackingStandIn.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTest>
+
+#include <memory>
+
+using namespace kopertal;
+
+namespace {
+
+struct Outcome {
+    int exitCode;
+    QString output;
+    QString messages;
+};
+
+} // namespace
+
+// The program itself, without a display, against the stand-in over TLS.
+class TrackCommandTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        m_standIn = std::make_unique<TrackingStandIn>();
+        QVERIFY(m_standIn->isReady());
+    }
+
+    void printsALineForEachNumber_data() {
+        QTest::addColumn<QStringList>("numbers");
+        QTest::addColumn<QString>("output");
+        QTest::addColumn<int>("exitCode");
+        const char* const warsaw = "\tWarszawa — UP Warszawa 1, Marszałkowska 1, 00-001 Warszawa\n";
+        const auto row = [](const char* name, QStringList numbers, const QByteArray& output,
+                            int exitCode) {
+            QTest::newRow(name) << numbers << QString::fromUtf8(output) << exitCode;
+        };
+        row("in the order given", {" (00)delivered\n", "unknown", "relay"},
+            "delivered\tDoręczono\t2025-03-11 11:52" + QByteArray(warsaw) +
+                "unknown\tNie znaleziono\t—\t—\nrelay\tW transporcie\t2025-03-11 01:30\t—\n",
+            0);
+        row("found without events", {"noevents"}, "noevents\tBrak zdarzeń\t—\t—\n", 0);
+        row("the slow one holds its place", {"relay after 0.5", "unknown"},
+            "relay after 0.5\tW transporcie\t2025-03-11 01:30\t—\nunknown\tNie znaleziono\t—\t—\n",
+            0);
+        row("a network error", {"unknown", "reset"},
+            "unknown\tNie znaleziono\t—\t—\nreset\tBłąd sieci\t—\t—\n", 1);
+        row("a fault is no answer", {"fault"}, "fault\tBrak zdarzeń\t—\t—\n", 1);
+        row("an error page is no answer", {"page"}, "page\tBrak zdarzeń\t—\t—\n", 1);
+        row("unreadable", {"latin2"}, "latin2\tBłąd\t—\t—\n", 1);
+        row("an empty number", {"(00)"}, "—\t—\t—\t—\n", 1);
+        row("control characters stay out", {"unknown\u0085\u009b"},
+            "unknown  \tDoręczono\t2025-03-11 11:52" + QByteArray(warsaw), 0);
+        row("behind two hyphens", {"--", "--json"},
+            "--json\tDoręczono\t2025-03-11 11:52" + QByteArray(warsaw), 0);
+    }
+
+    void printsALineForEachNumber() {
+        QFETCH(QStringList, numbers);
+        const Outcome outcome = run(numbers);
+        QTEST(outcome.output, "output");
+        QTEST(outcome.exitCode, "exitCode");
+        const bool hasFailed = outcome.output.contains("Błąd sieci");
+        QCOMPARE(!outcome.messages.isEmpty(), hasFailed);
+    }
+
+    void printsEverythingAsJson() {
+        const Outcome outcome = run({"--json", "delivered", "fault"});
+        QCOMPARE(outcome.exitCode, 1);
+        const QJsonArray answers = QJsonDocument::fromJson(outcome.output.toUtf8()).array();
+        QCOMPARE(answers.size(), 2);
+        const QJsonObject delivered = answers[0].toObject();
+        QCOMPARE(delivered["answered"], true);
+        QCOMPARE(delivered["trackingNumber"], "delivered");
+        QCOMPARE(delivered["masa"], "0.05");
+        QCOMPARE(delivered["zakonczonoObsluge"], true);
+        QCOMPARE(delivered["lastPlace"],
+                 "Warszawa — UP Warszawa 1\nMarszałkowska 1, 00-001 Warszawa");
+        QCOMPARE(delivered["events"].toArray().size(), 7);
+        const QJsonObject last = delivered["events"].toArray().last().toObject();
+        const QJsonObject expected{{"code", "P_D"},
+                                   {"isFinal", true},
+                                   {"name", "Doręczono"},
+                                   {"place", "Warszawa — UP Warszawa 1"},
+                                   {"placeAddress", "Marszałkowska 1, 00-001 Warszawa"},
+                                   {"time", "2025-03-11 11:52"}};
+        QCOMPARE(last, expected);
+        QCOMPARE(answers[1].toObject()["answered"], false);
+    }
+
+    void saysWhyTheNetworkFailedOnce() {
+        const Outcome outcome = run({"reset", "reset", "reset"});
+        QCOMPARE(outcome.messages, "Błąd sieci: Połączenie z serwerem zostało przerwane.\n");
+    }
+
+    void wrongUseIsRefused_data() {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::newRow("no number") << QStringList{};
+        QTest::newRow("an option alone") << QStringList{"--json"};
+        QTest::newRow("unknown option") << QStringList{"--xml", "1"};
+    }
+
+    void wrongUseIsRefused() {
+        QFETCH(QStringList, arguments);
+        const Outcome outcome = run(arguments);
+        QCOMPARE(outcome.exitCode, 2);
+        QCOMPARE(outcome.output, "");
+        QVERIFY(outcome.messages.contains("kopertal track --help"));
+    }
+
+private:
+    Outcome run(const QStringList& arguments) {
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove("DISPLAY");
+        environment.insert("KOPERTAL_TRACKING_ENDPOINT", m_standIn->address("https", "service"));
+        environment.insert("SSL_CERT_FILE", m_standIn->authority());
+        QProcess program;
+        program.setProcessEnvironment(environment);
+        program.start(KOPERTAL_PROGRAM, QStringList{"track"} + arguments);
+        program.waitForFinished();
+        return {program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1,
+                QString::fromUtf8(program.readAllStandardOutput()),
+                QString::fromUtf8(program.readAllStandardError())};
+    }
+
+    std::unique_ptr<TrackingStandIn> m_standIn;
+};
+
+QTEST_GUILESS_MAIN(TrackCommandTest)
+#include "TrackCommandTest.moc"

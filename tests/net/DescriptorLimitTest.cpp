@@ -1,0 +1,72 @@
+#include "net/DescriptorLimit.h"
+
+#include "net/HttpClient.h"
+#include "tests/support/TrackingStandIn.h"
+
+#include <QElapsedTimer>
+#include <QTest>
+
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+using namespace kopertal;
+using namespace std::chrono_literals;
+
+// In a process of its own: a lowered limit does not come back.
+class DescriptorLimitTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void requestsBeyondTheDescriptorsWaitWithoutSpendingTheirTime() {
+        TrackingStandIn standIn;
+        QVERIFY(standIn.isReady());
+        const rlimit few{40, 200};
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &few), 0);
+        HttpClient client;
+        rlimit limit{};
+        getrlimit(RLIMIT_NOFILE, &limit);
+        QCOMPARE(limit.rlim_cur, 200U); // raised
+        QVERIFY(spareDescriptors() < 200);
+
+        HttpRequest request;
+        request.url = standIn.address(QStringLiteral("http"), QStringLiteral("open%20after%200.5"))
+                          .toStdString();
+        request.timeout = 2'500ms;
+        QElapsedTimer clock;
+        clock.start();
+        QList<QFuture<HttpAnswer>> answers;
+        for (int i = 0; i < 800; ++i)
+            answers.append(client.send(request));
+        for (QFuture<HttpAnswer>& answer : answers)
+            QCOMPARE(answer.result().failure, HttpFailure::none);
+        QVERIFY2(clock.elapsed() > 3'000, "they did not have to wait: nothing is shown");
+    }
+
+    void aDescriptorTakenByOthersIsWaitedFor() {
+        TrackingStandIn standIn;
+        QVERIFY(standIn.isReady());
+        HttpClient client;
+        HttpRequest request;
+        request.url = standIn.address(QStringLiteral("http"), QStringLiteral("open%20after%200.3"))
+                          .toStdString();
+        QCOMPARE(client.send(request).result().failure, HttpFailure::none);
+        std::vector<int> taken;
+        for (int fd; (fd = ::open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;)
+            taken.push_back(fd);
+        for (int i = 0; i < 6; ++i) {
+            ::close(taken.back());
+            taken.pop_back();
+        }
+        QList<QFuture<HttpAnswer>> answers;
+        for (int i = 0; i < 30; ++i)
+            answers.append(client.send(request));
+        for (QFuture<HttpAnswer>& answer : answers)
+            QCOMPARE(answer.result().failure, HttpFailure::none);
+        for (const int fd : taken)
+            ::close(fd);
+    }
+};
+
+QTEST_GUILESS_MAIN(DescriptorLimitTest)
+#include "DescriptorLimitTest.moc"

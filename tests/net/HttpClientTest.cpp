@@ -1,0 +1,262 @@
+#include "net/HttpClient.h"
+
+#include "net/ProxyExceptions.h"
+#include "tests/support/TrackingStandIn.h"
+
+#include <QElapsedTimer>
+#include <QFile>
+#include <QRegularExpression>
+#include <QTest>
+
+#include <memory>
+
+using namespace kopertal;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// In bytes, as the kernel counts it.
+qint64 peakMemory() {
+    QFile status(QStringLiteral("/proc/self/status"));
+    status.open(QIODevice::ReadOnly);
+    static const QRegularExpression peak(QStringLiteral("VmHWM:\\s+(\\d+) kB"));
+    return peak.match(QString::fromLatin1(status.readAll())).captured(1).toLongLong() * 1024;
+}
+
+} // namespace
+
+class HttpClientTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        for (const char* name : {"http_proxy", "https_proxy", "all_proxy", "no_proxy",
+                                 "HTTPS_PROXY", "ALL_PROXY", "NO_PROXY"})
+            qunsetenv(name);
+        m_standIn = std::make_unique<TrackingStandIn>();
+        QVERIFY(m_standIn->isReady());
+    }
+
+    void init() {
+        m_client = std::make_unique<HttpClient>(options());
+        m_clock.start();
+    }
+
+    void cleanup() {
+        qunsetenv("http_proxy");
+        qunsetenv("no_proxy");
+    }
+
+    void misbehavingServersFail_data() {
+        QTest::addColumn<QString>("listener");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<HttpFailure>("failure");
+        const auto row = [](const char* listener, const char* path, HttpFailure failure) {
+            QTest::addRow("%s %s", listener, path) << listener << path << failure;
+        };
+        for (const char* listener : {"http", "https"}) {
+            row(listener, "silent", HttpFailure::timedOut);
+            row(listener, "half", HttpFailure::timedOut);
+            row(listener, "drip", HttpFailure::timedOut);
+            row(listener, "cut", HttpFailure::connectionLost);
+            row(listener, "close", HttpFailure::connectionLost);
+            row(listener, "reset", HttpFailure::connectionLost);
+            row(listener, "endless", HttpFailure::tooLarge);
+            row(listener, "headers", HttpFailure::tooLarge);
+            row(listener, "bomb", HttpFailure::tooLarge);
+            row(listener, "loop", HttpFailure::tooManyRedirects);
+            row(listener, "elsewhere", HttpFailure::other);
+            row(listener, "garbage", HttpFailure::other);
+        }
+        row("http2", "silent after 5", HttpFailure::timedOut);
+        row("http2", "reset", HttpFailure::connectionLost);
+        row("otherHost", "open", HttpFailure::tlsFailed);
+        row("expired", "open", HttpFailure::tlsFailed);
+        row("stranger", "open", HttpFailure::tlsFailed);
+    }
+
+    void misbehavingServersFail() {
+        QFETCH(QString, listener);
+        QFETCH(QString, path);
+        QFETCH(HttpFailure, failure);
+        const qint64 memoryBefore = peakMemory();
+        HttpRequest request = this->request(listener, path.replace(u' ', QStringLiteral("%20")));
+        request.timeout = failure == HttpFailure::timedOut ? 600ms : 20'000ms;
+        const HttpAnswer answer = m_client->send(request).result();
+        QCOMPARE(answer.failure, failure);
+        QVERIFY(answer.body.empty());
+        QVERIFY(!failureText(answer).isEmpty());
+        if (failure == HttpFailure::timedOut)
+            QVERIFY2(m_clock.elapsed() >= 550, qPrintable(QString::number(m_clock.elapsed())));
+        QVERIFY(m_clock.elapsed() < 5'000);
+        QVERIFY(peakMemory() - memoryBefore < 64'000'000);
+    }
+
+    void unreachableServersFail_data() {
+        QTest::addColumn<QString>("address");
+        QTest::addColumn<HttpFailure>("failure");
+        QTest::newRow("closed port") << "http://127.0.0.1:9/" << HttpFailure::connectionFailed;
+        QTest::newRow("closed port, TLS")
+            << "https://127.0.0.1:9/" << HttpFailure::connectionFailed;
+        QTest::newRow("no such host")
+            << "http://no-such-host.invalid/" << HttpFailure::hostNotFound;
+        QTest::newRow("no address") << "" << HttpFailure::invalidAddress;
+        QTest::newRow("not an address") << "http://[1" << HttpFailure::invalidAddress;
+        QTest::newRow("a file") << "file:///etc/passwd" << HttpFailure::other;
+    }
+
+    void unreachableServersFail() {
+        QFETCH(QString, address);
+        HttpRequest request;
+        request.url = address.toStdString();
+        const HttpAnswer answer = m_client->send(request).result();
+        QTEST(answer.failure, "failure");
+    }
+
+    void answersOfEveryStatusAreAnswers() {
+        const HttpAnswer fault = ask("http", "fault");
+        QCOMPARE(fault.failure, HttpFailure::none);
+        QCOMPARE(fault.status, 500);
+        QVERIFY(fault.body.find("security processing failed") != std::string::npos);
+        QCOMPARE(ask("https", "empty").body, std::string());
+        QCOMPARE(ask("http2", "huge").body.size(), ask("http", "huge").body.size());
+        QVERIFY(ask("http", "huge").body.size() > 9'000'000);
+        QCOMPARE(ask("http", "zipped").body, ask("http", "delivered").body);
+    }
+
+    void redirectsAreFollowedAsByBrowsers() {
+        HttpRequest request = this->request("http", "service");
+        request.body = "<sled:numer>moved307</sled:numer>";
+        QCOMPARE(m_client->send(request).result().body, ask("http", "pickedup").body);
+        m_client->send(request).result();
+        QVERIFY(m_standIn->recorded().startsWith("POST /whatever"));
+        QVERIFY(m_standIn->recorded().endsWith("\r\n\r\n<sled:numer>moved307</sled:numer>"));
+
+        request.body = "<sled:numer>moved302</sled:numer>";
+        QCOMPARE(m_client->send(request).result().body, ask("http", "open").body);
+        m_client->send(request).result();
+        QVERIFY(m_standIn->recorded().startsWith("GET /open"));
+        QVERIFY(m_standIn->recorded().endsWith("\r\n\r\n"));
+    }
+
+    void thereIsNoLimitPerHost_data() {
+        QTest::addColumn<QString>("listener");
+        QTest::addColumn<int>("mostConnections");
+        QTest::newRow("HTTP/1.1") << "http" << 300;
+        QTest::newRow("HTTP/2 shares connections") << "http2" << 4;
+    }
+
+    void thereIsNoLimitPerHost() {
+        QFETCH(QString, listener);
+        QFETCH(int, mostConnections);
+        const int before = m_standIn->statistics().value(QStringLiteral("connections")).toInt();
+        QList<QFuture<HttpAnswer>> answers;
+        m_clock.start();
+        for (int i = 0; i < 300; ++i)
+            answers.append(m_client->send(request(listener, QStringLiteral("open%20after%201"))));
+        for (QFuture<HttpAnswer>& answer : answers)
+            QCOMPARE(answer.result().failure, HttpFailure::none);
+        QVERIFY2(m_clock.elapsed() < 10'000, qPrintable(QString::number(m_clock.elapsed())));
+        const int used = m_standIn->statistics().value(QStringLiteral("connections")).toInt() -
+                         before - 1; // the question itself
+        QVERIFY2(used <= mostConnections, qPrintable(QString::number(used)));
+    }
+
+    void connectionsAreReused() {
+        ask("https", "open");
+        const int before = m_standIn->statistics().value(QStringLiteral("connections")).toInt();
+        for (int i = 0; i < 5; ++i)
+            QCOMPARE(ask("https", "open").failure, HttpFailure::none);
+        QCOMPARE(m_standIn->statistics().value(QStringLiteral("connections")).toInt(), before + 1);
+    }
+
+    void answersUnderWayShareOneBound() {
+        HttpOptions bounded = options();
+        bounded.maxTotalBytes = 25'000'000; // two and a half
+        HttpClient client(bounded);
+        QList<QFuture<HttpAnswer>> answers;
+        for (int i = 0; i < 12; ++i)
+            answers.append(client.send(request("http", "huge")));
+        int refused = 0;
+        for (QFuture<HttpAnswer>& answer : answers) {
+            const HttpFailure failure = answer.result().failure;
+            QVERIFY(failure == HttpFailure::none || failure == HttpFailure::tooLarge);
+            refused += failure == HttpFailure::tooLarge;
+        }
+        QVERIFY(refused > 0);
+        QVERIFY(refused < answers.size());
+        // What was refused is no longer counted.
+        QCOMPARE(client.send(request("http", "huge")).result().failure, HttpFailure::none);
+    }
+
+    void destructionCancelsWhatIsLeft() {
+        QList<QFuture<HttpAnswer>> answers;
+        for (int i = 0; i < 50; ++i)
+            answers.append(m_client->send(request(i % 2 ? "https" : "http", "silent")));
+        HttpRequest unresolved;
+        unresolved.url = "http://no-such-host.invalid/";
+        m_client->send(unresolved);
+        QTest::qWait(100);
+        m_clock.start();
+        m_client.reset();
+        QVERIFY(m_clock.elapsed() < 1'000);
+        for (QFuture<HttpAnswer>& answer : answers) {
+            QVERIFY(answer.isFinished());
+            QCOMPARE(answer.result().failure, HttpFailure::cancelled);
+        }
+    }
+
+    void proxiesAreHonouredButNeverForLoopback() {
+        qputenv("http_proxy", m_standIn->address(QStringLiteral("http")).toUtf8());
+        HttpRequest outside;
+        outside.url = "http://elsewhere.invalid/pickedup";
+        QCOMPARE(m_client->send(outside).result().failure, HttpFailure::none);
+        QVERIFY(m_standIn->recorded().startsWith("GET http://elsewhere.invalid/pickedup HTTP/1.1"));
+
+        qputenv("http_proxy", "http://127.0.0.1:9");
+        QCOMPARE(m_client->send(outside).result().failure, HttpFailure::connectionFailed);
+        const QString port = m_standIn->address(QStringLiteral("http")).section(u':', 2);
+        for (const QString& host : {QStringLiteral("localhost"), QStringLiteral("127.0.0.1"),
+                                    QStringLiteral("127.1"), QStringLiteral("LOCALHOST")}) {
+            HttpRequest own;
+            own.url = QStringLiteral("http://%1:%2open").arg(host, port).toStdString();
+            QCOMPARE(m_client->send(own).result().failure, HttpFailure::none);
+        }
+        HttpRequest ipv6;
+        ipv6.url = "http://[::1]:9/";
+        QVERIFY(m_client->send(ipv6).result().detail.find("127.0.0.1") == std::string::npos);
+    }
+
+    void exceptionsOfTheEnvironmentAreKept() {
+        const std::string loopback = proxyExceptions();
+        qputenv("no_proxy", "intranet.example");
+        QCOMPARE(proxyExceptions(), "intranet.example," + loopback);
+        qputenv("no_proxy", "*");
+        QCOMPARE(proxyExceptions(), std::string("*"));
+    }
+
+private:
+    HttpOptions options() const {
+        HttpOptions result;
+        result.authorityFile = m_standIn->authority().toStdString();
+        return result;
+    }
+
+    HttpRequest request(const QString& listener, const QString& path) const {
+        HttpRequest result;
+        result.url = m_standIn->address(listener, path).toStdString();
+        return result;
+    }
+
+    HttpAnswer ask(const char* listener, const char* path) {
+        return m_client->send(request(QString::fromLatin1(listener), QString::fromLatin1(path)))
+            .result();
+    }
+
+    std::unique_ptr<TrackingStandIn> m_standIn;
+    std::unique_ptr<HttpClient> m_client;
+    QElapsedTimer m_clock;
+};
+
+QTEST_GUILESS_MAIN(HttpClientTest)
+#include "HttpClientTest.moc"

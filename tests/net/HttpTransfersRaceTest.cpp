@@ -1,0 +1,96 @@
+// Requests from several threads at once, destruction in their middle. Without Qt, because
+// ThreadSanitizer would report a library that was built without it.
+#include "net/HttpTransfers.h"
+
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
+#include <latch>
+#include <memory>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+using namespace kopertal;
+
+namespace {
+
+constexpr int threads = 4;
+constexpr int requestsPerThread = 60;
+
+void check(bool condition, const char* what) {
+    if (!condition) {
+        std::fprintf(stderr, "FAIL: %s\n", what);
+        std::exit(1);
+    }
+}
+
+std::string valueOf(const std::string& json, const std::string& key) {
+    const std::string start = "\"" + key + "\": \"";
+    const size_t begin = json.find(start) + start.size();
+    return json.substr(begin, json.find('"', begin) - begin);
+}
+
+HttpRequest requestTo(const std::string& url) {
+    HttpRequest request;
+    request.url = url;
+    request.body = "no number";
+    return request;
+}
+
+void askFromManyThreads(HttpTransfers& transfers, const std::string& url,
+                        const HttpTransfers::Completion& completion) {
+    std::vector<std::jthread> askers;
+    for (int i = 0; i < threads; ++i)
+        askers.emplace_back([&] {
+            for (int k = 0; k < requestsPerThread; ++k)
+                transfers.send(requestTo(url), completion);
+        });
+}
+
+void everyRequestIsAnswered(const HttpOptions& options, const std::string& url) {
+    std::latch left(threads * requestsPerThread);
+    std::atomic<int> failures = 0;
+    HttpTransfers transfers(options);
+    askFromManyThreads(transfers, url, [&](const HttpAnswer& answer) {
+        failures += answer.failure != HttpFailure::none;
+        left.count_down();
+    });
+    left.wait();
+    check(failures == 0, "every request is answered");
+}
+
+void destructionAnswersTheRest(const HttpOptions& options, const std::string& url) {
+    for (int round = 0; round < 10; ++round) {
+        std::atomic<int> completed = 0;
+        {
+            HttpTransfers transfers(options);
+            askFromManyThreads(transfers, url, [&](const HttpAnswer&) { ++completed; });
+        }
+        check(completed == threads * requestsPerThread, "each completes once");
+    }
+}
+
+} // namespace
+
+int main() {
+    // The stand-in ends when its standard input does, and that with this process.
+    int input[2];
+    check(pipe2(input, O_CLOEXEC) == 0 && fcntl(input[0], F_SETFD, 0) == 0, "a pipe");
+    const std::string command = KOPERTAL_SOURCE_DIR "/tests/support/tracking_service.py <&" +
+                                std::to_string(input[0]);
+    FILE* const standIn = popen(command.c_str(), "r");
+    char line[4096] = "";
+    check(standIn && std::fgets(line, sizeof line, standIn), "the stand-in starts");
+    HttpOptions options;
+    options.authorityFile = valueOf(line, "authority");
+    for (const char* listener : {"http", "https", "http2"}) {
+        everyRequestIsAnswered(options, valueOf(line, listener) + "open");
+        destructionAnswersTheRest(options, valueOf(line, listener) + "open");
+    }
+    std::puts("PASS");
+    std::fflush(stdout);
+    return 0;
+}

@@ -1,0 +1,151 @@
+#include "tracking/SentBookJson.h"
+
+#include <QSet>
+#include <QTest>
+
+using namespace kopertal;
+
+namespace {
+
+const QUuid bookId("{0a0b0c0d-1111-4222-8333-aabbccddeeff}");
+const QUuid entryId("{f0e0d0c0-1111-4222-8333-aabbccddeeff}");
+const QString validBook(
+    R"({"emailSentDays":[3,-1],"entries":[{"trackingNumber":"1","name":"","id":"F0E0D0C0-1111-4222-8333-AABBCCDDEEFF","address":""}],"id":"0A0B0C0D-1111-4222-8333-AABBCCDDEEFF","date":"2025-03-14"})");
+
+SentBook bookOf(const QString& date, const QStringList& numbers) {
+    SentBook book{QUuid::createUuid(), date, {}, {}};
+    for (const QString& number : numbers)
+        book.entries.append({QUuid::createUuid(), {}, {}, number});
+    return book;
+}
+
+QStringList numbersOf(const SentBook& book) {
+    QStringList numbers;
+    for (const SentEntry& entry : book.entries)
+        numbers << entry.trackingNumber;
+    return numbers;
+}
+
+} // namespace
+
+class SentBookTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void isStoredCompactlyWithUpperCaseIdentifiersAndEscapedSlashes() {
+        const QList<SentBook> books{
+            {bookId, "2025/03", {{entryId, "Żółć", "\"a\"\\/b\n", "00/1"}}, {3}}};
+        const QByteArray json = encodeSentBooks(books);
+        const QString expected = QStringLiteral(
+            "[{'date':'2025\\/03','emailSentDays':[3],'entries':[{"
+            "'address':'\\'a\\'\\\\\\/b\\n','id':'F0E0D0C0-1111-4222-8333-AABBCCDDEEFF',"
+            "'name':'Żółć','trackingNumber':'00\\/1'}],"
+            "'id':'0A0B0C0D-1111-4222-8333-AABBCCDDEEFF'}]");
+        QCOMPARE(QString::fromUtf8(json), QString(expected).replace(u'\'', u'"'));
+        QCOMPARE(decodeSentBooks(json), books);
+        QCOMPARE(encodeSentBooks({}), "[]");
+        QCOMPARE(decodeSentBooks("[]"), QList<SentBook>());
+    }
+
+    void readsKeysInAnyOrderAndPassesOverOthers() {
+        const QList<SentBook> expected{{bookId, "2025-03-14", {{entryId, "", "", "1"}}, {3, -1}}};
+        QCOMPARE(decodeSentBooks((u'[' + validBook + u']').toUtf8()), expected);
+        QString more = validBook;
+        more.replace(u"{\"emailSentDays\""_qs, u"{\"more\":{\"x\":[1]},\"emailSentDays\""_qs);
+        QCOMPARE(decodeSentBooks((u'[' + more + u']').toUtf8()), expected);
+    }
+
+    void anythingWrongMakesItUnreadable_data() {
+        QTest::addColumn<QString>("from");
+        QTest::addColumn<QString>("to");
+        const auto row = [](const char* name, const char* from, const char* to) {
+            QTest::newRow(name) << from << to;
+        };
+        for (const char* key :
+             {"id", "date", "entries", "emailSentDays", "name", "address", "trackingNumber"}) {
+            const QByteArray quoted = QByteArray("\"") + key + "\":";
+            QTest::addRow("without %s", key) << QString(quoted) << QString("\"other\":");
+            QTest::addRow("null %s", key) << QString(quoted) << QString(quoted + "null,\"other\":");
+        }
+        row("number as a date", R"("2025-03-14")", "20250314");
+        row("number as a number", R"("trackingNumber":"1")", R"("trackingNumber":1)");
+        row("object as entries", R"("entries":[)", R"("entries":{},"x":[)");
+        row("text among the entries", R"("entries":[)", R"("entries":["x",)");
+        row("text as a day", "[3,-1]", R"(["3"])");
+        row("fraction as a day", "[3,-1]", "[1.5]");
+        row("truth as a day", "[3,-1]", "[true]");
+        row("day beyond all integers", "[3,-1]", "[1e300]");
+        row("short identifier", "EEFF\"", "EEF\"");
+        row("braced identifier", R"("id":"F0E0D0C0-1111-4222-8333-AABBCCDDEEFF")",
+            R"("id":"{F0E0D0C0-1111-4222-8333-AABBCCDDEEFF}")");
+        row("identifier without hyphens", "0A0B0C0D-1111-4222-8333-AABBCCDDEEFF",
+            "0A0B0C0D111142228333AABBCCDDEEFF");
+        row("hyphens elsewhere", "0A0B0C0D-1111-", "0A0B0C0D1-111-");
+        row("letter beyond F", "0A0B0C0D", "0A0B0C0G");
+        row("identifier and more", "AABBCCDDEEFF\"", "AABBCCDDEEFF \"");
+        row("not JSON", "{", "");
+        row("rest behind it", "14\"}", "14\"}]");
+    }
+
+    void anythingWrongMakesItUnreadable() {
+        QFETCH(QString, from);
+        QFETCH(QString, to);
+        QString damaged = validBook;
+        damaged.replace(from, to);
+        QVERIFY(damaged != validBook);
+        // Beside a sound book: one fault spoils all.
+        const QString json = u'[' + validBook + u',' + damaged + u']';
+        QCOMPARE(decodeSentBooks(json.toUtf8()), std::nullopt);
+    }
+
+    void otherJsonIsUnreadable_data() {
+        QTest::addColumn<QByteArray>("json");
+        QTest::newRow("nothing") << QByteArray();
+        QTest::newRow("a book alone") << validBook.toUtf8();
+        QTest::newRow("null") << QByteArray("null");
+        QTest::newRow("wrong UTF-8")
+            << QByteArray("[" + validBook.toUtf8() + "]").replace("2025", "\xff");
+        QTest::newRow("very deep") << QByteArray(100'000, '[');
+    }
+
+    void otherJsonIsUnreadable() {
+        QFETCH(QByteArray, json);
+        QCOMPARE(decodeSentBooks(json), std::nullopt);
+    }
+
+    void entriesJoinTheFirstBookOfTheirDate() {
+        QList<SentBook> books;
+        mergeBook(books, bookOf("2025-03-14", {"1"}));
+        mergeBook(books, bookOf("2025-03-14", {"2", "3"}));
+        mergeBook(books, bookOf("2025-03-15", {"4"}));
+        QCOMPARE(books.size(), 2);
+        QCOMPARE(numbersOf(books[0]), QStringList({"1", "2", "3"}));
+        QCOMPARE(numbersOf(books[1]), QStringList({"4"}));
+
+        books[1].date = "2025-03-14"; // twice the same date
+        books[0].emailSentDays = {5};
+        const QUuid first = books[0].id;
+        mergeBook(books, bookOf("2025-03-14", {"5"}));
+        QCOMPARE(numbersOf(books[0]), QStringList({"1", "2", "3", "5"}));
+        QCOMPARE(books[0].id, first);
+        QCOMPARE(books[0].emailSentDays, QList<qint64>{5});
+        QCOMPARE(numbersOf(books[1]), QStringList({"4"}));
+        mergeBook(books, bookOf("2025-3-14", {"6"}));
+        QCOMPARE(books.last().date, "2025-3-14");
+    }
+
+    void entriesAreEqualByAllFields() {
+        const SentEntry entry{entryId, "a", "b", "c"};
+        const QList<SentEntry> others{{bookId, "a", "b", "c"},
+                                      {entryId, "x", "b", "c"},
+                                      {entryId, "a", "x", "c"},
+                                      {entryId, "a", "b", "x"}};
+        QSet<SentEntry> set{entry, entry};
+        for (const SentEntry& other : others)
+            set.insert(other);
+        QCOMPARE(set.size(), 5);
+    }
+};
+
+QTEST_APPLESS_MAIN(SentBookTest)
+#include "SentBookTest.moc"

@@ -1,0 +1,176 @@
+#include "tracking/TrackingService.h"
+
+#include "tests/support/TrackingStandIn.h"
+
+#include <QTest>
+
+#include <memory>
+
+using namespace kopertal;
+
+class TrackingServiceTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        m_standIn = std::make_unique<TrackingStandIn>();
+        QVERIFY(m_standIn->isReady());
+        HttpOptions options;
+        options.userAgent = "Test/1";
+        options.authorityFile = m_standIn->authority().toStdString();
+        m_client = std::make_unique<HttpClient>(options);
+    }
+
+    void theRequestOnTheWire() {
+        fetch("http", " (00)00990011223344556677\n");
+        const QString host = m_standIn->address("http").section(u'/', 2, 2);
+        const QByteArray body = envelopeOf("00990011223344556677");
+        QCOMPARE(QString::fromUtf8(m_standIn->recorded()),
+                 QString::fromUtf8("POST /service HTTP/1.1\r\n"
+                                   "Host: " +
+                                   host.toUtf8() +
+                                   "\r\n"
+                                   "User-Agent: Test/1\r\n"
+                                   "Accept: */*\r\n"
+                                   "Accept-Encoding: gzip, deflate\r\n"
+                                   "Content-Type: text/xml; charset=utf-8\r\n"
+                                   "SOAPAction: \"\"\r\n"
+                                   "Content-Length: " +
+                                   QByteArray::number(body.size()) + "\r\n\r\n" + body));
+    }
+
+    void numbersAreSentAsTheyAre_data() {
+        QTest::addColumn<QString>("number");
+        QTest::newRow("markup") << "1</sled:numer><sled:numer a=\"b\">&lt;<!-- ]]>";
+        QTest::newRow("bare ampersand") << "a&b;<";
+        QTest::newRow("placeholders") << "%1%2%3\\n$0";
+        QTest::newRow("Polish") << "zażółć \U0001F4E6";
+        QTest::newRow("two megabytes") << QString(2'000'000, u'9');
+    }
+
+    void numbersAreSentAsTheyAre() {
+        QFETCH(QString, number);
+        fetch("http", number);
+        const QByteArray recorded = m_standIn->recorded();
+        QCOMPARE(recorded.sliced(recorded.indexOf("\r\n\r\n") + 4), envelopeOf(number));
+    }
+
+    void answersBecomeResults_data() {
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<QString>("status");
+        QTest::addColumn<QString>("lastEvent"); // "…": any
+        QTest::addColumn<int>("events");
+        QTest::addColumn<QString>("lastPlace");
+        const auto row = [](const char* number, const char* status, const char* lastEvent,
+                            int events, const char* lastPlace) {
+            QTest::newRow(number) << number << status << lastEvent << events << lastPlace;
+        };
+        const char* const warsaw = "Warszawa — UP Warszawa 1\nMarszałkowska 1, 00-001 Warszawa";
+        row("delivered", "Doręczono", "2025-03-11 11:52 — Doręczono", 7, warsaw);
+        row("pickedup", "Awizowana — doręczono", "2025-03-12 09:20 — Zwrotne potwierdzenie odbioru",
+            8, warsaw);
+        row("open", "Przekazanie przesyłki doręczycielowi",
+            "2025-03-11 08:00 — Przekazanie przesyłki doręczycielowi", 6, warsaw);
+        row("relay", "W transporcie", "2025-03-11 01:30 — W transporcie", 1, "");
+        row("nil", "Przekazanie przesyłki doręczycielowi", "…", 6, warsaw);
+        row("zipped", "Doręczono", "…", 7, warsaw);
+        row("noevents", "Brak zdarzeń", "—", 0, "");
+        row("unknown", "Nie znaleziono", "Brak danych dla tego numeru", 0, "");
+        row("prefix", "Brak zdarzeń", "—", 0, "");
+        row("fault", "Brak zdarzeń", "—", 0, "");
+        row("page", "Brak zdarzeń", "—", 0, "");
+        row("empty", "Brak zdarzeń", "—", 0, "");
+        row("latin2", "Błąd", "Nie można odczytać odpowiedzi", 0, "");
+        row(" (00) ", "—", "—", 0, "");
+        row("reset", "Błąd sieci", "Połączenie z serwerem zostało przerwane.", 0, "");
+        row("cut", "Błąd sieci", "Połączenie z serwerem zostało przerwane.", 0, "");
+        row("loop", "Błąd sieci", "Zbyt wiele przekierowań.", 0, "");
+        row("endless", "Błąd sieci", "Odpowiedź serwera jest zbyt duża.", 0, "");
+    }
+
+    void answersBecomeResults() {
+        QFETCH(QString, number);
+        QFETCH(QString, lastEvent);
+        const TrackingResult result = fetch("https", number);
+        QTEST(result.status, "status");
+        if (lastEvent != "…")
+            QCOMPARE(result.lastEvent, lastEvent);
+        QTEST(int(result.events.size()), "events");
+        QTEST(result.lastPlace, "lastPlace");
+        if (number == "nil")
+            QCOMPARE(result.masa, "");
+        if (number == "delivered") {
+            QCOMPARE(result.masa, "0.05");
+            QCOMPARE(result.rodzajPrzesylki, "List polecony ekonomiczny");
+            QCOMPARE(result.dataNadania, "2025-03-10");
+            QCOMPARE(result.urzadNadania, "UP Gdańsk 1");
+            QCOMPARE(result.urzadPrzeznaczenia, "UP Warszawa 1");
+            QVERIFY(result.zakonczonoObsluge);
+            QCOMPARE(result.events[0].code, "P_NAD");
+        }
+    }
+
+    void longHistoriesAreRead() {
+        const TrackingResult result = fetch("https", "huge");
+        QCOMPARE(result.status, "Doręczono");
+        QVERIFY(result.events.size() > 10'000);
+    }
+
+    void untrustedServersAreRefused() {
+        const TrackingResult result = fetch("stranger", "open");
+        QCOMPARE(result.status, "Błąd sieci");
+        QVERIFY(result.lastEvent.startsWith("Nie można nawiązać bezpiecznego połączenia"));
+    }
+
+    void aClientThatGoesIsANetworkError() {
+        auto client = std::make_unique<HttpClient>();
+        const TrackingService service(*client, accessTo("http"));
+        QFuture<TrackingResult> result = service.fetch("silent");
+        client.reset();
+        QCOMPARE(result.result().status, "Błąd sieci");
+        QCOMPARE(result.result().lastEvent, "Przerwano.");
+    }
+
+private:
+    TrackingAccess accessTo(const QString& listener) const {
+        return {m_standIn->address(listener, "service"), "http://stand-in.test/?a&b", "guest",
+                "secret"};
+    }
+
+    TrackingResult fetch(const QString& listener, const QString& number) {
+        return TrackingService(*m_client, accessTo(listener)).fetch(number).result();
+    }
+
+    static QByteArray envelopeOf(const QString& number) {
+        return QByteArray(
+                   "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                   "<soapenv:Envelope xmlns:soapenv=\"http://schemas.xmlsoap.org/soap/envelope/\"\n"
+                   "                  xmlns:sled=\"http://stand-in.test/?a&amp;b\">\n"
+                   "  <soapenv:Header>\n"
+                   "    <wsse:Security xmlns:wsse=\"http://docs.oasis-open.org/wss/2004/01/"
+                   "oasis-200401-wss-wssecurity-secext-1.0.xsd\"\n"
+                   "                   soapenv:mustUnderstand=\"1\">\n"
+                   "      <wsse:UsernameToken>\n"
+                   "        <wsse:Username>guest</wsse:Username>\n"
+                   "        <wsse:Password Type=\"http://docs.oasis-open.org/wss/2004/01/"
+                   "oasis-200401-wss-username-token-profile-1.0#PasswordText\">secret"
+                   "</wsse:Password>\n"
+                   "      </wsse:UsernameToken>\n"
+                   "    </wsse:Security>\n"
+                   "  </soapenv:Header>\n"
+                   "  <soapenv:Body>\n"
+                   "    <sled:sprawdzPrzesylkePl>\n"
+                   "      <sled:numer>") +
+               number.toUtf8() +
+               "</sled:numer>\n"
+               "    </sled:sprawdzPrzesylkePl>\n"
+               "  </soapenv:Body>\n"
+               "</soapenv:Envelope>";
+    }
+
+    std::unique_ptr<TrackingStandIn> m_standIn;
+    std::unique_ptr<HttpClient> m_client;
+};
+
+QTEST_GUILESS_MAIN(TrackingServiceTest)
+#include "TrackingServiceTest.moc"
