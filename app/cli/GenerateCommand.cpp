@@ -2,6 +2,7 @@
 
 #include "app/cli/Console.h"
 #include "app/cli/StopOnSignal.h"
+#include "app/cli/Usage.h"
 #include "app/settings/AppSettings.h"
 #include "engine/AddressFile.h"
 #include "engine/AddressParsing.h"
@@ -57,19 +58,6 @@ struct Options {
     bool json = false;
 };
 
-int refuseUsage(const QString& reason) {
-    printMessage(reason);
-    printMessage(QStringLiteral("Pomoc: kopertal generate --help"));
-    return wrongUsage;
-}
-
-/// The option that getopt_long() did not take: a letter of a bundle, or the whole argument.
-QString refusedOption(const char* argument) {
-    if (optopt > 0 && optopt < 128)
-        return QStringLiteral("-") + QChar(optopt);
-    return QString::fromLocal8Bit(argument);
-}
-
 /// The options, or the exit code when there is nothing left to do.
 std::variant<Options, int> parseOptions(int count, char** arguments) {
     enum { output = 256, senderName, senderAddress, templateFile, json };
@@ -104,32 +92,30 @@ std::variant<Options, int> parseOptions(int count, char** arguments) {
             break;
         case 'h':
             return printResult(QString::fromUtf8(generateHelp)) ? done : failed;
-        case ':':
-            return refuseUsage(QStringLiteral("Brakuje wartości opcji: %1")
-                                   .arg(QString::fromLocal8Bit(arguments[optind - 1])));
         default:
-            return refuseUsage(QStringLiteral("Nieznana lub błędna opcja: %1")
-                                   .arg(refusedOption(arguments[optind - 1])));
+            return refuseOption("generate", found, arguments);
         }
     }
     if (count - optind > 1)
-        return refuseUsage(QStringLiteral("Podaj najwyżej jeden plik z adresami."));
+        return refuseUsage("generate", QStringLiteral("Podaj najwyżej jeden plik z adresami."));
     if (optind < count && qstrcmp(arguments[optind], "-") != 0)
         options.input = QFile::decodeName(arguments[optind]);
     for (const auto& path : {options.input, options.folder, options.output, options.templateFile}) {
         if (path && path->isEmpty())
-            return refuseUsage(QStringLiteral("Ścieżka nie może być pusta."));
+            return refuseUsage("generate", QStringLiteral("Ścieżka nie może być pusta."));
     }
     if (options.folder && options.output)
-        return refuseUsage(QStringLiteral("Opcje -o i --output wykluczają się."));
+        return refuseUsage("generate", QStringLiteral("Opcje -o i --output wykluczają się."));
     if (options.output) {
         const QFileInfo there(*options.output);
         if (options.output->endsWith(u'/') || (there.exists() && !there.isFile()))
             return refuseUsage(
+                "generate",
                 QStringLiteral("--output nie wskazuje zwykłego pliku: %1").arg(*options.output));
         for (const auto& source : {options.input, options.templateFile}) {
             if (source && there.exists() && QFileInfo(*source) == there)
                 return refuseUsage(
+                    "generate",
                     QStringLiteral("--output zastąpiłby plik źródłowy: %1").arg(*source));
         }
     }

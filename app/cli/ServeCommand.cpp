@@ -3,6 +3,7 @@
 #include "app/cli/Console.h"
 #include "app/cli/PhotoFile.h"
 #include "app/cli/StopOnSignal.h"
+#include "app/cli/Usage.h"
 #include "scan/LocalAddress.h"
 #include "scan/QrCode.h"
 #include "scan/ScanServer.h"
@@ -42,12 +43,6 @@ struct Options {
     std::optional<QString> folder;
 };
 
-int refuseUsage(const QString& reason) {
-    printMessage(reason);
-    printMessage(QStringLiteral("Pomoc: kopertal serve --help"));
-    return wrongUsage;
-}
-
 std::optional<std::uint16_t> parsePort(const char* text) {
     std::uint16_t port = 0;
     const char* const end = text + std::strlen(text);
@@ -71,25 +66,21 @@ std::variant<Options, int> parseOptions(int count, char** arguments) {
         case port:
             options.port = parsePort(optarg);
             if (!options.port)
-                return refuseUsage(QStringLiteral("Port musi być liczbą od 1 do 65535: %1")
-                                       .arg(QString::fromLocal8Bit(optarg)));
+                return refuseUsage("serve", QStringLiteral("Port musi być liczbą od 1 do 65535: %1")
+                                                .arg(QString::fromLocal8Bit(optarg)));
             break;
         case savePhotos:
             options.folder = QFile::decodeName(optarg);
             break;
         case 'h':
             return printResult(QString::fromUtf8(serveHelp)) ? done : failed;
-        case ':':
-            return refuseUsage(QStringLiteral("Brakuje wartości opcji: %1")
-                                   .arg(QString::fromLocal8Bit(arguments[optind - 1])));
         default:
-            return refuseUsage(QStringLiteral("Nieznana lub błędna opcja: %1")
-                                   .arg(QString::fromLocal8Bit(arguments[optind - 1])));
+            return refuseOption("serve", found, arguments);
         }
     }
     if (optind < count)
-        return refuseUsage(QStringLiteral("Nieoczekiwany argument: %1")
-                               .arg(QString::fromLocal8Bit(arguments[optind])));
+        return refuseUsage("serve", QStringLiteral("Nieoczekiwany argument: %1")
+                                        .arg(QString::fromLocal8Bit(arguments[optind])));
     return options;
 }
 

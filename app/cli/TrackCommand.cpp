@@ -2,6 +2,7 @@
 
 #include "app/Configuration.h"
 #include "app/cli/Console.h"
+#include "app/cli/Usage.h"
 #include "net/HttpClient.h"
 #include "tracking/SentBook.h"
 #include "tracking/TrackingNumber.h"
@@ -46,12 +47,6 @@ struct Options {
     bool json = false;
 };
 
-int refuseUsage(const QString& reason) {
-    printMessage(reason);
-    printMessage(QStringLiteral("Pomoc: kopertal track --help"));
-    return wrongUsage;
-}
-
 /// Fills `options`; or gives the exit code when there is nothing left to do.
 std::optional<int> parseOptions(int count, char** arguments, Options& options) {
     enum { json = 256 };
@@ -66,14 +61,13 @@ std::optional<int> parseOptions(int count, char** arguments, Options& options) {
         case 'h':
             return printResult(QString::fromUtf8(trackHelp)) ? done : failed;
         default:
-            return refuseUsage(QStringLiteral("Nieznana lub błędna opcja: %1")
-                                   .arg(QString::fromLocal8Bit(arguments[optind - 1])));
+            return refuseOption("track", found, arguments);
         }
     }
     for (int i = optind; i < count; ++i)
         options.numbers.append(cleanBarcode(QString::fromUtf8(arguments[i])));
     if (options.numbers.isEmpty())
-        return refuseUsage(QStringLiteral("Podaj co najmniej jeden numer nadawczy."));
+        return refuseUsage("track", QStringLiteral("Podaj co najmniej jeden numer nadawczy."));
     return std::nullopt;
 }
 

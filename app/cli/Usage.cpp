@@ -1,0 +1,25 @@
+#include "app/cli/Usage.h"
+
+#include "app/cli/Console.h"
+
+#include <getopt.h>
+
+namespace kopertal {
+
+int refuseUsage(const char* command, const QString& reason) {
+    printMessage(reason);
+    printMessage(QStringLiteral("Pomoc: kopertal %1 --help").arg(QLatin1String(command)));
+    return wrongUsage;
+}
+
+int refuseOption(const char* command, int found, char** arguments) {
+    // A letter of a bundle is known by optopt only, a long option by its argument only.
+    const QString option = optopt > 0 && optopt < 128
+                               ? QStringLiteral("-") + QChar(optopt)
+                               : QString::fromLocal8Bit(arguments[optind - 1]);
+    const QString reason = found == ':' ? QStringLiteral("Brakuje wartości opcji: %1")
+                                        : QStringLiteral("Nieznana lub błędna opcja: %1");
+    return refuseUsage(command, reason.arg(option));
+}
+
+} // namespace kopertal
