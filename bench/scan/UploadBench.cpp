@@ -131,7 +131,8 @@ int main(int argc, char** argv) {
     server.start();
     std::thread client([&] {
         measure(server.port(), body, received);
-        QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
+                                  Qt::QueuedConnection);
     });
     QCoreApplication::exec();
     client.join();

@@ -109,7 +109,8 @@ private Q_SLOTS:
             std::thread client([&, random = std::mt19937(1)]() mutable {
                 for (int i = 0; i < count; ++i)
                     owed += makeRequest(server.port(), random) ? 1 : 0;
-                QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+                QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
+                                          Qt::QueuedConnection);
             });
             QCoreApplication::exec();
             client.join();

@@ -38,7 +38,8 @@ struct Fixture {
     explicit Fixture(const ServerLimits& limits = {})
         : server(std::make_unique<ScanServer>(limits)) {
         server->onPhotoReceived([this](const ReceivedPhoto& photo) {
-            isOnMainThread = isOnMainThread && QThread::currentThread() == qApp->thread();
+            isOnMainThread = isOnMainThread &&
+                             QThread::currentThread() == QCoreApplication::instance()->thread();
             photos.emplace_back(photo.photo());
         });
         server->start();
