@@ -162,6 +162,20 @@ private Q_SLOTS:
         QVERIFY2(used <= mostConnections, qPrintable(QString::number(used)));
     }
 
+    void aServerThatHangsBeforeItIsConnectedHoldsUpNobody() {
+        HttpRequest hanging = request("http", "open"); // which waits for a request, not for TLS
+        hanging.url.insert(4, "s");
+        hanging.timeout = 1'500ms;
+        QList<QFuture<HttpAnswer>> answers;
+        for (int i = 0; i < 20; ++i)
+            answers.append(m_client->send(hanging));
+        QCOMPARE(ask("https", "open").failure, HttpFailure::none);
+        QVERIFY(m_clock.elapsed() < 1'000);
+        for (QFuture<HttpAnswer>& answer : answers)
+            QCOMPARE(answer.result().failure, HttpFailure::timedOut);
+        QVERIFY(m_clock.elapsed() < 5'000); // not one after the other
+    }
+
     void connectionsAreReused() {
         ask("https", "open");
         const int before = m_standIn->statistics().value(QStringLiteral("connections")).toInt();
