@@ -73,6 +73,24 @@ void drawField(QPainter* painter, const QStyleOption* option, const QWidget* wid
     painter->restore();
 }
 
+/// Fusion's own draws a line below each item.
+void drawMenuBarItem(QPainter* painter, const QStyleOption* option) {
+    const auto* item = qstyleoption_cast<const QStyleOptionMenuItem*>(option);
+    if (!item)
+        return;
+    const bool isActive =
+        (item->state & QStyle::State_Selected) && (item->state & QStyle::State_Enabled);
+    painter->fillRect(item->rect, Tones::window);
+    if (isActive)
+        painter->fillRect(item->rect, Tones::faded(Tones::label, 0.08));
+    painter->setFont(item->font);
+    painter->setPen(item->palette.color(item->state & QStyle::State_Enabled ? QPalette::Normal
+                                                                            : QPalette::Disabled,
+                                        QPalette::WindowText));
+    painter->drawText(item->rect, Qt::AlignCenter | Qt::TextShowMnemonic | Qt::TextSingleLine,
+                      item->text);
+}
+
 bool isField(const QWidget* widget) {
     const auto* edit = qobject_cast<const QLineEdit*>(widget);
     return edit && edit->hasFrame();
@@ -168,6 +186,9 @@ void MorvikStyle::drawControl(ControlElement element, const QStyleOption* option
         return;
     case CE_MenuBarEmptyArea:
         painter->fillRect(option->rect, Tones::window);
+        return;
+    case CE_MenuBarItem:
+        drawMenuBarItem(painter, option);
         return;
     case CE_FocusFrame:
         return; // a ring paints itself

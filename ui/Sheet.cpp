@@ -30,7 +30,7 @@ QAccessibleInterface* makeAccessible(const QString& className, QObject* object) 
 /// Soft: many faint frames, each larger than the one before.
 void paintShadow(QPainter& painter, const QRectF& panel) {
     painter.setPen(Qt::NoPen);
-    painter.setBrush(Tones::faded(Tones::label, 0.012));
+    painter.setBrush(Tones::faded(Qt::black, 0.008));
     for (int reach = shadowReach; reach > 0; --reach)
         painter.drawRoundedRect(
             panel.adjusted(-reach, shadowDrop - reach, reach, shadowDrop + reach), radius + reach,
