@@ -28,6 +28,13 @@ bool isSpaceOrBreak(QChar c) {
     return c.isSpace();
 }
 
+/// In a step of undo of its own: outside of an edit block, Qt joins it to what was typed before.
+void insertAsOneStep(QTextCursor cursor, const QString& text) {
+    cursor.beginEditBlock();
+    cursor.insertText(text);
+    cursor.endEditBlock();
+}
+
 bool isClearKey(const QKeyEvent* event) {
     return event->key() == Qt::Key_Backspace && event->modifiers() == Qt::ControlModifier;
 }
@@ -42,7 +49,7 @@ AddressTextEditor::AddressTextEditor(QWidget* parent) : QPlainTextEdit(parent) {
     setAccessibleName(QStringLiteral("Adresy odbiorców"));
     document()->setDocumentMargin(0);
     QPalette colours = palette();
-    colours.setColor(QPalette::Base, Qt::white);
+    colours.setColor(QPalette::Base, Qt::transparent); // the card's white, with its round corners
     colours.setColor(QPalette::Text, Theme::textMain);
     setPalette(colours);
     m_live.replaceLines(0, 0, 1, 1, [](qsizetype) { return QString(); });
@@ -57,7 +64,7 @@ QString AddressTextEditor::text() const {
 void AddressTextEditor::replaceText(const QString& text) {
     QTextCursor cursor(document());
     cursor.select(QTextCursor::Document);
-    cursor.insertText(text);
+    insertAsOneStep(cursor, text);
     cursor.movePosition(QTextCursor::End);
     setTextCursor(cursor);
 }
@@ -116,7 +123,7 @@ void AddressTextEditor::insertFromMimeData(const QMimeData* source) {
     if (std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); }))
         Q_EMIT filesReceived(urls);
     else if (source->hasText())
-        insertPlainText(withLineFeeds(source->text()));
+        insertAsOneStep(textCursor(), withLineFeeds(source->text()));
     ensureCursorVisible();
 }
 
