@@ -1,4 +1,8 @@
 #include "app/cli/CommandLine.h"
+#include "app/shell/WindowProgram.h"
+
+#include <QFile>
+#include <QFileInfo>
 
 #include <clocale>
 #include <csignal>
@@ -22,10 +26,21 @@ void makeWriteSignalsErrors() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
+/// The file of addresses that the only argument names; empty when it names none, or a command.
+QString addressFile(int argc, char** argv) {
+    if (argc != 2 || kopertal::isCommand(argv[1]))
+        return {};
+    const QString path = QFile::decodeName(argv[1]);
+    return QFileInfo(path).isFile() ? path : QString();
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     ensureUtf8Locale();
     makeWriteSignalsErrors();
-    return kopertal::runCommandLine(argc, argv);
+    const QString file = addressFile(argc, argv);
+    if (argc > 1 && file.isEmpty())
+        return kopertal::runCommandLine(argc, argv);
+    return kopertal::runWindow(argc, argv, file);
 }

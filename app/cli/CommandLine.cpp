@@ -8,7 +8,9 @@
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <exception>
+#include <iterator>
 #include <new>
 #include <string_view>
 
@@ -18,7 +20,10 @@ namespace {
 const char* const overview =
     R"(Kopertal: książka nadawcza i śledzenie listów poleconych.
 
-Użycie: kopertal POLECENIE [ARGUMENTY]
+Użycie: kopertal [PLIK]
+       kopertal POLECENIE [ARGUMENTY]
+
+Bez polecenia otwiera okno programu, z adresami z PLIKU, jeśli go podano.
 
 Polecenia:
   generate   tworzy z adresów wypełnioną książkę nadawczą (.docx)
@@ -54,6 +59,12 @@ int runGuarded(const Command& command, int count, char** arguments) {
 }
 
 } // namespace
+
+bool isCommand(const char* argument) {
+    const std::string_view name = argument;
+    return std::any_of(std::begin(commands), std::end(commands),
+                       [&](const Command& command) { return command.name == name; });
+}
 
 int runCommandLine(int count, char** arguments) {
     const QCoreApplication application(count, arguments);

@@ -6,4 +6,7 @@ namespace kopertal {
 /// code. Makes the application object that commands need; no display is used.
 int runCommandLine(int count, char** arguments);
 
+/// Whether `argument` is the name of a command.
+bool isCommand(const char* argument);
+
 } // namespace kopertal

@@ -1,0 +1,97 @@
+#include "app/addresses/WarningsBox.h"
+
+#include "app/shell/Theme.h"
+#include "ui/Fonts.h"
+#include "ui/IconLabel.h"
+
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QListView>
+#include <QPainter>
+#include <QStringListModel>
+
+#include <algorithm>
+
+namespace kopertal {
+namespace {
+
+constexpr int padding = 10;
+constexpr int iconGap = 8;
+constexpr int lineGap = 2;
+constexpr int mostLines = 6; // seen at once; the others scroll
+constexpr double radius = 6;
+
+/// "• ENTRY", whose tooltip holds what a narrow pane cuts off.
+class WarningModel : public QStringListModel {
+public:
+    using QStringListModel::QStringListModel;
+
+    QVariant data(const QModelIndex& index, int role) const override {
+        if (role == Qt::DisplayRole)
+            return QVariant(QStringLiteral("• ") + QStringListModel::data(index, role).toString());
+        if (role == Qt::ToolTipRole)
+            return QStringListModel::data(index, Qt::DisplayRole).toString().toHtmlEscaped();
+        return QStringListModel::data(index, role);
+    }
+};
+
+} // namespace
+
+WarningsBox::WarningsBox(QWidget* parent)
+    : QFrame(parent), m_model(new WarningModel(this)), m_list(new QListView) {
+    QPalette ink = palette();
+    ink.setColor(QPalette::WindowText, Theme::warningText);
+    ink.setColor(QPalette::Text, Theme::warningText);
+    ink.setColor(QPalette::Base, Qt::transparent);
+    auto* heading = new QLabel(QStringLiteral("Pominięte wpisy (za mało linii):"));
+    heading->setFont(morvik::uiFont(12, QFont::DemiBold));
+    heading->setPalette(ink);
+    heading->setWordWrap(true);
+
+    m_list->setModel(m_model);
+    m_list->setPalette(ink);
+    m_list->setFont(morvik::smallFont());
+    m_list->setFrameShape(QFrame::NoFrame);
+    m_list->viewport()->setAutoFillBackground(false);
+    m_list->setUniformItemSizes(true);
+    m_list->setSelectionMode(QAbstractItemView::NoSelection);
+    m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_list->setTextElideMode(Qt::ElideRight);
+    m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_list->setAccessibleName(heading->text());
+
+    auto* lines = new QVBoxLayout;
+    lines->setSpacing(lineGap);
+    lines->addWidget(heading);
+    lines->addWidget(m_list);
+    auto* row = new QHBoxLayout(this);
+    row->setContentsMargins(padding, padding, padding, padding);
+    row->setSpacing(iconGap);
+    row->addWidget(new morvik::IconLabel(QStringLiteral("exclamationmark.triangle.fill"), 16,
+                                         Theme::warningBorder),
+                   0, Qt::AlignTop);
+    row->addLayout(lines, 1);
+    hide();
+}
+
+void WarningsBox::setWarnings(const QStringList& lines) {
+    m_model->setStringList(lines);
+    setVisible(!lines.isEmpty());
+    if (lines.isEmpty())
+        return;
+    const int shown = static_cast<int>(std::min<qsizetype>(lines.size(), mostLines));
+    m_list->setFixedHeight(m_list->sizeHintForRow(0) * shown);
+    // A list of one screenful has nothing to scroll, and so no stop for the Tab key.
+    m_list->setFocusPolicy(lines.size() > mostLines ? Qt::StrongFocus : Qt::NoFocus);
+}
+
+void WarningsBox::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Theme::warningBorder, 1));
+    painter.setBrush(Theme::warningBg);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+}
+
+} // namespace kopertal

@@ -1,0 +1,116 @@
+#include "app/shell/ContentView.h"
+
+#include "app/shell/FadingStack.h"
+#include "app/shell/Theme.h"
+#include "ui/Fonts.h"
+#include "ui/SmallButtons.h"
+
+#include <QGridLayout>
+#include <QLabel>
+
+#include <algorithm>
+
+namespace kopertal {
+namespace {
+
+constexpr QSize leastSize{760, 600};
+constexpr int topBarHeight = 40;
+constexpr int topBarPadding = 16;
+
+QWidget* brandLine() {
+    auto* line = new QWidget;
+    line->setFixedHeight(1);
+    line->setAutoFillBackground(true);
+    line->setPalette(Theme::brand);
+    return line;
+}
+
+QWidget* makeTopBar() {
+    auto* bar = new QWidget;
+    bar->setMinimumHeight(topBarHeight);
+    auto* name = new QLabel(QStringLiteral("Kopertal"));
+    name->setFont(morvik::paneTitleFont());
+    QPalette ink = name->palette();
+    ink.setColor(QPalette::WindowText, Theme::textMuted);
+    name->setPalette(ink);
+    auto* grid = new QGridLayout(bar); // three columns, so that the name stands in the middle
+    grid->setContentsMargins(topBarPadding, 0, topBarPadding, 0);
+    grid->addWidget(name, 0, 1);
+    grid->setColumnStretch(0, 1);
+    grid->setColumnStretch(2, 1);
+    return bar;
+}
+
+} // namespace
+
+QString title(AppTab tab) {
+    return tab == AppTab::addresses ? QStringLiteral("Adresy odbiorców")
+                                    : QStringLiteral("Śledzenie listów poleconych");
+}
+
+ContentView::ContentView(QWidget* parent)
+    : QWidget(parent), m_topBar(makeTopBar()), m_tabBar(new QWidget), m_pages(new FadingStack) {
+    setMinimumSize(leastSize);
+    setAutoFillBackground(true);
+    setPalette(Theme::bg);
+    auto* tabs = new QHBoxLayout(m_tabBar);
+    tabs->setContentsMargins(0, 0, 0, 0);
+    tabs->setSpacing(0);
+    tabs->addStretch();
+    auto* column = new QVBoxLayout(this);
+    column->setContentsMargins(0, 0, 0, 0);
+    column->setSpacing(0);
+    column->addWidget(m_topBar);
+    column->addWidget(brandLine());
+    column->addWidget(m_tabBar);
+    column->addWidget(brandLine());
+    column->addWidget(m_pages, 1);
+}
+
+void ContentView::addTab(AppTab tab, QWidget* page) {
+    auto* button = new morvik::TabButton(title(tab));
+    button->setAutoExclusive(true);
+    button->setChecked(m_tabs.empty());
+    connect(button, &morvik::TabButton::clicked, this, [this, tab] { selectTab(tab); });
+    auto* tabs = static_cast<QHBoxLayout*>(m_tabBar->layout());
+    tabs->insertWidget(static_cast<int>(m_buttons.size()), button);
+    m_tabs.push_back(tab);
+    m_buttons.push_back(button);
+    m_pages->addWidget(page);
+}
+
+void ContentView::setBrandMark(QWidget* mark) {
+    static_cast<QGridLayout*>(m_topBar->layout())
+        ->addWidget(mark, 0, 0, Qt::AlignLeft | Qt::AlignVCenter);
+}
+
+AppTab ContentView::selectedTab() const {
+    return m_tabs.empty() ? AppTab::addresses
+                          : m_tabs[static_cast<size_t>(m_pages->currentIndex())];
+}
+
+void ContentView::selectTab(AppTab tab) {
+    const int index = indexOf(tab);
+    if (index < 0)
+        return;
+    m_buttons[static_cast<size_t>(index)]->setChecked(true);
+    if (index == m_pages->currentIndex())
+        return;
+    m_pages->fadeTo(index);
+    Q_EMIT tabSelected(tab);
+}
+
+int ContentView::indexOf(AppTab tab) const {
+    const auto found = std::find(m_tabs.begin(), m_tabs.end(), tab);
+    return found == m_tabs.end() ? -1 : static_cast<int>(found - m_tabs.begin());
+}
+
+void ContentView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    if (m_hasAppeared)
+        return;
+    m_hasAppeared = true;
+    Q_EMIT appeared();
+}
+
+} // namespace kopertal

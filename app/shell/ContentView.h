@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QWidget>
+
+#include <vector>
+
+namespace morvik {
+class TabButton;
+}
+
+namespace kopertal {
+
+class FadingStack;
+
+enum class AppTab { addresses, tracking };
+
+/// The tab's title.
+QString title(AppTab tab);
+
+/// The main window's content: the top bar, the tab bar and the tabs' contents, all of which live as
+/// long as it does.
+class ContentView : public QWidget {
+    Q_OBJECT
+
+public:
+    explicit ContentView(QWidget* parent = nullptr);
+
+    /// Takes `page` over; the first one is selected. To be called in the tabs' order.
+    void addTab(AppTab tab, QWidget* page);
+    /// Takes the brand mark over, for the left end of the top bar.
+    void setBrandMark(QWidget* mark);
+
+    bool hasTab(AppTab tab) const { return indexOf(tab) >= 0; }
+    AppTab selectedTab() const;
+    void selectTab(AppTab tab);
+
+Q_SIGNALS:
+    void tabSelected(kopertal::AppTab tab);
+    /// It is shown for the first time.
+    void appeared();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+
+private:
+    int indexOf(AppTab tab) const;
+
+    QWidget* m_topBar;
+    QWidget* m_tabBar;
+    FadingStack* m_pages;
+    std::vector<AppTab> m_tabs;
+    std::vector<morvik::TabButton*> m_buttons;
+    bool m_hasAppeared = false;
+};
+
+} // namespace kopertal

@@ -1,0 +1,175 @@
+#include "app/shell/MainWindow.h"
+
+#include "app/addresses/AddressTextEditor.h"
+#include "app/addresses/AddressView.h"
+#include "app/sender/SenderSetupView.h"
+#include "app/settings/AppSettings.h"
+#include "ui/Sheet.h"
+
+#include <QActionGroup>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QLineEdit>
+#include <QMenuBar>
+
+namespace kopertal {
+namespace {
+
+constexpr QSize firstSize{1000, 688};
+
+/// What the items of the edit menu do to the text that has the keyboard.
+void editFocused(const char* slot) {
+    QWidget* focused = QApplication::focusWidget();
+    if (!focused)
+        return;
+    if (auto* editor = qobject_cast<AddressTextEditor*>(focused)) {
+        if (qstrcmp(slot, "undo") == 0)
+            editor->undoStep();
+        else if (qstrcmp(slot, "redo") == 0)
+            editor->redoStep();
+        else
+            QMetaObject::invokeMethod(editor, slot);
+    } else if (focused->metaObject()->indexOfSlot(QByteArray(slot) + "()") >= 0) {
+        QMetaObject::invokeMethod(focused, slot);
+    }
+}
+
+} // namespace
+
+MainWindow::MainWindow(AppSettings& settings)
+    : m_settings(settings), m_content(new ContentView), m_addresses(new AddressView(settings)) {
+    setWindowTitle(QStringLiteral("Kopertal"));
+    setAcceptDrops(false);
+    addApplicationMenu();
+    addEditMenu();
+    addViewMenu();
+    m_content->addTab(AppTab::addresses, m_addresses);
+    addTabAction(AppTab::addresses);
+    setCentralWidget(m_content);
+    resize(firstSize);
+    m_addresses->setFocus();
+    connect(m_content, &ContentView::appeared, this, [this] {
+        if (m_settings.isSenderDataMissing())
+            showSenderSheet();
+    });
+}
+
+void MainWindow::addTrackingTab(QWidget* page) {
+    m_content->addTab(AppTab::tracking, page);
+    addTabAction(AppTab::tracking);
+}
+
+void MainWindow::addApplicationMenu() {
+    m_applicationMenu = menuBar()->addMenu(QStringLiteral("&Kopertal"));
+    QAction* settings = m_applicationMenu->addAction(QStringLiteral("&Ustawienia…"), this,
+                                                     &MainWindow::showSettings);
+    settings->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Comma));
+    settings->setMenuRole(QAction::PreferencesRole);
+    m_applicationMenu->addSeparator();
+    QAction* quit =
+        m_applicationMenu->addAction(QStringLiteral("&Zakończ"), this, &MainWindow::close);
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    quit->setMenuRole(QAction::QuitRole);
+}
+
+void MainWindow::addEditMenu() {
+    QMenu* menu = menuBar()->addMenu(QStringLiteral("&Edycja"));
+    const auto addEdit = [&](const QString& title, QKeySequence::StandardKey key,
+                             const char* slot) {
+        QAction* action = menu->addAction(title, this, [slot] { editFocused(slot); });
+        action->setShortcuts(key);
+    };
+    addEdit(QStringLiteral("&Cofnij"), QKeySequence::Undo, "undo");
+    addEdit(QStringLiteral("&Ponów"), QKeySequence::Redo, "redo");
+    menu->addSeparator();
+    addEdit(QStringLiteral("Wy&tnij"), QKeySequence::Cut, "cut");
+    addEdit(QStringLiteral("&Kopiuj"), QKeySequence::Copy, "copy");
+    addEdit(QStringLiteral("Wk&lej"), QKeySequence::Paste, "paste");
+    addEdit(QStringLiteral("&Zaznacz wszystko"), QKeySequence::SelectAll, "selectAll");
+    menu->addSeparator();
+
+    // What belongs to the addresses works while they are shown, not behind the other tab.
+    const auto addForAddresses = [&](const QString& title, const QList<QKeySequence>& keys,
+                                     void (AddressView::*slot)()) {
+        QAction* action = menu->addAction(title, m_addresses, slot);
+        action->setShortcuts(keys);
+        connect(m_content, &ContentView::tabSelected, action,
+                [action](AppTab tab) { action->setEnabled(tab == AppTab::addresses); });
+    };
+    addForAddresses(QStringLiteral("&Otwórz adresy…"), {QKeySequence(Qt::CTRL | Qt::Key_O)},
+                    &AddressView::chooseFile);
+    addForAddresses(
+        QStringLiteral("&Stwórz kopertal"),
+        {QKeySequence(Qt::CTRL | Qt::Key_Return), QKeySequence(Qt::CTRL | Qt::Key_Enter)},
+        &AddressView::generateDocument);
+    addForAddresses(QStringLiteral("&Wyczyść adresy"), {QKeySequence(Qt::CTRL | Qt::Key_Backspace)},
+                    &AddressView::clear);
+}
+
+void MainWindow::addViewMenu() {
+    m_viewMenu = menuBar()->addMenu(QStringLiteral("&Widok"));
+    auto* group = new QActionGroup(m_viewMenu);
+    connect(m_content, &ContentView::tabSelected, group, [group](AppTab tab) {
+        for (QAction* action : group->actions())
+            action->setChecked(action->data().toInt() == static_cast<int>(tab));
+    });
+}
+
+void MainWindow::addTabAction(AppTab tab) {
+    auto* group = m_viewMenu->findChild<QActionGroup*>();
+    QAction* action =
+        m_viewMenu->addAction(title(tab), this, [this, tab] { m_content->selectTab(tab); });
+    action->setData(static_cast<int>(tab));
+    action->setShortcut(
+        QKeySequence(Qt::CTRL | (tab == AppTab::addresses ? Qt::Key_1 : Qt::Key_2)));
+    action->setCheckable(true);
+    action->setChecked(m_content->selectedTab() == tab);
+    group->addAction(action);
+}
+
+QMenu* MainWindow::helpMenu() {
+    if (!m_helpMenu)
+        m_helpMenu = menuBar()->addMenu(QStringLiteral("&Pomoc"));
+    return m_helpMenu;
+}
+
+void MainWindow::showSenderSheet() {
+    auto* form = new SenderSetupView(m_settings, false);
+    auto* sheet = new morvik::Sheet(form, QStringLiteral("Dane nadawcy"), this);
+    sheet->setBranded(true);
+    connect(form, &SenderSetupView::closeRequested, sheet, &morvik::Sheet::dismiss);
+    sheet->open(form->firstField());
+}
+
+/// The form's copies of the values are taken anew for each window.
+void MainWindow::showSettings() {
+    if (!m_settingsWindow) {
+        auto* form = new SenderSetupView(m_settings, true);
+        form->setAttribute(Qt::WA_DeleteOnClose);
+        form->setWindowTitle(QStringLiteral("Ustawienia — Kopertal"));
+        form->resize(600, form->sizeHint().height());
+        m_settingsWindow = form;
+        form->firstField()->setFocus();
+    }
+    m_settingsWindow->show();
+    m_settingsWindow->raise();
+    m_settingsWindow->activateWindow();
+}
+
+void MainWindow::raiseToFront() {
+    setWindowState(windowState() & ~Qt::WindowMinimized);
+    show();
+    raise();
+    activateWindow();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+    event->accept();
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (window != this && window->isVisible())
+            window->close();
+    }
+    QMetaObject::invokeMethod(qApp, &QCoreApplication::quit, Qt::QueuedConnection);
+}
+
+} // namespace kopertal

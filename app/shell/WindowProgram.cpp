@@ -1,0 +1,93 @@
+#include "app/shell/WindowProgram.h"
+
+#include "app/BuildConfig.h"
+#include "app/addresses/AddressView.h"
+#include "app/settings/AppSettings.h"
+#include "app/settings/PreferencesStore.h"
+#include "app/shell/MainWindow.h"
+#include "app/shell/SingleInstance.h"
+#include "app/shell/TerminationSignals.h"
+#include "ui/MorvikStyle.h"
+
+#include <QApplication>
+#include <QFileInfo>
+#include <QLibraryInfo>
+#include <QLocale>
+#include <QStandardPaths>
+#include <QThreadPool>
+#include <QTranslator>
+
+#include <cstdio>
+
+namespace kopertal {
+namespace {
+
+const char* const waylandToken = "XDG_ACTIVATION_TOKEN";
+
+QString absolute(const QString& file) {
+    return file.isEmpty() ? file : QFileInfo(file).absoluteFilePath();
+}
+
+/// The register of sent letters lives for one run.
+void removeRegister(const AppSettings& settings) {
+    PreferencesStore(PreferencesStore::defaultPath()).remove(settings.sentBooksKey);
+}
+
+void speakPolish(QApplication& application) {
+    QLocale::setDefault(QLocale(QLocale::Polish, QLocale::Poland));
+    auto* translator = new QTranslator(&application);
+    if (translator->load(QStringLiteral("qtbase_pl"),
+                         QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
+        application.installTranslator(translator);
+}
+
+int runFirst(SingleInstance& instance, const QString& file) {
+    AppSettings& settings = AppSettings::shared();
+    removeRegister(settings);
+    MainWindow window(settings);
+    QObject::connect(&instance, &SingleInstance::started, &window,
+                     [&](const StartMessage& message) {
+                         if (!message.activationToken.isEmpty())
+                             qputenv(waylandToken, message.activationToken.toUtf8());
+                         window.raiseToFront();
+                         if (!message.file.isEmpty())
+                             window.addresses().loadFile(message.file);
+                     });
+    TerminationSignals terminationSignals;
+    QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested, &window, [&] {
+        window.addresses().stopGeneration();
+        QApplication::quit();
+    });
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, &instance, [&] {
+        removeRegister(settings);
+        instance.release();
+    });
+    window.show();
+    if (!file.isEmpty())
+        window.addresses().loadFile(file);
+    return QApplication::exec();
+}
+
+} // namespace
+
+int runWindow(int& count, char** arguments, const QString& file) {
+    QApplication application(count, arguments);
+    QApplication::setApplicationName(QStringLiteral("kopertal"));
+    QApplication::setApplicationDisplayName(QStringLiteral("Kopertal"));
+    QApplication::setApplicationVersion(QStringLiteral(KOPERTAL_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("kopertal"));
+    SingleInstance instance(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
+    if (!instance.claim()) {
+        if (instance.handOver({absolute(file), qEnvironmentVariable(waylandToken)}))
+            return 0;
+        std::fputs("Kopertal już działa, ale nie odpowiada.\n", stderr);
+        return 1;
+    }
+    morvik::MorvikStyle::install(application);
+    speakPolish(application);
+    const int code = runFirst(instance, absolute(file));
+    QThreadPool::globalInstance()->waitForDone(); // a register in the making is finished
+    return code;
+}
+
+} // namespace kopertal

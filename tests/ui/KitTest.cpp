@@ -1,0 +1,236 @@
+#include "ui/FileDropZone.h"
+#include "ui/FileListView.h"
+#include "ui/Icons.h"
+#include "ui/LimeActionButton.h"
+#include "ui/MorvikStyle.h"
+#include "ui/PanelHelper.h"
+#include "ui/Sheet.h"
+#include "ui/SmallButtons.h"
+
+#include <QAccessible>
+#include <QAction>
+#include <QApplication>
+#include <QDropEvent>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QMimeData>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTimer>
+#include <QVBoxLayout>
+
+using namespace morvik;
+
+namespace {
+
+QList<QUrl> urls(const QStringList& paths) {
+    QList<QUrl> result;
+    for (const QString& path : paths)
+        result << (path.contains(QStringLiteral("://")) ? QUrl(path) : QUrl::fromLocalFile(path));
+    return result;
+}
+
+QStringList fileNames(const QList<QUrl>& files) {
+    QStringList names;
+    for (const QUrl& file : files)
+        names << file.fileName();
+    return names;
+}
+
+IconButton* buttonNamed(QWidget* parent, const QString& name) {
+    for (IconButton* button : parent->findChildren<IconButton*>()) {
+        if (button->accessibleName() == name && button->isVisibleTo(parent))
+            return button;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+class KitTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() { MorvikStyle::install(*qApp); }
+
+    void processingAloneDoesNotDisable() {
+        LimeActionButton button(QStringLiteral("Stwórz"), QStringLiteral("doc"));
+        button.setProcessing(true);
+        QCOMPARE(button.text(), QStringLiteral("Przetwarzanie..."));
+        QSignalSpy pressed(&button, &QPushButton::clicked);
+        button.show();
+        QTest::mouseClick(&button, Qt::LeftButton);
+        QTest::keyClick(&button, Qt::Key_Return);
+        QTest::keyClick(&button, Qt::Key_Space);
+        QCOMPARE(pressed.count(), 3);
+        button.setEnabled(false);
+        QTest::mouseClick(&button, Qt::LeftButton);
+        QCOMPARE(pressed.count(), 3);
+        button.setProcessing(false);
+        QCOMPARE(button.text(), QStringLiteral("Stwórz"));
+    }
+
+    void dropZonePassesAllowedFiles_data() {
+        QTest::addColumn<QStringList>("allowed");
+        QTest::addColumn<bool>("multiple");
+        QTest::addColumn<QStringList>("dropped");
+        QTest::addColumn<QStringList>("passed");
+        QTest::newRow("any case of the extension")
+            << QStringList{"pdf"} << true << QStringList{"/a/a.PDF", "/a/b.txt"}
+            << QStringList{"a.PDF"};
+        QTest::newRow("several where one is chosen")
+            << QStringList{} << false << QStringList{"/a/1", "/a/2.x", "/a/3"}
+            << QStringList{"1", "2.x", "3"};
+        QTest::newRow("none allowed")
+            << QStringList{"pdf"} << true << QStringList{"/a/pdf"} << QStringList{};
+        QTest::newRow("not a file")
+            << QStringList{} << true << QStringList{"https://example.invalid/a.pdf", "/a/b"}
+            << QStringList{"b"};
+    }
+
+    void dropZonePassesAllowedFiles() {
+        QFETCH(QStringList, allowed);
+        QFETCH(bool, multiple);
+        QFETCH(QStringList, dropped);
+        QList<QList<QUrl>> calls;
+        FileDropZone zone(QSet<QString>(allowed.begin(), allowed.end()), multiple,
+                          [&](const QList<QUrl>& files) { calls << files; });
+        zone.show();
+        QMimeData data;
+        data.setUrls(urls(dropped));
+        QDragEnterEvent enter({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&zone, &enter);
+        QVERIFY(zone.isTargeted());
+        QDropEvent drop({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+        QApplication::sendEvent(&zone, &drop);
+        QVERIFY(drop.isAccepted());
+        QVERIFY(!zone.isTargeted());
+        QFETCH(QStringList, passed);
+        QCOMPARE(calls.size(), passed.isEmpty() ? 0 : 1);
+        if (!passed.isEmpty())
+            QCOMPARE(fileNames(calls.front()), passed);
+    }
+
+    void fileListIsOrderedAndEmptiedByItsButtons() {
+        FileListView list(true);
+        list.setFiles(urls({"/a/1.pdf", "/a/2.docx", "/a/3.txt"}));
+        list.show();
+        const auto press = [&](const QString& name) {
+            IconButton* button = buttonNamed(&list, name);
+            QVERIFY2(button, qPrintable(name));
+            QTest::mouseClick(button, Qt::LeftButton);
+        };
+        QVERIFY(!buttonNamed(&list, QStringLiteral("Przesuń w górę: 1.pdf"))->isEnabled());
+        QVERIFY(!buttonNamed(&list, QStringLiteral("Przesuń w dół: 3.txt"))->isEnabled());
+        press(QStringLiteral("Przesuń w dół: 1.pdf"));
+        press(QStringLiteral("Przesuń w górę: 3.txt"));
+        QCOMPARE(fileNames(list.files()), QStringList({"2.docx", "3.txt", "1.pdf"}));
+        press(QStringLiteral("Usuń: 2.docx"));
+        press(QStringLiteral("Usuń: 1.pdf"));
+        QVERIFY(!buttonNamed(&list, QStringLiteral("Przesuń w górę: 3.txt"))->isEnabled());
+        QVERIFY(!buttonNamed(&list, QStringLiteral("Przesuń w dół: 3.txt"))->isEnabled());
+        press(QStringLiteral("Usuń: 3.txt"));
+        QVERIFY(list.files().isEmpty());
+        bool saysEmpty = false;
+        for (const QLabel* label : list.findChildren<QLabel*>())
+            saysEmpty |= label->isVisible() && label->text() == QStringLiteral("Brak plików");
+        QVERIFY(saysEmpty);
+    }
+
+    void filesHaveTheirPictures_data() {
+        QTest::addColumn<QString>("icon");
+        QTest::newRow("a.PDF") << "doc.fill";
+        QTest::newRow("a.dotx") << "doc.richtext.fill";
+        QTest::newRow("a.tiff") << "photo";
+        QTest::newRow("scan.TIF") << "doc";
+        QTest::newRow("pdf") << "doc";
+    }
+
+    void filesHaveTheirPictures() {
+        const QUrl file = QUrl::fromLocalFile(QStringLiteral("/a/") +
+                                              QString::fromLatin1(QTest::currentDataTag()));
+        QTEST(FileListView::iconOf(file), "icon");
+        QVERIFY(hasIcon(FileListView::iconOf(file)));
+    }
+
+    void panelsAskForTheirFiles() {
+        QCOMPARE(PanelHelper::namePatterns({"pdf", "TXT", "", "a b", "*", "x/y"}),
+                 QStringList({"*.PDF", "*.TXT", "*.pdf", "*.txt"}));
+        QVERIFY(PanelHelper::namePatterns({}).isEmpty());
+
+        const QTemporaryDir folder;
+        const auto answer = [&](bool confirm) {
+            QTimer::singleShot(200, this, [&folder, confirm] {
+                auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+                QVERIFY(panel);
+                QCOMPARE(panel->labelText(QFileDialog::Accept), QStringLiteral("Wybierz"));
+                panel->setDirectory(folder.path());
+                if (confirm)
+                    QMetaObject::invokeMethod(panel, "accept");
+                else
+                    panel->reject();
+            });
+        };
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        answer(true);
+        const auto chosen = PanelHelper::chooseDirectory();
+        QVERIFY(chosen);
+        QCOMPARE(QFileInfo(chosen->toLocalFile()).canonicalFilePath(),
+                 QFileInfo(folder.path()).canonicalFilePath());
+        answer(false);
+        QVERIFY(!PanelHelper::chooseDirectory());
+    }
+
+    void sheetHoldsItsWindow() {
+        QMainWindow window;
+        auto* behind = new QLineEdit;
+        window.setCentralWidget(behind);
+        int triggered = 0;
+        auto* menu = window.menuBar()->addMenu(QStringLiteral("M"));
+        menu->addAction(QStringLiteral("A"), QKeySequence(QStringLiteral("Ctrl+K")), this,
+                        [&] { ++triggered; });
+        window.resize(500, 400);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        behind->setFocus();
+        QTest::keyClick(&window, Qt::Key_K, Qt::ControlModifier);
+        QCOMPARE(triggered, 1);
+
+        auto* content = new QWidget;
+        auto* column = new QVBoxLayout(content);
+        auto* first = new QLineEdit;
+        auto* last = new QPushButton(QStringLiteral("OK"));
+        column->addWidget(first);
+        column->addWidget(last);
+        auto* sheet = new Sheet(content, QStringLiteral("Arkusz"), &window);
+        QSignalSpy dismissed(sheet, &Sheet::dismissed);
+        sheet->open(first);
+        QCOMPARE(QAccessible::queryAccessibleInterface(sheet)->role(), QAccessible::Dialog);
+        QCOMPARE(window.focusWidget(), first);
+        QTest::keyClick(&window, Qt::Key_K, Qt::ControlModifier);
+        QCOMPARE(triggered, 1);
+        behind->setFocus();
+        QVERIFY(content->isAncestorOf(window.focusWidget()));
+        first->setFocus();
+        QTest::keyClick(first, Qt::Key_Tab);
+        QCOMPARE(window.focusWidget(), last);
+        QTest::keyClick(last, Qt::Key_Tab);
+        QCOMPARE(window.focusWidget(), first);
+        QTest::keyClick(first, Qt::Key_Escape);
+        QVERIFY(sheet->isVisible());
+        sheet->setClosesOnEscape(true);
+        QTest::keyClick(first, Qt::Key_Escape);
+        QCOMPARE(dismissed.count(), 1);
+        QCOMPARE(window.focusWidget(), behind);
+        QTest::keyClick(&window, Qt::Key_K, Qt::ControlModifier);
+        QCOMPARE(triggered, 2);
+    }
+};
+
+QTEST_MAIN(KitTest)
+#include "KitTest.moc"

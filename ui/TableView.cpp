@@ -1,0 +1,184 @@
+#include "ui/TableView.h"
+
+#include "ui/Fonts.h"
+#include "ui/MorvikTheme.h"
+#include "ui/Tones.h"
+
+#include <QEvent>
+#include <QHeaderView>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QPainterPath>
+
+namespace morvik {
+namespace {
+
+constexpr int headerHeight = 30;
+constexpr int cellPadding = 8;
+constexpr int selectionBar = 3;
+constexpr double radius = 10;
+
+/// Muted titles over a hairline, with short separators between the columns.
+class ColumnHeader : public QHeaderView {
+public:
+    explicit ColumnHeader(QWidget* parent) : QHeaderView(Qt::Horizontal, parent) {
+        setFont(columnHeaderFont());
+        setFixedHeight(textPixels(headerHeight));
+        setHighlightSections(false);
+        setSectionsClickable(false);
+        setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+        setMinimumSectionSize(32);
+    }
+
+protected:
+    void paintEvent(QPaintEvent* event) override {
+        QPainter painter(viewport());
+        painter.fillRect(viewport()->rect(), Tones::tableHeader);
+        painter.fillRect(QRect(0, height() - 1, viewport()->width(), 1), Tones::border);
+        painter.end();
+        QHeaderView::paintEvent(event);
+    }
+
+    void paintSection(QPainter* painter, const QRect& rect, int section) const override {
+        const bool isSorted = isSortIndicatorShown() && sortIndicatorSection() == section;
+        painter->fillRect(rect.adjusted(0, 0, 0, -1), Tones::tableHeader);
+        painter->fillRect(QRect(rect.x(), rect.bottom(), rect.width(), 1), Tones::border);
+        painter->setFont(font());
+        painter->setPen(isSorted ? Tones::label : Tones::mutedLabel);
+        const QVariant alignment =
+            model()->headerData(section, Qt::Horizontal, Qt::TextAlignmentRole);
+        const QRect cell = rect.adjusted(cellPadding, 0, -cellPadding, 0);
+        const QString title = model()->headerData(section, Qt::Horizontal).toString();
+        painter->drawText(cell, alignment.isValid() ? alignment.toInt() : int(defaultAlignment()),
+                          painter->fontMetrics().elidedText(title, Qt::ElideRight, cell.width()));
+        if (visualIndex(section) + 1 < count())
+            painter->fillRect(QRect(rect.right(), rect.y() + 7, 1, rect.height() - 14),
+                              Tones::border);
+    }
+};
+
+/// Over the table: its border, and the window's ground outside of the rounded corners.
+class BorderOverlay : public QWidget {
+public:
+    explicit BorderOverlay(QWidget* parent) : QWidget(parent) {
+        setAttribute(Qt::WA_TransparentForMouseEvents);
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.setRenderHint(QPainter::Antialiasing);
+        const QRectF frame = QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5);
+        QPainterPath outside;
+        outside.addRect(rect());
+        outside.addRoundedRect(frame, radius, radius);
+        painter.fillPath(outside, parentWidget()->parentWidget()->palette().window());
+        painter.setPen(QPen(Tones::border, 1));
+        painter.drawRoundedRect(frame, radius, radius);
+    }
+};
+
+} // namespace
+
+TableView::TableView(QWidget* parent) : QTableView(parent) {
+    setHorizontalHeader(new ColumnHeader(this));
+    setItemDelegate(new TableCellDelegate(this));
+    setFrameShape(QFrame::NoFrame);
+    setShowGrid(false);
+    setWordWrap(false);
+    setFont(smallFont());
+    setMouseTracking(true);
+    setTabKeyNavigation(false);
+    setCornerButtonEnabled(false);
+    setSelectionBehavior(SelectRows);
+    setEditTriggers(NoEditTriggers);
+    setHorizontalScrollMode(ScrollPerPixel);
+    setVerticalScrollMode(ScrollPerPixel);
+    verticalHeader()->hide();
+    verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
+    setRowHeight(30);
+}
+
+void TableView::setRowHeight(int pixels) {
+    verticalHeader()->setMinimumSectionSize(textPixels(pixels));
+    verticalHeader()->setDefaultSectionSize(textPixels(pixels));
+}
+
+void TableView::setBordered(bool isBordered) {
+    delete m_border;
+    m_border = isBordered ? new BorderOverlay(this) : nullptr;
+    if (m_border) {
+        m_border->setGeometry(rect());
+        m_border->show();
+    }
+}
+
+void TableView::resizeEvent(QResizeEvent* event) {
+    QTableView::resizeEvent(event);
+    if (m_border) {
+        m_border->setGeometry(rect());
+        m_border->raise();
+    }
+}
+
+bool TableView::viewportEvent(QEvent* event) {
+    if (event->type() == QEvent::Leave)
+        setHoveredRow(-1);
+    else if (event->type() == QEvent::MouseMove)
+        setHoveredRow(rowAt(static_cast<QMouseEvent*>(event)->pos().y()));
+    return QTableView::viewportEvent(event);
+}
+
+void TableView::setHoveredRow(int row) {
+    if (row == m_hoveredRow)
+        return;
+    m_hoveredRow = row;
+    viewport()->update();
+}
+
+TableCellDelegate::TableCellDelegate(TableView* table)
+    : QStyledItemDelegate(table), m_table(table) {
+}
+
+void TableCellDelegate::paintGround(QPainter* painter, const QStyleOptionViewItem& option,
+                                    const QModelIndex& index) const {
+    const bool isSelected = option.state & QStyle::State_Selected;
+    const bool isActive = option.state & QStyle::State_Active;
+    QColor ground = Tones::field;
+    if (isSelected)
+        ground = isActive ? Tones::rowSelected : Tones::rowSelectedInactive;
+    else if (m_table->hoveredRow() == index.row())
+        ground = Tones::rowHover;
+    painter->fillRect(option.rect, ground);
+    painter->fillRect(QRect(option.rect.x(), option.rect.bottom(), option.rect.width(), 1),
+                      Tones::hairline);
+    if (isSelected && isActive &&
+        m_table->columnViewportPosition(index.column()) == -m_table->horizontalHeader()->offset())
+        painter->fillRect(
+            QRect(option.rect.x(), option.rect.y(), selectionBar, option.rect.height()),
+            MorvikTheme::Colors::lime);
+}
+
+void TableCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& option,
+                              const QModelIndex& index) const {
+    paintGround(painter, option, index);
+    QStyleOptionViewItem cell = option;
+    initStyleOption(&cell, index);
+    painter->setFont(cell.font);
+    painter->setPen(cell.palette.color(QPalette::Text));
+    const QRect text = cell.rect.adjusted(cellPadding, 0, -cellPadding, -1);
+    const bool isRight = cell.displayAlignment & Qt::AlignRight;
+    painter->drawText(
+        text, (isRight ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter | Qt::TextSingleLine,
+        cell.fontMetrics.elidedText(cell.text, Qt::ElideRight, text.width()));
+}
+
+void BorderFrame::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(QPen(Tones::border, 1));
+    painter.setBrush(Tones::field);
+    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+}
+
+} // namespace morvik

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <QStyledItemDelegate>
+#include <QTableView>
+
+namespace morvik {
+
+/// A table in the kit's look: hairlines, a hover tone, selected rows in pale lime with a bar at the
+/// left; the grey of an inactive window. Cells take font, colour and alignment from their model.
+class TableView : public QTableView {
+    Q_OBJECT
+
+public:
+    explicit TableView(QWidget* parent = nullptr);
+
+    /// The same for all rows, times the desktop's text factor.
+    void setRowHeight(int pixels);
+
+    /// A rounded border; the content is cut at its corners.
+    void setBordered(bool isBordered);
+
+    int hoveredRow() const { return m_hoveredRow; }
+
+protected:
+    bool viewportEvent(QEvent* event) override;
+    void resizeEvent(QResizeEvent* event) override;
+
+private:
+    void setHoveredRow(int row);
+
+    QWidget* m_border = nullptr;
+    int m_hoveredRow = -1;
+};
+
+/// Draws the cells of a TableView.
+class TableCellDelegate : public QStyledItemDelegate {
+    Q_OBJECT
+
+public:
+    explicit TableCellDelegate(TableView* table);
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override;
+
+protected:
+    /// The row's ground, its hairline and, in the first column, the bar of a selected row.
+    void paintGround(QPainter* painter, const QStyleOptionViewItem& option,
+                     const QModelIndex& index) const;
+
+private:
+    TableView* m_table;
+};
+
+/// A white rounded frame for what stands in a table's place.
+class BorderFrame : public QFrame {
+    Q_OBJECT
+
+public:
+    using QFrame::QFrame;
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
+} // namespace morvik
