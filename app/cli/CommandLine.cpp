@@ -3,6 +3,7 @@
 #include "app/BuildConfig.h"
 #include "app/cli/Console.h"
 #include "app/cli/GenerateCommand.h"
+#include "app/cli/TrackCommand.h"
 
 #include <QCoreApplication>
 
@@ -20,6 +21,7 @@ Użycie: kopertal POLECENIE [ARGUMENTY]
 
 Polecenia:
   generate   tworzy z adresów wypełnioną książkę nadawczą (.docx)
+  track      pyta Pocztę Polską o status przesyłek
 
   -h, --help     pokaż tę pomoc; „kopertal POLECENIE --help” opisuje polecenie
       --version  pokaż wersję
@@ -31,7 +33,10 @@ struct Command {
     int (*run)(int count, char** arguments);
 };
 
-constexpr Command commands[] = {{"generate", runGenerate}};
+constexpr Command commands[] = {
+    {"generate", runGenerate},
+    {"track", runTrack},
+};
 
 /// The command's exit code; a failure becomes its message, for the user.
 int runGuarded(const Command& command, int count, char** arguments) {

@@ -1,5 +1,7 @@
 #include "app/settings/AppSettings.h"
 
+#include "tracking/SentBookJson.h"
+
 #include <QCoreApplication>
 
 #include <utility>
@@ -47,6 +49,21 @@ void AppSettings::setIphoneMode(const QString& value) {
 
 bool AppSettings::isSenderDataMissing() const {
     return m_senderName.isEmpty() || m_senderAddress.isEmpty() || m_saveFolder.isEmpty();
+}
+
+QList<SentBook> AppSettings::loadSentBooks() const {
+    return decodeSentBooks(m_store.data(sentBooksKey).value_or(QByteArray()))
+        .value_or(QList<SentBook>());
+}
+
+void AppSettings::saveSentBooks(const QList<SentBook>& books) {
+    m_store.setData(sentBooksKey, encodeSentBooks(books));
+}
+
+void AppSettings::appendSentBook(const SentBook& book) {
+    QList<SentBook> books = loadSentBooks();
+    mergeBook(books, book);
+    saveSentBooks(books);
 }
 
 void AppSettings::assign(QString& field, const QString& key, const QString& value) {

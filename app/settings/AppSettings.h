@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/settings/PreferencesStore.h"
+#include "tracking/SentBook.h"
 
 #include <QObject>
 #include <QString>
@@ -39,6 +40,13 @@ public:
 
     /// The store's key of the register of sent letters.
     const QString sentBooksKey = QStringLiteral("tracking.sentBooks");
+
+    /// The stored register; empty when there is none or it cannot be read.
+    QList<SentBook> loadSentBooks() const;
+    /// Stores the register in place of the old one, an empty one too.
+    void saveSentBooks(const QList<SentBook>& books);
+    /// Adds the book's entries to the stored book of its date, or the book to the register's end.
+    void appendSentBook(const SentBook& book);
 
 Q_SIGNALS:
     /// After every assignment, with the new value in place.

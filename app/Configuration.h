@@ -1,0 +1,18 @@
+#pragma once
+
+#include "net/HttpMessage.h"
+#include "tracking/TrackingAccess.h"
+
+namespace kopertal {
+
+// What the build and the environment set for the program's parts.
+
+/// The tracking service of the build; KOPERTAL_TRACKING_ENDPOINT in the environment replaces its
+/// address for this run.
+TrackingAccess trackingAccess();
+
+/// The HTTP client's options; SSL_CERT_FILE in the environment, as usual, names other authorities
+/// than the system's.
+HttpOptions httpOptions();
+
+} // namespace kopertal

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "net/CurlTransfer.h"
+
+#include <curl/curl.h>
+
+#include <chrono>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <unordered_map>
+
+namespace kopertal {
+
+/// A file descriptor that is closed at the end.
+class Descriptor {
+public:
+    explicit Descriptor(int value) : m_value(value) {}
+    ~Descriptor();
+    Descriptor(const Descriptor&) = delete;
+    Descriptor& operator=(const Descriptor&) = delete;
+    int get() const { return m_value; }
+
+private:
+    int m_value;
+};
+
+/// Drives any number of transfers by the descriptors that have something to say, so that one more
+/// waiting transfer costs the others nothing. One thread.
+class CurlLoop {
+public:
+    /// wait() also returns when `wakeUp`, an event descriptor, is signalled.
+    CurlLoop(HttpOptions options, int wakeUp);
+    /// Completes everything that is left as cancelled.
+    ~CurlLoop();
+    CurlLoop(const CurlLoop&) = delete;
+    CurlLoop& operator=(const CurlLoop&) = delete;
+
+    /// Starts the order as soon as there is a descriptor for it.
+    void enqueue(Order order);
+
+    /// Waits for the network or for `wakeUp`, and completes what has ended.
+    void wait();
+
+private:
+    using Clock = std::chrono::steady_clock;
+
+    void open();
+    void close();
+    void admit();
+    void start(Order order);
+    void completeFinished();
+    void complete(CURL* handle, CURLcode code);
+    int timeoutMs() const;
+    static int onSocket(CURL*, curl_socket_t socket, int what, void* self, void* known);
+    static int onTimer(CURLM*, long timeoutMs, void* self);
+
+    int m_wakeUp;
+    Descriptor m_epoll;
+    TransferContext m_context;
+    std::unique_ptr<CURLSH, Release<curl_share_cleanup>> m_share;
+    std::unique_ptr<CURLM, Release<curl_multi_cleanup>> m_multi; // none while idle
+    std::unordered_map<CURL*, std::unique_ptr<CurlTransfer>> m_transfers;
+    std::deque<Order> m_waiting;
+    std::size_t m_capacity = 1;
+    std::optional<Clock::time_point> m_timer;
+    Clock::time_point m_lastUse;
+};
+
+} // namespace kopertal

@@ -1,0 +1,14 @@
+#pragma once
+
+#include <cstddef>
+
+namespace kopertal {
+
+/// Raises the process's limit of open files as far as the system allows; never lowers it.
+void raiseDescriptorLimit();
+
+/// How many descriptors the process may open besides those it has open and a reserve for its other
+/// work. At least 1.
+std::size_t spareDescriptors();
+
+} // namespace kopertal

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "net/HttpMessage.h"
+#include "net/HttpTransfers.h"
+
+#include <QFuture>
+#include <QString>
+
+namespace kopertal {
+
+/// The program's HTTP client: HttpTransfers with futures. Every future finishes with one answer;
+/// those under way when the client is destroyed finish as cancelled.
+class HttpClient {
+public:
+    explicit HttpClient(HttpOptions options = {});
+
+    QFuture<HttpAnswer> send(HttpRequest request);
+
+private:
+    HttpTransfers m_transfers;
+};
+
+/// Why there is no answer, for the user, in Polish.
+QString failureText(const HttpAnswer& answer);
+
+} // namespace kopertal

@@ -1,0 +1,46 @@
+#include "tracking/TrackingService.h"
+
+#include "tracking/SoapAnswer.h"
+#include "tracking/TrackingEnvelope.h"
+#include "tracking/TrackingNumber.h"
+
+#include <utility>
+
+namespace kopertal {
+namespace {
+
+TrackingResult readAnswer(const HttpAnswer& answer) {
+    if (answer.failure == HttpFailure::none)
+        return parseAnswer(answer.body);
+    TrackingResult result;
+    result.status = TrackingStatus::networkError;
+    result.lastEvent = failureText(answer);
+    return result;
+}
+
+TrackingResult emptyNumberResult() {
+    TrackingResult result;
+    result.status = TrackingStatus::none;
+    result.lastEvent = QStringLiteral("—");
+    return result;
+}
+
+} // namespace
+
+TrackingService::TrackingService(HttpClient& client, TrackingAccess access)
+    : m_client(client), m_access(std::move(access)) {
+}
+
+QFuture<TrackingResult> TrackingService::fetch(const QString& trackingNumber) const {
+    const QString number = cleanBarcode(trackingNumber);
+    if (number.isEmpty())
+        return QtFuture::makeReadyFuture(emptyNumberResult());
+    HttpRequest request;
+    request.url = m_access.endpoint.toStdString();
+    request.headers = {"Content-Type: text/xml; charset=utf-8", "SOAPAction: \"\""};
+    request.body = trackingEnvelope(m_access, number).toStdString();
+    return m_client.send(std::move(request))
+        .then(QtFuture::Launch::Async, [](const HttpAnswer& answer) { return readAnswer(answer); });
+}
+
+} // namespace kopertal

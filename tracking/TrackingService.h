@@ -1,0 +1,28 @@
+#pragma once
+
+#include "net/HttpClient.h"
+#include "tracking/TrackingAccess.h"
+#include "tracking/TrackingResult.h"
+
+#include <QFuture>
+#include <QString>
+
+namespace kopertal {
+
+/// Asks the Polish Post's tracking service about shipments.
+class TrackingService {
+public:
+    /// The client must outlive the service.
+    TrackingService(HttpClient& client, TrackingAccess access);
+
+    /// What the service says of the number, by one request. Never fails: whatever goes wrong
+    /// becomes a result with a status text of its own. May be called any number of times at once,
+    /// from any thread; answers are read off the caller's thread.
+    QFuture<TrackingResult> fetch(const QString& trackingNumber) const;
+
+private:
+    HttpClient& m_client;
+    TrackingAccess m_access;
+};
+
+} // namespace kopertal
