@@ -1,5 +1,6 @@
 #include "scan/BarcodeDetector.h"
 
+#include "scan/CodeExtent.h"
 #include "scan/CodeRegions.h"
 #include "scan/LinearCodeReader.h"
 #include "scan/MatrixCodes.h"
@@ -41,52 +42,65 @@ bool isInside(const cv::Point2f& point, const CodeRegion& region) {
            std::abs(-d.x * s + d.y * c) < region.height / 2;
 }
 
-QList<Barcode> linearCodes(const cv::Mat& photo) {
-    struct Read {
-        CodeRegion region;
-        LineReading reading;
-    };
-    const std::vector<CodeRegion> regions = findCodeRegions(photo);
-    std::vector<Read> read;
-    std::mutex mutex;
-    const auto isRead = [&](const CodeRegion& region) {
-        const std::lock_guard lock(mutex);
+bool overlap(const CodeRegion& a, const CodeRegion& b) {
+    return isInside(a.centre, b) || isInside(b.centre, a);
+}
+
+bool isAlmost(const CodeRegion& a, const CodeRegion& b) {
+    const float tolerance = std::max(4.0F, 0.03F * b.length);
+    return cv::norm(a.centre - b.centre) < tolerance && std::abs(a.length - b.length) < tolerance &&
+           std::abs(a.height - b.height) < 0.3F * b.height;
+}
+
+/// Regions of several searches overlap: remembers what came of those that are done.
+class Progress {
+public:
+    bool isDone(const CodeRegion& region) {
+        const std::lock_guard lock(m_mutex);
         return std::ranges::any_of(
-            read, [&](const Read& other) { return isInside(region.centre, other.region); });
-    };
-    const int count = static_cast<int>(regions.size());
-    cv::parallel_for_(
-        {0, count},
-        [&](const cv::Range& range) {
-            for (int i = range.start; i < range.end; ++i) {
-                const CodeRegion& region = regions[static_cast<size_t>(i)];
-                if (isRead(region))
-                    continue;
-                std::optional<LineReading> reading = readLinearCode(photo, region);
-                if (!reading)
-                    continue;
-                const std::lock_guard lock(mutex);
-                read.push_back({region, *std::move(reading)});
-            }
-        },
-        count);
-    // Regions of several searches overlap, and two threads may have read the same one.
-    QList<Barcode> codes;
-    std::vector<CodeRegion> kept;
-    for (const Read& each : read) {
-        bool isRepeated = false;
-        for (size_t i = 0; i < kept.size(); ++i) {
-            isRepeated =
-                isRepeated ||
-                (codes[static_cast<qsizetype>(i)].text == each.reading.text &&
-                 (isInside(each.region.centre, kept[i]) || isInside(kept[i].centre, each.region)));
-        }
-        if (isRepeated)
-            continue;
-        kept.push_back(each.region);
-        codes.append({each.reading.text, each.reading.format,
-                      boxAround(corners(each.region), photo.size())});
+                   m_codes,
+                   [&](const LinearCode& code) { return isInside(region.centre, code.region); }) ||
+               std::ranges::any_of(
+                   m_tried, [&](const CodeRegion& tried) { return isAlmost(region, tried); });
     }
+
+    void tried(const CodeRegion& region, std::optional<LinearCode> code) {
+        const std::lock_guard lock(m_mutex);
+        m_tried.push_back(region);
+        const bool isNew =
+            code && std::ranges::none_of(m_codes, [&](const LinearCode& other) {
+                return other.reading == code->reading && overlap(other.region, code->region);
+            });
+        if (isNew)
+            m_codes.push_back(*std::move(code));
+    }
+
+    const std::vector<LinearCode>& codes() const { return m_codes; }
+
+private:
+    std::mutex m_mutex;
+    std::vector<LinearCode> m_codes;
+    std::vector<CodeRegion> m_tried;
+};
+
+QList<Barcode> linearCodes(const cv::Mat& photo) {
+    const std::vector<CodeRegion> regions = findCodeRegions(photo);
+    const int count = static_cast<int>(regions.size());
+    Progress progress;
+    const auto work = [&](const cv::Range& range) {
+        for (int i = range.start; i < range.end; ++i) {
+            const CodeRegion& seed = regions[static_cast<size_t>(i)];
+            const std::optional<CodeRegion> region =
+                progress.isDone(seed) ? std::nullopt : codeExtent(photo, seed);
+            if (region && !progress.isDone(*region))
+                progress.tried(*region, readLinearCode(photo, *region));
+        }
+    };
+    cv::parallel_for_({0, count}, work, count);
+    QList<Barcode> codes;
+    for (const LinearCode& code : progress.codes())
+        codes.append({code.reading.text, code.reading.format,
+                      boxAround(corners(code.region), photo.size())});
     return codes;
 }
 

@@ -14,10 +14,10 @@ struct CodeRegion {
     float angle = 0;  ///< Of the line across the bars, in radians, from the x axis towards y.
     float length = 0; ///< Across the bars.
     float height = 0; ///< Along the bars.
-    float weight = 0; ///< How much it looks like bars; only to be compared.
+    float stroke = 0; ///< The usual width of a bar or space, where it is known: one to two modules.
 };
 
-/// The likeliest first. `photo` is 8-bit grey.
+/// The clearest first, many of them no code. `photo` is 8-bit grey.
 std::vector<CodeRegion> findCodeRegions(const cv::Mat& photo);
 
 /// The corners of the region, clockwise from the first.

@@ -7,15 +7,15 @@
 namespace kopertal {
 
 void LineVotes::add(int band, const LineReading& reading) {
-    const auto known = std::ranges::find(m_candidates, reading, &Candidate::reading);
+    const auto known = std::ranges::find(m_candidates, reading, &Winner::reading);
     if (known == m_candidates.end())
         m_candidates.append({reading, {band}});
     else if (!known->bands.contains(band))
         known->bands.append(band);
 }
 
-std::optional<LineReading> LineVotes::winner() const {
-    const auto votes = [](const Candidate& candidate) { return candidate.bands.size(); };
+std::optional<LineVotes::Winner> LineVotes::winner() const {
+    const auto votes = [](const Winner& candidate) { return candidate.bands.size(); };
     const auto best = std::ranges::max_element(m_candidates, {}, votes);
     if (best == m_candidates.end() || best->bands.size() < neededVotes(best->reading))
         return std::nullopt;
@@ -24,7 +24,7 @@ std::optional<LineReading> LineVotes::winner() const {
         if (other != best && other->bands.size() * 3 > best->bands.size())
             return std::nullopt;
     }
-    return best->reading;
+    return *best;
 }
 
 int neededVotes(const LineReading& reading) {

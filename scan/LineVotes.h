@@ -22,15 +22,16 @@ public:
     /// same text again, processed in another way, counts once.
     void add(int band, const LineReading& reading);
 
+    struct Winner {
+        LineReading reading;
+        QList<int> bands; ///< Those that gave it.
+    };
+
     /// The reading that may be believed.
-    std::optional<LineReading> winner() const;
+    std::optional<Winner> winner() const;
 
 private:
-    struct Candidate {
-        LineReading reading;
-        QList<int> bands;
-    };
-    QList<Candidate> m_candidates;
+    QList<Winner> m_candidates;
 };
 
 /// How many bands must agree on such a reading.

@@ -1,8 +1,8 @@
 #include "scan/LinearCodeReader.h"
 
+#include "scan/BarProfile.h"
+#include "scan/CodeExtent.h"
 #include "scan/ZXingReading.h"
-
-#include <opencv2/imgproc.hpp>
 
 #include <algorithm>
 #include <array>
@@ -11,97 +11,71 @@
 namespace kopertal {
 namespace {
 
-constexpr int patchLength = 1600; // samples across the bars
 constexpr int tallestPatch = 256;
-constexpr float quietZone = 0.06F; // of the length, on both sides
-
-/// The region turned so that its bars stand upright, stretched to `patchLength`, with some paper on
-/// both sides.
-cv::Mat straightened(const cv::Mat& photo, const CodeRegion& region) {
-    const float length = region.length * (1 + 2 * quietZone) + 8;
-    const int rows = std::clamp(static_cast<int>(region.height), 8, tallestPatch);
-    const float stepX = length / patchLength;
-    const float stepY = region.height / static_cast<float>(rows);
-    const float c = std::cos(region.angle);
-    const float s = std::sin(region.angle);
-    // From patch to photo.
-    const float u = -length / 2 + stepX / 2;
-    const float v = -region.height / 2 + stepY / 2;
-    const cv::Matx23f map(stepX * c, -stepY * s, region.centre.x + u * c - v * s, //
-                          stepX * s, stepY * c, region.centre.y + u * s + v * c);
-    cv::Mat patch;
-    cv::warpAffine(photo, patch, map, {patchLength, rows}, cv::INTER_LINEAR | cv::WARP_INVERSE_MAP,
-                   cv::BORDER_REPLICATE);
-    return patch;
-}
-
-/// `bands` rows, each the mean of its part of the patch.
-cv::Mat averaged(const cv::Mat& patch, int bands) {
-    cv::Mat rows;
-    cv::resize(patch, rows, {patch.cols, std::min(bands, patch.rows)}, 0, 0, cv::INTER_AREA);
-    rows.convertTo(rows, CV_32F);
-    return rows;
-}
-
-cv::Mat sharpened(const cv::Mat& rows, double sigma, double strength) {
-    if (strength == 0)
-        return rows;
-    cv::Mat soft;
-    cv::GaussianBlur(rows, soft, {0, 1}, sigma, 0.01, cv::BORDER_REPLICATE);
-    return rows + (rows - soft) * strength;
-}
-
-/// Every row stretched between its sliding minimum and maximum, so that one threshold fits all.
-cv::Mat stretched(const cv::Mat& rows, int window) {
-    const cv::Mat element = cv::getStructuringElement(cv::MORPH_RECT, {window, 1});
-    cv::Mat low;
-    cv::Mat high;
-    cv::erode(rows, low, element);
-    cv::dilate(rows, high, element);
-    cv::blur(low, low, {window, 1});
-    cv::blur(high, high, {window, 1});
-    cv::Mat range = high - low;
-    range = cv::max(range, 12);
-    cv::Mat result;
-    cv::divide(rows - low, range, result, 255);
-    cv::Mat bytes;
-    result.convertTo(bytes, CV_8U);
-    return bytes;
-}
+constexpr float samplesPerStroke = 12;
+constexpr float quietZone = 0.08F; // of the length, on both sides
 
 struct Attempt {
     int bands;
-    double sigma; // in samples
-    double strength;
-    int window;
+    float blur; ///< Taken back, as a part of a stroke.
 };
 
-constexpr std::array attempts{
-    Attempt{16, 8, 1.5, 121}, Attempt{8, 8, 3, 121},   Attempt{16, 8, 0, 161},
-    Attempt{32, 8, 1.5, 121}, Attempt{16, 12, 4, 121}, Attempt{4, 10, 5, 121},
-    Attempt{8, 5, 6, 81},     Attempt{8, 14, 8, 121},
-};
+/// From the cheap ones that read what is clear to those for blurred and disturbed codes.
+constexpr std::array attempts{Attempt{16, 0.3F}, Attempt{8, 0.45F}, Attempt{32, 0},
+                              Attempt{16, 0.5F}, Attempt{4, 0.55F}, Attempt{8, 0.6F},
+                              Attempt{16, 0.1F}, Attempt{4, 0.7F},  Attempt{8, 0.2F}};
 
-/// Bands of all attempts on one scale, so that the same place counts once.
+/// Bands of all attempts on one scale of 32, so that the same place counts once.
 int place(int band, int bands) {
     return (2 * band + 1) * 16 / bands;
 }
 
+/// What the lines read, when that is only a small part of the region.
+CodeRegion narrowed(const CodeRegion& region, float from, float to, const QList<int>& bands) {
+    const auto [first, last] = std::ranges::minmax(bands);
+    const float across = ((from + to) / 2 - 0.5F) * region.length;
+    const float along = (static_cast<float>(first + last) / 2 / 32 - 0.5F) * region.height;
+    const float c = std::cos(region.angle);
+    const float s = std::sin(region.angle);
+    CodeRegion part = region;
+    part.centre += cv::Point2f(across * c - along * s, across * s + along * c);
+    part.length = (to - from) * region.length;
+    part.height = static_cast<float>(last - first + 2) / 32 * region.height;
+    return part;
+}
+
 } // namespace
 
-std::optional<LineReading> readLinearCode(const cv::Mat& photo, const CodeRegion& region) {
-    const cv::Mat patch = straightened(photo, region);
+std::optional<LinearCode> readLinearCode(const cv::Mat& photo, const CodeRegion& region) {
+    const int rows = std::clamp(static_cast<int>(region.height), 4, tallestPatch);
+    const float whole = region.length * (1 + 2 * quietZone);
+    const int columns =
+        std::clamp(static_cast<int>(whole / region.stroke * samplesPerStroke), 600, 3000);
+    const float stroke = region.stroke * static_cast<float>(columns) / whole; // in samples
+    const cv::Mat patch = straightened(photo, region, {columns, rows}, quietZone);
     LineVotes votes;
+    float start = 1;
+    float end = 0;
     for (const Attempt& attempt : attempts) {
-        const cv::Mat rows =
-            stretched(sharpened(averaged(patch, attempt.bands), attempt.sigma, attempt.strength),
-                      attempt.window);
-        for (int band = 0; band < rows.rows; ++band) {
-            if (const std::optional<LineReading> reading = readLine(rows.row(band)))
-                votes.add(place(band, rows.rows), *reading);
+        const cv::Mat lines = barProfiles(patch, attempt.bands, attempt.blur * stroke, stroke);
+        for (int band = 0; band < lines.rows; ++band) {
+            const std::optional<LineCode> code = readLine(lines.row(band));
+            if (!code)
+                continue;
+            votes.add(place(band, lines.rows), code->reading);
+            start = std::min(start, static_cast<float>(code->start) / static_cast<float>(columns));
+            end = std::max(end, static_cast<float>(code->end) / static_cast<float>(columns));
         }
-        if (std::optional<LineReading> winner = votes.winner())
-            return winner;
+        const std::optional<LineVotes::Winner> winner = votes.winner();
+        if (!winner)
+            continue;
+        constexpr float mostOfIt = 0.6F;
+        if (end - start > mostOfIt)
+            return LinearCode{winner->reading, region};
+        const float inner = 1 + 2 * quietZone;
+        const CodeRegion part = narrowed(region, (start - 0.5F) * inner + 0.5F,
+                                         (end - 0.5F) * inner + 0.5F, winner->bands);
+        return LinearCode{winner->reading, codeExtent(photo, part).value_or(part)};
     }
     return std::nullopt;
 }

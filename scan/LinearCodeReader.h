@@ -9,8 +9,13 @@
 
 namespace kopertal {
 
-/// The linear code in the given part of the photo: straightened, averaged along the bars, sharpened
-/// and read line by line. Nothing when there is none that may be believed.
-std::optional<LineReading> readLinearCode(const cv::Mat& photo, const CodeRegion& region);
+struct LinearCode {
+    LineReading reading;
+    CodeRegion region; ///< Where it stands, from its first to its last bar.
+};
+
+/// The linear code in the given region: straightened, averaged along the bars, sharpened and read
+/// line by line. Nothing when there is none that may be believed.
+std::optional<LinearCode> readLinearCode(const cv::Mat& photo, const CodeRegion& region);
 
 } // namespace kopertal

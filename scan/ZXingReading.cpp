@@ -3,7 +3,10 @@
 #define ZX_USE_UTF8
 #include <ZXing/ReadBarcode.h>
 
+#include <algorithm>
 #include <exception>
+#include <utility>
+#include <vector>
 
 namespace kopertal {
 namespace {
@@ -22,7 +25,7 @@ std::optional<LineReading> toReading(const ZXing::Result& result) {
 
 } // namespace
 
-std::optional<LineReading> readLine(const cv::Mat& row) {
+std::optional<LineCode> readLine(const cv::Mat& row) {
     static const ZXing::DecodeHints hints = ZXing::DecodeHints()
                                                 .setFormats(ZXing::BarcodeFormat::LinearCodes)
                                                 .setBinarizer(ZXing::Binarizer::FixedThreshold)
@@ -31,7 +34,13 @@ std::optional<LineReading> readLine(const cv::Mat& row) {
                                                 .setTryDownscale(false)
                                                 .setMinLineCount(1);
     try {
-        return toReading(ZXing::ReadBarcode(view(row), hints));
+        const ZXing::Result result = ZXing::ReadBarcode(view(row), hints);
+        std::optional<LineReading> reading = toReading(result);
+        if (!reading)
+            return std::nullopt;
+        const auto [start, end] =
+            std::minmax(result.position().topLeft().x, result.position().topRight().x);
+        return LineCode{*std::move(reading), start, end};
     } catch (const std::exception&) {
         return std::nullopt;
     }

@@ -8,8 +8,14 @@
 
 namespace kopertal {
 
+struct LineCode {
+    LineReading reading;
+    int start; ///< The first and
+    int end;   ///< the last sample of the code.
+};
+
 /// A linear code in one row of 8-bit samples, dark below 128.
-std::optional<LineReading> readLine(const cv::Mat& row);
+std::optional<LineCode> readLine(const cv::Mat& row);
 
 struct MatrixReading {
     LineReading reading;
