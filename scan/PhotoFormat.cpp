@@ -8,8 +8,6 @@
 namespace kopertal {
 namespace {
 
-using namespace Qt::StringLiterals;
-
 template <typename Integer>
 Integer littleEndian(QByteArrayView bytes, qsizetype at) {
     return qFromLittleEndian<Integer>(bytes.data() + at);

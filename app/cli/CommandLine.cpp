@@ -3,6 +3,7 @@
 #include "app/BuildConfig.h"
 #include "app/cli/Console.h"
 #include "app/cli/GenerateCommand.h"
+#include "app/cli/ScanCommand.h"
 #include "app/cli/TrackCommand.h"
 
 #include <QCoreApplication>
@@ -22,6 +23,7 @@ Użycie: kopertal POLECENIE [ARGUMENTY]
 Polecenia:
   generate   tworzy z adresów wypełnioną książkę nadawczą (.docx)
   track      pyta Pocztę Polską o status przesyłek
+  scan       odczytuje numery ze zdjęć książki nadawczej
 
   -h, --help     pokaż tę pomoc; „kopertal POLECENIE --help” opisuje polecenie
       --version  pokaż wersję
@@ -36,6 +38,7 @@ struct Command {
 constexpr Command commands[] = {
     {"generate", runGenerate},
     {"track", runTrack},
+    {"scan", runScan},
 };
 
 /// The command's exit code; a failure becomes its message, for the user.
