@@ -28,6 +28,16 @@ void onMessage(j_common_ptr jpeg, int level) {
         giveUp(jpeg);
 }
 
+/// One row of a print shop's picture. Adobe's programs store it inverted, and nearly nobody else
+/// writes such files.
+void toGrey(const JSAMPLE* inks, uchar* grey, JDIMENSION width, bool isInverted) {
+    const auto light = [&](JSAMPLE value) { return isInverted ? value : 255 - value; };
+    for (JDIMENSION x = 0; x < width; ++x, inks += 4) {
+        const int colours = (light(inks[0]) * 11 + light(inks[1]) * 16 + light(inks[2]) * 5) / 32;
+        grey[x] = static_cast<uchar>(colours * light(inks[3]) / 255);
+    }
+}
+
 /// Fills `picture`; false on failure. Nothing here may need a destructor: errors jump.
 bool read(jpeg_decompress_struct& jpeg, ErrorManager& errors, QByteArrayView bytes, qint64 largest,
           QImage& picture) {
@@ -39,15 +49,21 @@ bool read(jpeg_decompress_struct& jpeg, ErrorManager& errors, QByteArrayView byt
     jpeg_read_header(&jpeg, TRUE);
     if (qint64(jpeg.image_width) * jpeg.image_height > largest)
         return false;
-    jpeg.out_color_space = JCS_GRAYSCALE;
+    const bool isInInks = jpeg.jpeg_color_space == JCS_CMYK || jpeg.jpeg_color_space == JCS_YCCK;
+    jpeg.out_color_space = isInInks ? JCS_CMYK : JCS_GRAYSCALE;
     jpeg_start_decompress(&jpeg);
     picture = QImage(static_cast<int>(jpeg.output_width), static_cast<int>(jpeg.output_height),
                      QImage::Format_Grayscale8);
     if (picture.isNull())
         return false;
+    JSAMPARRAY inks = isInInks ? jpeg.mem->alloc_sarray(reinterpret_cast<j_common_ptr>(&jpeg),
+                                                        JPOOL_IMAGE, jpeg.output_width * 4, 1)
+                               : nullptr;
     while (jpeg.output_scanline < jpeg.output_height) {
         JSAMPROW row = picture.scanLine(static_cast<int>(jpeg.output_scanline));
-        jpeg_read_scanlines(&jpeg, &row, 1);
+        jpeg_read_scanlines(&jpeg, inks ? inks : &row, 1);
+        if (inks)
+            toGrey(*inks, row, jpeg.output_width, jpeg.saw_Adobe_marker);
     }
     return true;
 }

@@ -1,6 +1,7 @@
 #include "scan/LinearCodeReader.h"
 
 #include "scan/BarProfile.h"
+#include "scan/Code128Matching.h"
 #include "scan/CodeExtent.h"
 #include "scan/ZXingReading.h"
 
@@ -77,6 +78,10 @@ std::optional<LinearCode> readLinearCode(const cv::Mat& photo, const CodeRegion&
                                          (end - 0.5F) * inner + 0.5F, winner->bands);
         return LinearCode{winner->reading, codeExtent(photo, part).value_or(part)};
     }
+    const float margin = static_cast<float>(columns) * quietZone / (1 + 2 * quietZone);
+    if (const std::optional<QString> number =
+            matchLetterNumber(patch, margin, static_cast<float>(columns) - margin, stroke))
+        return LinearCode{{*number, QStringLiteral("Code128")}, region};
     return std::nullopt;
 }
 

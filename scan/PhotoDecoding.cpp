@@ -82,11 +82,8 @@ QImage decode(QByteArrayView bytes) {
     reader.setAutoDetectImageFormat(false);
     reader.setAutoTransform(false);
     const QImageIOHandler::Transformations upright = reader.transformation();
-    if (format == PhotoFormat::jpeg) {
-        const QImage grey = decodeJpeg(bytes, largestJpeg);
-        if (!grey.isNull())
-            return turned(grey, upright);
-    }
+    if (format == PhotoFormat::jpeg)
+        return turned(decodeJpeg(bytes, largestJpeg), upright);
     const QSize size = reader.size();
     if (!size.isValid() || qint64(size.width()) * size.height() > largestPhoto)
         return {};

@@ -38,9 +38,9 @@ std::optional<LineCode> readLine(const cv::Mat& row) {
         std::optional<LineReading> reading = toReading(result);
         if (!reading)
             return std::nullopt;
-        const auto [start, end] =
-            std::minmax(result.position().topLeft().x, result.position().topRight().x);
-        return LineCode{*std::move(reading), start, end};
+        const int start = result.position().topLeft().x;
+        const int end = result.position().topRight().x;
+        return LineCode{*std::move(reading), std::min(start, end), std::max(start, end)};
     } catch (const std::exception&) {
         return std::nullopt;
     }

@@ -35,8 +35,8 @@ Shot drawShot(Difficulty difficulty, cv::RNG& random) {
         shot.turn = between(-20, 20);
         shot.perspective = between(0.02, 0.12);
         shot.bend = between(0, 12);
-        shot.blur = between(0.8, 1.5);
-        shot.motion = between(0, 2.5);
+        shot.blur = between(0.6, 1.1);
+        shot.motion = between(0, 1.8);
         shot.noise = between(3, 8);
         shot.shadow = between(0.1, 0.5);
         shot.vignette = between(0.1, 0.3);
@@ -49,8 +49,8 @@ Shot drawShot(Difficulty difficulty, cv::RNG& random) {
         shot.turn = between(-45, 45);
         shot.perspective = between(0.08, 0.2);
         shot.bend = between(0, 25);
-        shot.blur = between(1.1, 1.9);
-        shot.motion = between(0, 4);
+        shot.blur = between(0.8, 1.5);
+        shot.motion = between(0, 3);
         shot.noise = between(5, 12);
         shot.shadow = between(0.3, 0.7);
         shot.vignette = between(0.1, 0.4);
