@@ -15,7 +15,7 @@ constexpr int code128Modules = 11; ///< Of every symbol but the stop symbol, whi
 
 /// The widths of a symbol's bars and spaces, in modules, a bar first.
 std::array<int, 6> code128Widths(int symbol);
-constexpr std::array code128StopWidths{2, 3, 3, 1, 1, 1, 2};
+inline constexpr std::array code128StopWidths{2, 3, 3, 1, 1, 1, 2};
 
 /// The text of the symbols from the start symbol to the check symbol; nothing when the check symbol
 /// is wrong or the symbols mean nothing. Function characters are left out.
