@@ -173,9 +173,10 @@ Page registerPage(cv::RNG& random, const PageOptions& options) {
         const CodeText text = anyCode(random, options.otherCodes);
         const double fitting = std::min(0.33, (numberColumnWidth + random.uniform(-3.0, 6.0)) /
                                                   (modulesOf(text) + 20));
-        const double moduleSize = isLinear(text)
-                                      ? (options.moduleSize > 0 ? options.moduleSize : fitting)
-                                      : std::min(0.4, 11 / modulesOf(text));
+        const double moduleSize =
+            isLinear(text) ? (options.moduleSize > 0 ? options.moduleSize : fitting)
+                           : std::min(0.4, (text.format == QLatin1String("PDF417") ? 40 : 11) /
+                                               modulesOf(text));
         const Label label = makeLabel(text, moduleSize, random.uniform(6.0, 8.5), scale, random);
         const cv::Point2d centre(numberColumn + numberColumnWidth / 2 + random.uniform(-2.0, 2.0),
                                  firstRow + (rows[static_cast<size_t>(i)] + 0.5) * rowHeight +

@@ -35,9 +35,9 @@ Shot drawShot(Difficulty difficulty, cv::RNG& random) {
         shot.turn = between(-20, 20);
         shot.perspective = between(0.02, 0.12);
         shot.bend = between(0, 12);
-        shot.blur = between(0.6, 1.1);
-        shot.motion = between(0, 1.8);
-        shot.noise = between(3, 8);
+        shot.blur = between(0.5, 0.9);
+        shot.motion = between(0, 1.4);
+        shot.noise = between(3, 7);
         shot.shadow = between(0.1, 0.5);
         shot.vignette = between(0.1, 0.3);
         shot.exposure = between(0.7, 1);
@@ -45,12 +45,12 @@ Shot drawShot(Difficulty difficulty, cv::RNG& random) {
         shot.glares = random.uniform(0, 2);
         break;
     case Difficulty::hard:
-        shot.fill = between(0.75, 0.95);
-        shot.turn = between(-45, 45);
-        shot.perspective = between(0.08, 0.2);
+        shot.fill = between(0.85, 1.0);
+        shot.turn = between(-25, 25);
+        shot.perspective = between(0.05, 0.15);
         shot.bend = between(0, 25);
-        shot.blur = between(0.8, 1.5);
-        shot.motion = between(0, 3);
+        shot.blur = between(0.7, 1.3);
+        shot.motion = between(0, 2.4);
         shot.noise = between(5, 12);
         shot.shadow = between(0.3, 0.7);
         shot.vignette = between(0.1, 0.4);
