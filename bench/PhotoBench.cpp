@@ -43,9 +43,7 @@ int make(const QStringList& arguments) {
     const auto level = levels.indexOf(arguments.at(1));
     PhotoRecipe recipe;
     recipe.difficulty = static_cast<Difficulty>(level <= 2 ? level : 1);
-    recipe.subject = level == 3   ? Subject::closeUp
-                     : level == 4 ? Subject::codeless
-                                  : Subject::page;
+    recipe.subject = level == 3 ? Subject::closeUp : level == 4 ? Subject::codeless : Subject::page;
     if (arguments.size() > 4)
         recipe.megapixels = arguments.at(4).toDouble();
     for (recipe.seed = arguments.at(2).toULongLong(); recipe.seed <= arguments.at(3).toULongLong();
@@ -89,7 +87,8 @@ Codes readPlain(const QByteArray& bytes) {
                                   ZXing::ImageFormat::Lum, static_cast<int>(photo.bytesPerLine())},
                                  hints))
             text += ZXing::ToString(result.format()) + (' ' + result.text()) + '\n';
-        [[maybe_unused]] const auto written = write(pipeEnds[1], text.constData(), static_cast<size_t>(text.size()));
+        [[maybe_unused]] const auto written =
+            write(pipeEnds[1], text.constData(), static_cast<size_t>(text.size()));
         _exit(0);
     }
     close(pipeEnds[1]);
@@ -102,7 +101,8 @@ Codes readPlain(const QByteArray& bytes) {
 
 int run(const QStringList& arguments) {
     const Reader reader = arguments.contains("--plain") ? readPlain : readOurs;
-    out << "folder                    linear    read          2D    read   false   median s    p95 s\n";
+    out << "folder                    linear    read          2D    read   false   median s    p95 "
+           "s\n";
     for (const QString& path : arguments) {
         if (path.startsWith('-'))
             continue;
@@ -130,7 +130,8 @@ int run(const QStringList& arguments) {
                     out << name << " missed " << code.format << ' ' << code.text << " at "
                         << corner[0].toInt() << ',' << corner[1].toInt() << '\n';
                     for (const QJsonValue& c : value.toArray()[2].toArray())
-                        out << c.toArray()[0].toDouble() << ' ' << c.toArray()[1].toDouble() << "  ";
+                        out << c.toArray()[0].toDouble() << ' ' << c.toArray()[1].toDouble()
+                            << "  ";
                     out << '\n';
                 }
             }

@@ -19,7 +19,7 @@ struct Search {
 };
 
 /// Labels on a page; single labels that fill the frame.
-constexpr std::array searches{Search{4000, 10}, Search{1300, 10}};
+constexpr std::array searches{Search{4000, 10}, Search{2000, 6}, Search{1000, 8}};
 constexpr int window = 3; // cells over which directions are compared
 
 /// Edges are strong in print and weak in shadow or blur: from strict to lenient, so that a code is
