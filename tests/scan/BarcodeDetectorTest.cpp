@@ -34,8 +34,9 @@ QStringList sortedTexts(const QList<PlacedCode>& codes) {
 QRectF placeOf(const PlacedCode& placed, const QSize& photo) {
     const auto [left, right] = std::ranges::minmax(placed.corners, {}, &cv::Point2f::x);
     const auto [top, bottom] = std::ranges::minmax(placed.corners, {}, &cv::Point2f::y);
-    return QRectF(QPointF(left.x / photo.width(), 1 - bottom.y / photo.height()),
-                  QPointF(right.x / photo.width(), 1 - top.y / photo.height()));
+    const QSizeF size(photo);
+    return QRectF(QPointF(double(left.x) / size.width(), 1 - double(bottom.y) / size.height()),
+                  QPointF(double(right.x) / size.width(), 1 - double(top.y) / size.height()));
 }
 
 CodeText code(const char* format, const char* text) {

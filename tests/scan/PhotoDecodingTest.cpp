@@ -59,7 +59,8 @@ QByteArray encodeHeif(heif_compression_format format) {
 
 /// One frame of 2 × 1 pixels, black and white.
 const QByteArray gif = QByteArray::fromHex("47494638396102000100800000000000ffffff"
-                                           "2c000000000200010000020244" "0a003b");
+                                           "2c000000000200010000020244"
+                                           "0a003b");
 
 QByteArray encoded(const QByteArray& format) {
     if (format == "heic")
@@ -146,7 +147,8 @@ private Q_SLOTS:
         QTest::newRow("empty") << QByteArray();
         QTest::newRow("text") << QByteArray("RR473124829PL");
         QTest::newRow("drawing") << QByteArray(
-            R"(<svg xmlns="http://www.w3.org/2000/svg" width="9" height="9"><rect width="9" height="9"/></svg>)");
+            "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" height=\"9\"><rect width=\"9\" "
+            "height=\"9\"/></svg>");
         QTest::newRow("portable map") << QByteArray("P5 2 2 255 abcd");
         QTest::newRow("JPEG's marker alone") << QByteArray("\xff\xd8\xff");
         QTest::newRow("huge PNG") << pngClaiming(100'000, 100'000);

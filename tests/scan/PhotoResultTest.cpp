@@ -107,17 +107,19 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("answer");
         QTest::newRow("empty") << QByteArray();
         QTest::newRow("no JSON") << QByteArray("Segmentation fault");
-        QTest::newRow("an object") << QByteArray(R"({"outcome":"none"})");
+        QTest::newRow("an object") << QByteArray("{\"outcome\":\"none\"}");
         QTest::newRow("no photo") << QByteArray("[]");
-        QTest::newRow("two photos") << QByteArray(R"([{"outcome":"none"},{"outcome":"none"}])");
-        QTest::newRow("unknown outcome") << QByteArray(R"([{"outcome":"perhaps"}])");
+        QTest::newRow("two photos")
+            << QByteArray("[{\"outcome\":\"none\"},{\"outcome\":\"none\"}]");
+        QTest::newRow("unknown outcome") << QByteArray("[{\"outcome\":\"perhaps\"}]");
         QTest::newRow("numbers in none")
-            << QByteArray(R"([{"outcome":"none","numbers":[{"text":"1"}]}])");
+            << QByteArray("[{\"outcome\":\"none\",\"numbers\":[{\"text\":\"1\"}]}]");
         QTest::newRow("not clean")
-            << QByteArray(R"([{"outcome":"numbers","numbers":[{"text":"\u001b[2J"}]}])");
+            << QByteArray("[{\"outcome\":\"numbers\",\"numbers\":[{\"text\":\"\\u001b[2J\"}]}]");
         QTest::newRow("empty number")
-            << QByteArray(R"([{"outcome":"numbers","numbers":[{"text":""}]}])");
-        QTest::newRow("cut off") << QByteArray(R"([{"outcome":"numbers","numbers":[{"text":"1"})");
+            << QByteArray("[{\"outcome\":\"numbers\",\"numbers\":[{\"text\":\"\"}]}]");
+        QTest::newRow("cut off") << QByteArray(
+            "[{\"outcome\":\"numbers\",\"numbers\":[{\"text\":\"1\"}");
     }
     void refusesWhatIsNoAnswer() {
         QFETCH(QByteArray, answer);
