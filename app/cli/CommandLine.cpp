@@ -3,6 +3,7 @@
 #include "app/BuildConfig.h"
 #include "app/cli/Console.h"
 #include "app/cli/GenerateCommand.h"
+#include "app/cli/ScanCommand.h"
 #include "app/cli/ServeCommand.h"
 #include "app/cli/TrackCommand.h"
 
@@ -28,6 +29,7 @@ Bez polecenia otwiera okno programu, z adresami z PLIKU, jeśli go podano.
 Polecenia:
   generate   tworzy z adresów wypełnioną książkę nadawczą (.docx)
   serve      odbiera zdjęcia z telefonu w tej samej sieci
+  scan       odczytuje numery ze zdjęć książki nadawczej
   track      pyta Pocztę Polską o status przesyłek
 
   -h, --help     pokaż tę pomoc; „kopertal POLECENIE --help” opisuje polecenie
@@ -42,6 +44,7 @@ struct Command {
 
 constexpr Command commands[] = {
     {"generate", runGenerate},
+    {"scan", runScan},
     {"serve", runServe},
     {"track", runTrack},
 };

@@ -2,9 +2,12 @@
 
 #include "app/cli/Console.h"
 #include "app/cli/PhotoFile.h"
+#include "app/cli/PhotoNumbers.h"
 #include "app/cli/StopOnSignal.h"
 #include "app/cli/Usage.h"
+#include "net/Deliver.h"
 #include "scan/LocalAddress.h"
+#include "scan/PhotoRecognizer.h"
 #include "scan/QrCode.h"
 #include "scan/ScanServer.h"
 
@@ -27,14 +30,15 @@ const char* const serveHelp =
     R"(Użycie: kopertal serve [--port N] [--save-photos FOLDER]
 
 Odbiera zdjęcia z telefonu w tej samej sieci: otwórz na nim podany adres albo
-zeskanuj kod QR. Działa do Ctrl+C.
+zeskanuj kod QR. Wypisuje numery z każdego zdjęcia. Działa do Ctrl+C.
 
       --port N              port serwera, 1–65535 (domyślnie: dowolny wolny)
       --save-photos FOLDER  zapisuj zdjęcia w FOLDERZE jako zdjecie_RRRRMMDD_GGMMSS,
                             zawsze pod wolną nazwą
   -h, --help                pokaż tę pomoc
 
-Adres, kod QR i komunikaty trafiają na standardowe wyjście błędów.)";
+Numery trafiają na standardowe wyjście, po jednym w wierszu; adres, kod QR
+i komunikaty na standardowe wyjście błędów.)";
 
 namespace {
 
@@ -132,6 +136,17 @@ bool receive(const ReceivedPhoto& photo, const std::optional<QString>& folder) {
     }
 }
 
+/// The received photo for the recogniser, without a copy.
+PhotoBytes photoBytes(const ReceivedPhoto& photo) {
+    return {photo.photo(), photo.whole(), std::make_shared<ReceivedPhoto>(photo)};
+}
+
+RecognizerOptions recognizerOptions() {
+    RecognizerOptions options;
+    options.program = QCoreApplication::applicationFilePath();
+    return options;
+}
+
 int serve(const Options& options) {
     if (options.folder && !isUsable(*options.folder))
         return failed;
@@ -141,9 +156,14 @@ int serve(const Options& options) {
                                   Qt::QueuedConnection);
     });
     bool isAllKept = true;
+    PhotoRecognizer recognizer(recognizerOptions());
     ScanServer server;
     server.onPhotoReceived([&](const ReceivedPhoto& photo) {
         isAllKept = receive(photo, options.folder) && isAllKept;
+        deliver(recognizer.recognize(photoBytes(photo)), &recognizer,
+                [&isAllKept](const PhotoResult& result) {
+                    isAllKept = printNumbers(QStringLiteral("Zdjęcie"), result) && isAllKept;
+                });
     });
     server.start(options.port);
     if (server.port() == 0) {

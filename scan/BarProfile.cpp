@@ -1,0 +1,73 @@
+#include "scan/BarProfile.h"
+
+#include <opencv2/imgproc.hpp>
+
+#include <algorithm>
+#include <cmath>
+
+namespace kopertal {
+namespace {
+
+/// `bands` rows, each the mean of its part of the patch.
+cv::Mat averaged(const cv::Mat& patch, int bands) {
+    cv::Mat rows;
+    cv::resize(patch, rows, {patch.cols, std::min(bands, patch.rows)}, 0, 0, cv::INTER_AREA);
+    rows.convertTo(rows, CV_32F);
+    return rows;
+}
+
+/// Wiener's filter against a Gaussian blur: what the blur left is raised again, as far as it stands
+/// out from the noise.
+cv::Mat sharpened(const cv::Mat& rows, float blur) {
+    if (blur <= 0)
+        return rows;
+    constexpr float noise = 0.004F; // power, against that of the bars
+    const int margin = static_cast<int>(4 * blur) + 8;
+    cv::Mat wide;
+    cv::copyMakeBorder(rows, wide, 0, 0, margin,
+                       cv::getOptimalDFTSize(rows.cols + 2 * margin) - rows.cols - margin,
+                       cv::BORDER_REFLECT);
+    cv::Mat spectrum;
+    cv::dft(wide, spectrum, cv::DFT_ROWS);
+    // The packed form: one real number, then pairs of a real and an imaginary part.
+    cv::Mat gain(1, wide.cols, CV_32F);
+    for (int i = 0; i < wide.cols; ++i) {
+        const double frequency = 2 * CV_PI * ((i + 1) / 2) / wide.cols;
+        const auto left = static_cast<float>(std::exp(-0.5 * blur * blur * frequency * frequency));
+        gain.at<float>(0, i) = left / (left * left + noise) * (1 + noise);
+    }
+    for (int y = 0; y < spectrum.rows; ++y) {
+        cv::Mat row = spectrum.row(y);
+        cv::multiply(row, gain, row);
+    }
+    cv::idft(spectrum, wide, cv::DFT_ROWS | cv::DFT_SCALE);
+    return wide.colRange(margin, margin + rows.cols);
+}
+
+/// Every row stretched between its sliding minimum and maximum, so that one threshold fits all.
+cv::Mat stretched(const cv::Mat& rows, int window) {
+    const cv::Mat element = cv::getStructuringElement(cv::MORPH_RECT, {window, 1});
+    cv::Mat low;
+    cv::Mat high;
+    cv::erode(rows, low, element);
+    cv::dilate(rows, high, element);
+    cv::blur(low, low, {window, 1});
+    cv::blur(high, high, {window, 1});
+    cv::Mat range = high - low;
+    range = cv::max(range, 12);
+    cv::Mat result;
+    cv::divide(rows - low, range, result, 255);
+    cv::Mat bytes;
+    result.convertTo(bytes, CV_8U);
+    return bytes;
+}
+
+} // namespace
+
+cv::Mat barProfiles(const cv::Mat& patch, int bands, float blur, float stroke) {
+    constexpr float widestWindow = 8; // strokes
+    return stretched(sharpened(averaged(patch, bands), blur),
+                     static_cast<int>(stroke * widestWindow) | 1);
+}
+
+} // namespace kopertal

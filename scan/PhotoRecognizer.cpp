@@ -1,0 +1,68 @@
+#include "scan/PhotoRecognizer.h"
+
+#include "scan/PhotoProcess.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace kopertal {
+
+PhotoBytes photoBytes(const QByteArray& photo) {
+    const auto owner = std::make_shared<const QByteArray>(photo);
+    return {*owner, *owner, owner};
+}
+
+PhotoRecognizer::PhotoRecognizer(RecognizerOptions options, QObject* parent)
+    : QObject(parent), m_options(std::move(options)) {
+}
+
+PhotoRecognizer::~PhotoRecognizer() {
+    qDeleteAll(findChildren<PhotoProcess*>());
+    for (const std::shared_ptr<Job>& job : std::as_const(m_waiting)) {
+        job->promise.addResult(PhotoResult{});
+        job->promise.finish();
+    }
+}
+
+QFuture<PhotoResult> PhotoRecognizer::recognize(const PhotoBytes& photo) {
+    const auto job = std::make_shared<Job>();
+    job->photo = photo;
+    job->promise.start();
+    m_waiting.enqueue(job);
+    startNext();
+    return job->promise.future();
+}
+
+void PhotoRecognizer::startNext() {
+    while (m_running < std::max(1, m_options.atOnce) && !m_waiting.isEmpty())
+        start(m_waiting.dequeue());
+}
+
+void PhotoRecognizer::start(std::shared_ptr<Job> job) {
+    ++m_running;
+    auto* const process =
+        new PhotoProcess(m_options, job->isWhole ? job->photo.whole : job->photo.photo, this);
+    connect(process, &PhotoProcess::finished, this,
+            [this, process, job](const PhotoResult& result) {
+                process->deleteLater();
+                --m_running;
+                finish(job, result);
+                startNext();
+            });
+    process->start();
+}
+
+void PhotoRecognizer::finish(const std::shared_ptr<Job>& job, const PhotoResult& result) {
+    const bool hasMore = job->photo.whole.size() > job->photo.photo.size();
+    if (!job->isWhole && hasMore && result.outcome != PhotoOutcome::numbers) {
+        job->isWhole = true;
+        job->earlier = result;
+        m_waiting.prepend(job);
+        return;
+    }
+    const bool isBetter = result.outcome >= job->earlier.outcome;
+    job->promise.addResult(isBetter ? result : job->earlier);
+    job->promise.finish();
+}
+
+} // namespace kopertal

@@ -1,0 +1,199 @@
+#include "scan/PhotoRecognizer.h"
+
+#include "scan/WorkerSandbox.h"
+#include "tests/support/photo/RegisterPhoto.h"
+
+#include <QElapsedTimer>
+#include <QProcess>
+#include <QTest>
+
+#include <cerrno>
+#include <fcntl.h>
+#include <memory>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+
+using namespace kopertal;
+using namespace kopertal::test;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr int patience = 60'000; // ms, for a loaded machine
+
+/// A recognition process that does what a shell is told.
+RecognizerOptions shell(const QString& script) {
+    RecognizerOptions options;
+    options.program = QStringLiteral("/bin/sh");
+    options.arguments = {QStringLiteral("-c"), script};
+    options.patience = 2s;
+    return options;
+}
+
+RecognizerOptions program() {
+    RecognizerOptions options;
+    options.program = QStringLiteral(KOPERTAL_PROGRAM);
+    return options;
+}
+
+PhotoResult recognize(PhotoRecognizer& recognizer, const PhotoBytes& photo) {
+    const QFuture<PhotoResult> result = recognizer.recognize(photo);
+    if (!QTest::qWaitFor([&] { return result.isFinished(); }, patience) ||
+        result.resultCount() != 1)
+        qFatal("The recognition did not give one result");
+    return result.result();
+}
+
+QStringList texts(const PhotoResult& result) {
+    QStringList texts;
+    for (const Barcode& number : result.numbers)
+        texts.append(number.text);
+    return texts;
+}
+
+RegisterPhoto screenshot(const char* format = "png") {
+    return makeScreenshot({{QStringLiteral("Code128"), QStringLiteral("RR473124829PL")}}, format);
+}
+
+/// Runs `attempt` in a child that has entered the sandbox; gives what it returned.
+int inSandbox(int (*attempt)()) {
+    const pid_t child = fork();
+    if (child == 0) {
+        if (!enterSandbox().isEmpty())
+            _exit(100);
+        _exit(attempt());
+    }
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 101;
+}
+
+} // namespace
+
+class PhotoRecognizerTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void outlivesAnyProcess_data() {
+        QTest::addColumn<QString>("script");
+        QTest::newRow("is killed") << "cat >/dev/null; kill -9 $$";
+        QTest::newRow("aborts") << "cat >/dev/null; kill -6 $$";
+        QTest::newRow("ends before it reads") << "exit 0";
+        QTest::newRow("fails") << "cat >/dev/null; exit 3";
+        QTest::newRow("sleeps forever") << "cat >/dev/null; exec sleep 600";
+        QTest::newRow("never reads") << "exec sleep 600";
+        QTest::newRow("closes its output and sleeps") << "exec >&-; exec sleep 600";
+        QTest::newRow("answers nonsense") << "cat >/dev/null; echo '[{]'";
+        QTest::newRow("answers without end") << "cat >/dev/null; exec yes";
+        QTest::newRow("answers and dies") << R"(echo '[{"outcome":"none"}]'; kill -9 $$)";
+    }
+    void outlivesAnyProcess() {
+        QFETCH(QString, script);
+        PhotoRecognizer recognizer(shell(script));
+        QElapsedTimer timer;
+        timer.start();
+        const PhotoBytes photo = photoBytes(QByteArray(3'000'000, 'x'));
+        QCOMPARE(recognize(recognizer, photo).outcome, PhotoOutcome::unreadable);
+        QVERIFY(timer.elapsed() < 20'000);
+        QCOMPARE(recognize(recognizer, photo).outcome, PhotoOutcome::unreadable);
+    }
+
+    void reportsAProgramThatIsNotThere() {
+        RecognizerOptions options;
+        options.program = QStringLiteral("/nonexistent");
+        PhotoRecognizer recognizer(options);
+        QCOMPARE(recognize(recognizer, photoBytes("x")).outcome, PhotoOutcome::unreadable);
+    }
+
+    void finishesWhatItLeavesBehind() {
+        auto recognizer = std::make_unique<PhotoRecognizer>(shell("exec sleep 600"));
+        std::vector<QFuture<PhotoResult>> results;
+        for (int i = 0; i < 5; ++i)
+            results.push_back(recognizer->recognize(photoBytes("x")));
+        QTest::qWait(100);
+        recognizer.reset();
+        for (const QFuture<PhotoResult>& result : results) {
+            QVERIFY(result.isFinished());
+            QCOMPARE(result.resultCount(), 1);
+        }
+    }
+
+    void worksOnAFewAtATime() {
+        RecognizerOptions options =
+            shell(R"(cat >/dev/null; sleep 0.3; echo '[{"outcome":"none"}]')");
+        options.patience = 20s;
+        PhotoRecognizer recognizer(options);
+        std::vector<QFuture<PhotoResult>> results;
+        for (int i = 0; i < 5; ++i)
+            results.push_back(recognizer.recognize(photoBytes("x")));
+        QVERIFY(QTest::qWaitFor([&] { return results.back().isFinished(); }, patience));
+        for (const QFuture<PhotoResult>& result : results)
+            QCOMPARE(result.result().outcome, PhotoOutcome::none);
+    }
+
+    void readsAPhoto() {
+        PhotoRecognizer recognizer(program());
+        QCOMPARE(texts(recognize(recognizer, photoBytes(screenshot().jpeg))),
+                 QStringList{"RR473124829PL"});
+        QCOMPARE(recognize(recognizer, photoBytes("no photo")).outcome, PhotoOutcome::unreadable);
+        QCOMPARE(recognize(recognizer, photoBytes({})).outcome, PhotoOutcome::unreadable);
+    }
+
+    void readsEveryFormatWithoutRights_data() {
+        QTest::addColumn<QByteArray>("format");
+        for (const char* format : {"jpeg", "png", "webp", "tiff", "bmp"})
+            QTest::newRow(format) << QByteArray(format);
+    }
+    void readsEveryFormatWithoutRights() {
+        QFETCH(QByteArray, format);
+        PhotoRecognizer recognizer(program());
+        QCOMPARE(texts(recognize(recognizer, photoBytes(screenshot(format.constData()).jpeg))),
+                 QStringList{"RR473124829PL"});
+    }
+
+    void triesTheWholeUpload() {
+        // What follows a JPEG's marker in the middle of a PNG is rubbish.
+        QByteArray upload = screenshot().jpeg;
+        const auto owner = std::make_shared<const QByteArray>(upload);
+        const QByteArrayView whole(*owner);
+        PhotoRecognizer recognizer(program());
+        QCOMPARE(texts(recognize(recognizer, {whole.sliced(whole.size() / 2), whole, owner})),
+                 QStringList{"RR473124829PL"});
+        QCOMPARE(texts(recognize(recognizer, {whole, whole, owner})), QStringList{"RR473124829PL"});
+    }
+
+    void givesUpItsRights() {
+        QCOMPARE(inSandbox([] { return open("/etc/hostname", O_RDONLY) < 0 ? 0 : 1; }), 0);
+        QCOMPARE(inSandbox([] {
+                     return open("/tmp/kopertal-new", O_CREAT | O_WRONLY, 0600) < 0 ? 0 : 1;
+                 }),
+                 0);
+        QCOMPARE(inSandbox([] { return socket(AF_INET, SOCK_STREAM, 0) < 0 ? 0 : 1; }), 0);
+        QCOMPARE(inSandbox([] { return socket(AF_UNIX, SOCK_STREAM, 0) < 0 ? 0 : 1; }), 0);
+        QCOMPARE(inSandbox([] { return fork() < 0 ? 0 : 1; }), 0);
+        QCOMPARE(inSandbox([] {
+                     char* const arguments[] = {nullptr};
+                     execve("/bin/true", arguments, arguments);
+                     return errno == EPERM ? 0 : 1;
+                 }),
+                 0);
+        QCOMPARE(inSandbox([] { return fcntl(3, F_GETFD) < 0 ? 0 : 1; }), 0);
+#ifndef __SANITIZE_ADDRESS__
+        QCOMPARE(inSandbox([] { return malloc(size_t(2) << 30) == nullptr ? 0 : 1; }), 0);
+#endif
+    }
+
+    void endsWithItsStarter() {
+        QProcess worker;
+        worker.start(QStringLiteral(KOPERTAL_PROGRAM), {"scan", "--json", "-"});
+        QVERIFY(worker.waitForStarted());
+        QTest::qWait(500);
+        worker.closeReadChannel(QProcess::StandardOutput); // as at the starter's end
+        QVERIFY(worker.waitForFinished(5000));
+    }
+};
+
+QTEST_GUILESS_MAIN(PhotoRecognizerTest)
+#include "PhotoRecognizerTest.moc"
