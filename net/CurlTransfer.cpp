@@ -166,12 +166,15 @@ bool CurlTransfer::append(const char* data, std::size_t size) noexcept {
     const HttpOptions& options = m_context.options;
     m_tooLarge = size > options.maxBodyBytes - m_body.size() ||
                  m_context.bytesHeld + size > options.maxTotalBytes;
-    if (m_tooLarge)
-        return false;
     try {
-        m_body.append(data, size);
+        if (!m_tooLarge)
+            m_body.append(data, size);
     } catch (const std::bad_alloc&) {
         m_tooLarge = true;
+    }
+    if (m_tooLarge) { // at once, or the other answers under way find no room either
+        m_context.bytesHeld -= m_body.size();
+        std::string().swap(m_body);
         return false;
     }
     m_context.bytesHeld += size;
