@@ -45,6 +45,7 @@ cv::Mat sharpened(const cv::Mat& rows, float blur) {
 }
 
 /// Every row stretched between its sliding minimum and maximum, so that one threshold fits all.
+/// Where nothing is printed, it is white.
 cv::Mat stretched(const cv::Mat& rows, int window) {
     const cv::Mat element = cv::getStructuringElement(cv::MORPH_RECT, {window, 1});
     cv::Mat low;
@@ -54,11 +55,13 @@ cv::Mat stretched(const cv::Mat& rows, int window) {
     cv::blur(low, low, {window, 1});
     cv::blur(high, high, {window, 1});
     cv::Mat range = high - low;
-    range = cv::max(range, 12);
+    double strongest = 0;
+    cv::minMaxLoc(range, nullptr, &strongest);
+    range = cv::max(range, std::max(8.0, 0.12 * strongest));
     cv::Mat result;
-    cv::divide(rows - low, range, result, 255);
+    cv::divide(high - rows, range, result, 255);
     cv::Mat bytes;
-    result.convertTo(bytes, CV_8U);
+    result.convertTo(bytes, CV_8U, -1, 255);
     return bytes;
 }
 

@@ -19,7 +19,8 @@ constexpr int context = 1;   // modules beside a symbol: a space before it, a ba
 constexpr int templateModules = code128Modules + 2 * context;
 constexpr int templateSize = templateModules * perModule;
 constexpr int stopModules = 13;
-constexpr int bandCount = 12;
+/// Many bands part what is hidden from what is not; few bear more noise.
+constexpr std::array bandCounts{12, 3};
 
 /// Zero mean, unit length.
 void normalise(cv::Mat row) {
@@ -197,10 +198,8 @@ std::optional<QString> match(const cv::Mat& bands, Grid grid, int count, const c
     return letterNumber(symbols);
 }
 
-} // namespace
-
-std::optional<QString> matchLetterNumber(const cv::Mat& patch, float start, float end,
-                                         float stroke) {
+std::optional<QString> matchBands(const cv::Mat& patch, int bandCount, float start, float end,
+                                  float stroke) {
     cv::Mat upright;
     cv::resize(patch, upright, {patch.cols, std::min(bandCount, patch.rows)}, 0, 0, cv::INTER_AREA);
     upright.convertTo(upright, CV_32F);
@@ -225,6 +224,17 @@ std::optional<QString> matchLetterNumber(const cv::Mat& patch, float start, floa
                     return text;
             }
         }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+std::optional<QString> matchLetterNumber(const cv::Mat& patch, float start, float end,
+                                         float stroke) {
+    for (const int bandCount : bandCounts) {
+        if (std::optional<QString> text = matchBands(patch, bandCount, start, end, stroke))
+            return text;
     }
     return std::nullopt;
 }

@@ -40,6 +40,14 @@ cv::Mat reduced(const cv::Mat& picture, int longSide) {
     return result;
 }
 
+/// What noise alone gives: the energy of the calmer cells, paper mostly.
+float noiseFloor(const cv::Mat& energy) {
+    std::vector<float> values(energy.begin<float>(), energy.end<float>());
+    const auto calm = values.begin() + static_cast<ptrdiff_t>(values.size() / 4);
+    std::nth_element(values.begin(), calm, values.end());
+    return *calm;
+}
+
 /// The energy of cells with one direction of edges; 0 where there are several.
 cv::Mat coherentEnergy(const SlopeGrid& grid) {
     cv::Mat xx;
@@ -48,6 +56,7 @@ cv::Mat coherentEnergy(const SlopeGrid& grid) {
     cv::boxFilter(grid.xx, xx, -1, {window, window});
     cv::boxFilter(grid.yy, yy, -1, {window, window});
     cv::boxFilter(grid.xy, xy, -1, {window, window});
+    const float noise = noiseFloor(xx + yy);
     cv::Mat energy(xx.size(), CV_32F);
     for (int row = 0; row < energy.rows; ++row) {
         const auto* a = xx.ptr<float>(row);
@@ -55,7 +64,7 @@ cv::Mat coherentEnergy(const SlopeGrid& grid) {
         const auto* c = xy.ptr<float>(row);
         auto* out = energy.ptr<float>(row);
         for (int i = 0; i < energy.cols; ++i) {
-            const float sum = a[i] + b[i];
+            const float sum = std::max(0.0F, a[i] + b[i] - noise);
             const float difference = a[i] - b[i];
             const float coherent = difference * difference + 4 * c[i] * c[i];
             out[i] = coherent > leastCoherence * leastCoherence * sum * sum ? sum : 0;

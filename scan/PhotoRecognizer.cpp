@@ -18,7 +18,7 @@ PhotoRecognizer::PhotoRecognizer(RecognizerOptions options, QObject* parent)
 
 PhotoRecognizer::~PhotoRecognizer() {
     qDeleteAll(findChildren<PhotoProcess*>());
-    for (const std::shared_ptr<Job>& job : std::as_const(m_waiting)) {
+    for (const std::shared_ptr<Job>& job : m_running + m_waiting) {
         job->promise.addResult(PhotoResult{});
         job->promise.finish();
     }
@@ -34,18 +34,18 @@ QFuture<PhotoResult> PhotoRecognizer::recognize(const PhotoBytes& photo) {
 }
 
 void PhotoRecognizer::startNext() {
-    while (m_running < std::max(1, m_options.atOnce) && !m_waiting.isEmpty())
+    while (m_running.size() < std::max(1, m_options.atOnce) && !m_waiting.isEmpty())
         start(m_waiting.dequeue());
 }
 
-void PhotoRecognizer::start(std::shared_ptr<Job> job) {
-    ++m_running;
+void PhotoRecognizer::start(const std::shared_ptr<Job>& job) {
+    m_running.append(job);
     auto* const process =
         new PhotoProcess(m_options, job->isWhole ? job->photo.whole : job->photo.photo, this);
     connect(process, &PhotoProcess::finished, this,
             [this, process, job](const PhotoResult& result) {
                 process->deleteLater();
-                --m_running;
+                m_running.removeOne(job);
                 finish(job, result);
                 startNext();
             });

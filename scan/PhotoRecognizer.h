@@ -54,12 +54,12 @@ private:
     };
 
     void startNext();
-    void start(std::shared_ptr<Job> job);
+    void start(const std::shared_ptr<Job>& job);
     void finish(const std::shared_ptr<Job>& job, const PhotoResult& result);
 
     RecognizerOptions m_options;
     QQueue<std::shared_ptr<Job>> m_waiting;
-    int m_running = 0;
+    QList<std::shared_ptr<Job>> m_running;
 };
 
 } // namespace kopertal

@@ -4,10 +4,11 @@
 #include "tests/support/photo/RegisterPhoto.h"
 
 #include <QElapsedTimer>
-#include <QProcess>
 #include <QTest>
 
 #include <cerrno>
+#include <csignal>
+#include <cstdlib>
 #include <fcntl.h>
 #include <memory>
 #include <sys/socket.h>
@@ -186,12 +187,31 @@ private Q_SLOTS:
     }
 
     void endsWithItsStarter() {
-        QProcess worker;
-        worker.start(QStringLiteral(KOPERTAL_PROGRAM), {"scan", "--json", "-"});
-        QVERIFY(worker.waitForStarted());
-        QTest::qWait(500);
-        worker.closeReadChannel(QProcess::StandardOutput); // as at the starter's end
-        QVERIFY(worker.waitForFinished(5000));
+        int input[2];
+        int output[2];
+        QVERIFY(pipe(input) == 0 && pipe(output) == 0);
+        const pid_t worker = fork();
+        if (worker == 0) {
+            dup2(input[0], STDIN_FILENO);
+            dup2(output[1], STDOUT_FILENO);
+            for (const int end : {input[0], input[1], output[0], output[1]})
+                close(end);
+            execl(KOPERTAL_PROGRAM, "kopertal", "scan", "--json", "-", nullptr);
+            _exit(127);
+        }
+        close(output[1]);
+        QTest::qWait(300);
+        QCOMPARE(waitpid(worker, nullptr, WNOHANG), 0);
+        close(output[0]); // as at the starter's end, while its other pipe is still open
+        int status = 0;
+        const bool isEnded =
+            QTest::qWaitFor([&] { return waitpid(worker, &status, WNOHANG) == worker; }, 10'000);
+        if (!isEnded)
+            kill(worker, SIGKILL);
+        close(input[0]);
+        close(input[1]);
+        QVERIFY(isEnded);
+        QCOMPARE(WEXITSTATUS(status), 1);
     }
 };
 
