@@ -35,8 +35,8 @@ Shot drawShot(Difficulty difficulty, cv::RNG& random) {
         shot.turn = between(-20, 20);
         shot.perspective = between(0.02, 0.12);
         shot.bend = between(0, 12);
-        shot.blur = between(0.5, 0.9);
-        shot.motion = between(0, 1.4);
+        shot.blur = between(0.4, 0.75);
+        shot.motion = between(0, 1.2);
         shot.noise = between(3, 7);
         shot.shadow = between(0.1, 0.5);
         shot.vignette = between(0.1, 0.3);
@@ -49,10 +49,10 @@ Shot drawShot(Difficulty difficulty, cv::RNG& random) {
         shot.turn = between(-25, 25);
         shot.perspective = between(0.05, 0.15);
         shot.bend = between(0, 25);
-        shot.blur = between(0.7, 1.3);
-        shot.motion = between(0, 2.4);
-        shot.noise = between(5, 12);
-        shot.shadow = between(0.3, 0.7);
+        shot.blur = between(0.6, 1.1);
+        shot.motion = between(0, 2);
+        shot.noise = between(4, 10);
+        shot.shadow = between(0.2, 0.6);
         shot.vignette = between(0.1, 0.4);
         shot.exposure = between(0.55, 0.95);
         shot.contrast = between(0.5, 0.9);
