@@ -35,6 +35,12 @@ QByteArray windowsNamedKopertal() {
         .trimmed();
 }
 
+QByteArray activeWindow() {
+    return output(QStringLiteral("xdotool"),
+                  {QStringLiteral("getactivewindow"), QStringLiteral("getwindowname")})
+        .trimmed();
+}
+
 } // namespace
 
 /// The program as the desktop starts, repeats and ends it.
@@ -75,7 +81,7 @@ private Q_SLOTS:
             kill(static_cast<pid_t>(m_program->processId()), signal);
         else
             pressKeys({signal == 0 ? "ctrl+q" : "alt+F4"});
-        QVERIFY(m_program->waitForFinished(20000));
+        QTRY_COMPARE_WITH_TIMEOUT(m_program->state(), QProcess::NotRunning, 20000);
         QCOMPARE(m_program->exitStatus(), QProcess::NormalExit);
         QCOMPARE(m_program->exitCode(), 0);
         QVERIFY(!m_store.data(registerKey));
@@ -125,8 +131,8 @@ private Q_SLOTS:
         const int before = documents();
         startProgram({file.fileName()});
         QTest::qWait(2500);
-        pressKeys({"ctrl+Return", "ctrl+q"});
-        QVERIFY(m_program->waitForFinished(120000));
+        pressKeys({"ctrl+Return", "alt+F4"});
+        QTRY_COMPARE_WITH_TIMEOUT(m_program->state(), QProcess::NotRunning, 120000);
         QCOMPARE(m_program->exitCode(), 0);
         QCOMPARE(documents(), before + 1);
         QVERIFY(QDir(m_folder.path()).entryList({QStringLiteral("*.docx.*")}).isEmpty());
@@ -138,7 +144,8 @@ private:
         m_program->start(programPath(), arguments);
         QVERIFY(m_program->waitForStarted());
         QTRY_VERIFY_WITH_TIMEOUT(!windowsNamedKopertal().isEmpty(), 20000);
-        QTest::qWait(400); // until it has the keyboard
+        QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), QByteArray("Kopertal"), 20000);
+        QTest::qWait(300);
     }
 
     int documents() const {
