@@ -2,6 +2,7 @@
 
 #include "ui/Tones.h"
 
+#include <QKeyEvent>
 #include <QPainter>
 
 #include <chrono>
@@ -51,6 +52,15 @@ void KitButton::paintSpinner(QPainter& painter, const QRectF& square, const QCol
         painter.restore();
     }
     painter.restore();
+}
+
+/// Ctrl+Return is a shortcut, not a press of the button that has the focus.
+void KitButton::keyPressEvent(QKeyEvent* event) {
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    if (isReturn && (event->modifiers() & ~Qt::KeypadModifier) != Qt::NoModifier)
+        event->ignore();
+    else
+        QPushButton::keyPressEvent(event);
 }
 
 void KitButton::showEvent(QShowEvent* event) {

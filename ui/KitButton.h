@@ -26,6 +26,7 @@ protected:
     bool isSpinning() const { return m_isSpinning; }
     void paintSpinner(QPainter& painter, const QRectF& square, const QColor& color) const;
 
+    void keyPressEvent(QKeyEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
 

@@ -131,6 +131,17 @@ void Sheet::keyPressEvent(QKeyEvent* event) {
     event->accept(); // nothing of the window behind may get it
 }
 
+/// Whether `shortcutOwner`, a widget or an action, belongs to the window but not to a sheet.
+bool Sheet::isBehind(const QObject* shortcutOwner) const {
+    bool isInWindow = false;
+    for (const QObject* object = shortcutOwner; object; object = object->parent()) {
+        if (qobject_cast<const Sheet*>(object))
+            return object != this && !isTop();
+        isInWindow |= object == window();
+    }
+    return isInWindow;
+}
+
 bool Sheet::eventFilter(QObject* watched, QEvent* event) {
     switch (event->type()) {
     case QEvent::Resize:
@@ -143,11 +154,8 @@ bool Sheet::eventFilter(QObject* watched, QEvent* event) {
         if (watched == m_content)
             QMetaObject::invokeMethod(this, &Sheet::placePanel, Qt::QueuedConnection);
         break;
-    case QEvent::Shortcut: {
-        const auto* owner = qobject_cast<QWidget*>(watched);
-        const auto* object = owner ? owner : qobject_cast<QWidget*>(watched->parent());
-        return object && object->window() == window() && !isAncestorOf(object);
-    }
+    case QEvent::Shortcut:
+        return isBehind(watched);
     default:
         break;
     }

@@ -39,6 +39,7 @@ protected:
 private:
     void placePanel();
     bool isTop() const;
+    bool isBehind(const QObject* shortcutOwner) const;
     void keepFocus(QWidget* now);
 
     QWidget* m_content;

@@ -109,6 +109,26 @@ private Q_SLOTS:
         QCOMPARE(editor.live().warnings(), QStringList{"C"});
     }
 
+    void clearingTypedAndPastedTextIsOneStepOfUndo() {
+        AddressTextEditor editor;
+        QTest::keyClicks(&editor, QStringLiteral("Anna"));
+        QTest::keyClick(&editor, Qt::Key_Return);
+        QTest::keyClicks(&editor, QStringLiteral("ul. X 1"));
+        QTest::keyClick(&editor, Qt::Key_Return);
+        QTest::keyClick(&editor, Qt::Key_Return);
+        const QString typed = editor.text();
+        paste(editor, QStringLiteral("B\nC"));
+        const QString pasted = editor.text();
+        editor.replaceText({});
+        editor.undoStep();
+        QCOMPARE(editor.text(), pasted);
+        editor.undoStep();
+        QCOMPARE(editor.text(), typed);
+        editor.redoStep();
+        editor.redoStep();
+        QCOMPARE(editor.text(), QString());
+    }
+
     void caretStaysAtItsWords() {
         AddressTextEditor editor;
         paste(editor, QStringLiteral("A\nB"));

@@ -1,3 +1,162 @@
-int main() {
-    return 0;
+#include "app/settings/PreferencesStore.h"
+#include "tests/support/RealKeys.h"
+
+#include <QDir>
+#include <QFile>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+#include <csignal>
+#include <memory>
+
+using namespace kopertal;
+using namespace kopertal::testing;
+
+namespace {
+
+const auto registerKey = QStringLiteral("tracking.sentBooks");
+
+QString programPath() {
+    return QStringLiteral(KOPERTAL_PROGRAM);
 }
+
+/// What a tool prints.
+QByteArray output(const QString& tool, const QStringList& arguments) {
+    QProcess process;
+    process.start(tool, arguments);
+    process.waitForFinished(10000);
+    return process.readAllStandardOutput();
+}
+
+QByteArray windowsNamedKopertal() {
+    return output(QStringLiteral("xdotool"),
+                  {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
+                   QStringLiteral("--name"), QStringLiteral("^Kopertal$")})
+        .trimmed();
+}
+
+QByteArray activeWindow() {
+    return output(QStringLiteral("xdotool"),
+                  {QStringLiteral("getactivewindow"), QStringLiteral("getwindowname")})
+        .trimmed();
+}
+
+} // namespace
+
+/// The program as the desktop starts, repeats and ends it.
+class ProcessTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init() {
+        m_store.setText(QStringLiteral("sender.name"), QStringLiteral("Nadawca"));
+        m_store.setText(QStringLiteral("sender.address"), QStringLiteral("ul. Nowa 1"));
+        m_store.setText(QStringLiteral("paths.saveFolder"), m_folder.path());
+        m_store.setData(registerKey, QByteArrayLiteral("[]"));
+        m_program = std::make_unique<QProcess>();
+    }
+
+    void cleanup() {
+        if (m_program->state() != QProcess::NotRunning) {
+            m_program->kill();
+            m_program->waitForFinished();
+        }
+    }
+
+    void registerLivesForOneRun_data() {
+        QTest::addColumn<int>("signal");
+        QTest::newRow("SIGTERM") << SIGTERM;
+        QTest::newRow("SIGINT") << SIGINT;
+        QTest::newRow("SIGHUP") << SIGHUP;
+        QTest::newRow("Ctrl+Q") << 0;
+        QTest::newRow("Alt+F4") << -1;
+    }
+
+    void registerLivesForOneRun() {
+        QFETCH(int, signal);
+        startProgram({});
+        QVERIFY(!m_store.data(registerKey));
+        m_store.setData(registerKey, QByteArrayLiteral("[1]"));
+        if (signal > 0)
+            kill(static_cast<pid_t>(m_program->processId()), signal);
+        else
+            pressKeys({signal == 0 ? "ctrl+q" : "alt+F4"});
+        QTRY_COMPARE_WITH_TIMEOUT(m_program->state(), QProcess::NotRunning, 20000);
+        QCOMPARE(m_program->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(m_program->exitCode(), 0);
+        QVERIFY(!m_store.data(registerKey));
+        QCOMPARE(m_store.text(QStringLiteral("sender.name")), QStringLiteral("Nadawca"));
+    }
+
+    void secondStartHandsItsFileToTheFirst() {
+        startProgram({});
+        m_store.setData(registerKey, QByteArrayLiteral("[2]"));
+        const QByteArray windows = windowsNamedKopertal();
+        QFile file(m_folder.filePath(QStringLiteral("adresy.txt")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write("A\nB\n");
+        file.close();
+        QProcess second;
+        second.setWorkingDirectory(m_folder.path());
+        second.start(programPath(), {QStringLiteral("adresy.txt")});
+        QVERIFY(second.waitForFinished(20000));
+        QCOMPARE(second.exitCode(), 0);
+        QCOMPARE(windowsNamedKopertal(), windows);
+        QCOMPARE(m_store.data(registerKey), QByteArrayLiteral("[2]")); // the first one's, still
+        QTest::qWait(500);
+        pressKeys({"ctrl+Return"});
+        QTRY_COMPARE_WITH_TIMEOUT(documents(), 1, 20000);
+    }
+
+    void commandsLeaveTheRegisterAlone() {
+        QProcess command;
+        command.start(programPath(), {QStringLiteral("--version")});
+        QVERIFY(command.waitForFinished(20000));
+        QCOMPARE(m_store.data(registerKey), QByteArrayLiteral("[]"));
+    }
+
+    void aCrashedFirstIsForgotten() {
+        startProgram({});
+        m_program->kill();
+        QVERIFY(m_program->waitForFinished());
+        m_program = std::make_unique<QProcess>();
+        startProgram({});
+    }
+
+    void aRegisterInTheMakingSurvivesTheWindow() {
+        QFile file(m_folder.filePath(QStringLiteral("wiele.txt")));
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        file.write(QByteArray("Nazwa\nul. A 1\n00-000 B\n\n").repeated(5000));
+        file.close();
+        const int before = documents();
+        startProgram({file.fileName()});
+        QTest::qWait(2500);
+        pressKeys({"ctrl+Return", "alt+F4"});
+        QTRY_COMPARE_WITH_TIMEOUT(m_program->state(), QProcess::NotRunning, 120000);
+        QCOMPARE(m_program->exitCode(), 0);
+        QCOMPARE(documents(), before + 1);
+        QVERIFY(QDir(m_folder.path()).entryList({QStringLiteral("*.docx.*")}).isEmpty());
+    }
+
+private:
+    void startProgram(const QStringList& arguments) {
+        m_program->setProcessChannelMode(QProcess::ForwardedChannels);
+        m_program->start(programPath(), arguments);
+        QVERIFY(m_program->waitForStarted());
+        QTRY_VERIFY_WITH_TIMEOUT(!windowsNamedKopertal().isEmpty(), 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), QByteArray("Kopertal"), 20000);
+        QTest::qWait(300);
+    }
+
+    int documents() const {
+        return static_cast<int>(
+            QDir(m_folder.path()).entryList({QStringLiteral("*.docx")}, QDir::Files).size());
+    }
+
+    QTemporaryDir m_folder;
+    PreferencesStore m_store{PreferencesStore::defaultPath()};
+    std::unique_ptr<QProcess> m_program;
+};
+
+QTEST_GUILESS_MAIN(ProcessTest)
+#include "ProcessTest.moc"

@@ -3,6 +3,7 @@
 #include <QProcess>
 #include <QStringList>
 #include <QTest>
+#include <QWidget>
 
 namespace kopertal::testing {
 

@@ -1,0 +1,91 @@
+// Draws every screen of the window in its states into the folder that is named: kopertal_screens
+// FOLDER.
+#include "app/addresses/AddressTextEditor.h"
+#include "app/addresses/AddressView.h"
+#include "app/addresses/SuccessView.h"
+#include "app/sender/SenderSetupView.h"
+#include "app/settings/AppSettings.h"
+#include "app/shell/MainWindow.h"
+#include "ui/LimeActionButton.h"
+#include "ui/MorvikStyle.h"
+#include "ui/Sheet.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QTemporaryDir>
+#include <QTest>
+
+using namespace kopertal;
+
+namespace {
+
+class Screens {
+public:
+    explicit Screens(QString folder) : m_folder(std::move(folder)) {}
+
+    bool save(QWidget& window, const QString& name) {
+        window.show();
+        window.activateWindow();
+        QTest::qWait(300);
+        return window.grab().save(m_folder + u'/' + name + QStringLiteral(".png"));
+    }
+
+private:
+    QString m_folder;
+};
+
+QString sampleAddresses() {
+    QFile file(QStringLiteral(KOPERTAL_SOURCE_DIR "/examples/adresaci.txt"));
+    return file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()) : QString();
+}
+
+void openSuccess(MainWindow& window) {
+    auto* view = new SuccessView(12, 2, QStringLiteral("/tmp/kopertal_20260312.docx"));
+    auto* sheet = new morvik::Sheet(view, QStringLiteral("Kopertal wygenerowana"), &window);
+    sheet->open(view->defaultButton());
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    morvik::MorvikStyle::install(application);
+    if (argc != 2)
+        return 2;
+    const QTemporaryDir store;
+    AppSettings settings(PreferencesStore(store.filePath(QStringLiteral("settings.json"))));
+    Screens screens(QString::fromLocal8Bit(argv[1]));
+    bool isSaved = true;
+    {
+        MainWindow window(settings);
+        isSaved &= screens.save(window, QStringLiteral("sender-first-run"));
+        for (auto* button : window.findChildren<morvik::LimeActionButton*>()) {
+            if (button->text() == QStringLiteral("Zapisz"))
+                button->click();
+        }
+        isSaved &= screens.save(window, QStringLiteral("sender-refused"));
+    }
+    settings.setSenderName(QStringLiteral("Pracownia Ceramiki Glina i Ogień"));
+    settings.setSenderAddress(QStringLiteral("ul. Świętojańska 18/4, 81-368 Gdynia"));
+    settings.setSaveFolder(store.path());
+    MainWindow window(settings);
+    isSaved &= screens.save(window, QStringLiteral("addresses-empty"));
+    AddressTextEditor& editor = window.addresses().editor();
+    editor.replaceText(sampleAddresses());
+    isSaved &= screens.save(window, QStringLiteral("addresses"));
+    editor.insertPlainText(QStringLiteral("Anna Wróbel\n\nDrukarnia Gryf\n\n"));
+    isSaved &= screens.save(window, QStringLiteral("addresses-warnings"));
+    QString many;
+    for (int entry = 1; entry <= 300; ++entry)
+        many += QStringLiteral("Wpis bez adresu o bardzo długiej nazwie, numer %1\n\n").arg(entry);
+    editor.insertPlainText(many);
+    window.resize(window.minimumSizeHint());
+    isSaved &= screens.save(window, QStringLiteral("addresses-smallest-many-warnings"));
+    window.resize(1000, 688);
+    editor.replaceText(sampleAddresses());
+    openSuccess(window);
+    isSaved &= screens.save(window, QStringLiteral("success"));
+    SenderSetupView form(settings, true);
+    isSaved &= screens.save(form, QStringLiteral("settings"));
+    return isSaved ? 0 : 1;
+}
