@@ -18,13 +18,27 @@ constexpr float quietZone = 0.08F; // of the length, on both sides
 
 struct Attempt {
     int bands;
-    float blur; ///< Taken back, as a part of a stroke.
+    float blur;     ///< Taken back, as a part of a stroke.
+    bool isCleared; ///< What stands beyond the quiet zones is painted over: a label's edge looks
+                    ///< like the first bars of some codes. Not always, for the ends may be wrong.
 };
 
 /// From the cheap ones that read what is clear to those for blurred and disturbed codes.
-constexpr std::array attempts{Attempt{16, 0.3F}, Attempt{8, 0.45F}, Attempt{32, 0},
-                              Attempt{16, 0.5F}, Attempt{4, 0.55F}, Attempt{8, 0.6F},
-                              Attempt{16, 0.1F}, Attempt{4, 0.7F},  Attempt{8, 0.2F}};
+constexpr std::array attempts{
+    Attempt{16, 0.3F, true}, Attempt{8, 0.45F, false}, Attempt{32, 0, true},
+    Attempt{16, 0.5F, true}, Attempt{4, 0.55F, true},  Attempt{8, 0.6F, true},
+    Attempt{16, 0.1F, true}, Attempt{4, 0.7F, true},   Attempt{8, 0.2F, false},
+};
+
+/// Paints what is farther from the code than its quiet zone.
+void clearBeyond(cv::Mat& lines, float margin, float stroke) {
+    constexpr float strokes = 6;
+    const int width = static_cast<int>(margin - strokes * stroke);
+    if (width <= 0)
+        return;
+    lines.colRange(0, width) = cv::Scalar(255);
+    lines.colRange(lines.cols - width, lines.cols) = cv::Scalar(255);
+}
 
 /// Bands of all attempts on one scale of 32, so that the same place counts once.
 int place(int band, int bands) {
@@ -54,11 +68,14 @@ std::optional<LinearCode> readLinearCode(const cv::Mat& photo, const CodeRegion&
         std::clamp(static_cast<int>(whole / region.stroke * samplesPerStroke), 600, 3000);
     const float stroke = region.stroke * static_cast<float>(columns) / whole; // in samples
     const cv::Mat patch = straightened(photo, region, {columns, rows}, quietZone);
+    const float margin = static_cast<float>(columns) * quietZone / (1 + 2 * quietZone);
     LineVotes votes;
     float start = 1;
     float end = 0;
     for (const Attempt& attempt : attempts) {
-        const cv::Mat lines = barProfiles(patch, attempt.bands, attempt.blur * stroke, stroke);
+        cv::Mat lines = barProfiles(patch, attempt.bands, attempt.blur * stroke, stroke);
+        if (attempt.isCleared)
+            clearBeyond(lines, margin, stroke);
         for (int band = 0; band < lines.rows; ++band) {
             const std::optional<LineCode> code = readLine(lines.row(band));
             if (!code)
@@ -78,7 +95,6 @@ std::optional<LinearCode> readLinearCode(const cv::Mat& photo, const CodeRegion&
                                          (end - 0.5F) * inner + 0.5F, winner->bands);
         return LinearCode{winner->reading, codeExtent(photo, part).value_or(part)};
     }
-    const float margin = static_cast<float>(columns) * quietZone / (1 + 2 * quietZone);
     if (const std::optional<QString> number =
             matchLetterNumber(patch, margin, static_cast<float>(columns) - margin, stroke))
         return LinearCode{{*number, QStringLiteral("Code128")}, region};

@@ -12,6 +12,12 @@
 using namespace kopertal;
 using namespace kopertal::test;
 
+/// The encoder behind libheif keeps some of its memory.
+extern "C" __attribute__((visibility("default"))) const char*
+__lsan_default_suppressions() { // NOLINT: the sanitizer's name
+    return "leak:libx265";
+}
+
 namespace {
 
 /// Dark on its left half, with noise so that files are of some size.
