@@ -126,7 +126,7 @@ void CurlTransfer::setTransportOptions(const TransferContext& context) {
     // that. In the clear it would only be known after the first answer.
     if (m_order.request.url.rfind("https:", 0) == 0) {
         curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
-        curl_easy_setopt(easy, CURLOPT_PIPEWAIT, 1L);
+        curl_easy_setopt(easy, CURLOPT_PIPEWAIT, m_order.mayWait ? 1L : 0L);
     } else {
         curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     }

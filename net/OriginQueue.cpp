@@ -26,11 +26,13 @@ void OriginQueue::pushFront(Order order) {
 }
 
 std::optional<Order> OriginQueue::next() {
-    const bool isHeld = m_mayShare && m_connecting > 0 && Clock::now() < m_opensAt;
+    const bool isOverdue = m_connecting > 0 && Clock::now() >= m_opensAt;
+    const bool isHeld = m_mayShare && m_connecting > 0 && !isOverdue;
     if (m_orders.empty() || isHeld)
         return std::nullopt;
     Order order = std::move(m_orders.front());
     m_orders.pop_front();
+    order.mayWait = !isOverdue; // a connection that hangs must not hold up the others
     ++m_connecting;
     return order;
 }

@@ -14,6 +14,7 @@ namespace kopertal {
 struct Order {
     HttpRequest request;
     HttpTransfers::Completion completion;
+    bool mayWait = true; ///< For room on a connection that another order is opening.
 };
 
 /// Hands out that the order was cancelled.

@@ -137,6 +137,12 @@ class PhonePagesTest(unittest.TestCase):
     def status(self):
         return self.element('#status').text, self.element('#status').get_attribute('class')
 
+    def assert_limit(self, seconds, started):
+        """The page's limit was that long; a busy machine adds to it, but the page's two limits are far apart."""
+        elapsed = time.monotonic() - started
+        self.assertGreater(elapsed, seconds - 0.5)
+        self.assertLess(elapsed, seconds + 4)
+
     def await_status(self, text, style='', seconds=8):
         expected = (text, f'status {style}'.strip())
         deadline = time.monotonic() + seconds
@@ -342,7 +348,7 @@ class PhonePagesTest(unittest.TestCase):
         self.choose(photo)
         self.await_status(SENDING)
         self.await_status(LOST, 'error', seconds=13)
-        self.assertAlmostEqual(time.monotonic() - started, 10, delta=1.5)
+        self.assert_limit(10, started)
         self.assertEqual(self.server.stop(), 0)
         self.choose(photo)
         self.await_status(LOST, 'error')
@@ -396,7 +402,7 @@ class PhonePagesTest(unittest.TestCase):
         self.await_status(CHECKING)
         self.assertFalse(self.element('#retry').is_displayed())
         self.await_status(UNREACHABLE, 'warning')
-        self.assertAlmostEqual(time.monotonic() - started, 3, delta=1)
+        self.assert_limit(3, started)
         self.server.resume()
         self.element('#retry').click()
         self.await_status(READY)
