@@ -47,7 +47,7 @@ std::optional<QString> announcedName() {
 
 std::optional<QString> systemName() {
     char buffer[HOST_NAME_MAX + 1] = {};
-    if (gethostname(buffer, HOST_NAME_MAX) != 0)
+    if (gethostname(buffer, sizeof buffer) != 0)
         return {};
     const QString name = QString::fromUtf8(buffer).section(u'.', 0, 0).trimmed();
     if (name.isEmpty() || name.contains(QChar::ReplacementCharacter))

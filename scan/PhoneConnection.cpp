@@ -4,31 +4,11 @@
 #include <asio/write.hpp>
 
 #include <algorithm>
-#include <new>
-#include <sys/mman.h>
 #include <utility>
 
 namespace kopertal {
 
 using asio::ip::tcp;
-
-namespace {
-
-/// The system commits this memory as it fills, so that a length that is only declared costs
-/// nothing, and takes it back at once. In huge pages where there are any: most of the time of a
-/// large upload would otherwise go into page faults.
-std::shared_ptr<char[]> uploadMemory(std::size_t bytes, Reservation reservation) {
-    void* memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
-    if (memory == MAP_FAILED)
-        throw std::bad_alloc();
-    madvise(memory, bytes, MADV_HUGEPAGE);
-    const auto release = [bytes, reservation = std::move(reservation)](char* there) {
-        munmap(there, bytes);
-    };
-    return {static_cast<char*>(memory), release};
-}
-
-} // namespace
 
 PhoneConnection::PhoneConnection(tcp::socket socket, ConnectionShared& shared)
     : m_socket(std::move(socket)), m_timer(m_socket.get_executor()), m_shared(shared) {
@@ -93,9 +73,8 @@ void PhoneConnection::awaitRoom(const Upload& upload) {
 }
 
 void PhoneConnection::startBody(Reservation reservation) {
-    // The system commits these pages as they fill: a length that is only declared costs nothing.
-    m_body = uploadMemory(m_declared, std::move(reservation));
-    m_collected = std::exchange(m_bodyStart, {}).copy(m_body.get(), m_declared);
+    m_body = std::make_shared<UploadMemory>(m_declared, std::move(reservation));
+    m_collected = std::exchange(m_bodyStart, {}).copy(m_body->data(), m_declared);
     if (m_collected == m_declared)
         return deliver();
     enter(Step::body, m_shared.limits.bodyIdle);
@@ -104,7 +83,7 @@ void PhoneConnection::startBody(Reservation reservation) {
 
 void PhoneConnection::readBody() {
     m_socket.async_read_some(
-        asio::buffer(m_body.get() + m_collected, m_declared - m_collected),
+        asio::buffer(m_body->data() + m_collected, m_declared - m_collected),
         [self = shared_from_this()](const asio::error_code& error, std::size_t count) {
             if (self->m_step != Step::body)
                 return;
@@ -121,8 +100,11 @@ void PhoneConnection::readBody() {
 
 void PhoneConnection::deliver() {
     send(Answer::accepted);
-    const std::size_t start = photoStart({m_body.get(), m_collected});
-    m_shared.deliver(ReceivedPhoto(std::exchange(m_body, {}), m_collected, start));
+    m_body->shrink(m_collected);
+    const std::size_t start = photoStart({m_body->data(), m_collected});
+    const std::shared_ptr<const char[]> bytes(m_body, m_body->data());
+    m_body.reset();
+    m_shared.deliver(ReceivedPhoto(bytes, m_collected, start));
 }
 
 void PhoneConnection::send(Answer answer) {

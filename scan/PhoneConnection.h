@@ -4,6 +4,7 @@
 #include "scan/ReceivedPhoto.h"
 #include "scan/ServerLimits.h"
 #include "scan/UploadBudget.h"
+#include "scan/UploadMemory.h"
 
 #include <asio/ip/tcp.hpp>
 #include <asio/steady_timer.hpp>
@@ -67,7 +68,7 @@ private:
     Clock::time_point m_bodyDeadline; // of the whole upload
     std::string m_answer;
     std::string m_bodyStart; // while waiting for room
-    std::shared_ptr<char[]> m_body;
+    std::shared_ptr<UploadMemory> m_body;
     std::size_t m_declared = 0;
     std::size_t m_collected = 0;
     std::size_t m_discarded = 0;

@@ -2,6 +2,7 @@
 
 #include "scan/PhonePages.h"
 #include "scan/PhoneProtocol.h"
+#include "scan/UploadBudget.h"
 #include "tests/support/RawClient.h"
 
 #include <QElapsedTimer>
@@ -412,6 +413,46 @@ private Q_SLOTS:
         QCOMPARE(waiting.readAll().value_or("still open"), accepted);
         QVERIFY(QTest::qWaitFor([&] { return kept.size() == 1; }));
         QCOMPARE(std::string(kept[0].photo()), "ABCDEFGH"s);
+    }
+
+    void countsEveryUploadAsAtLeastTheMinimum() {
+        ServerLimits limits;
+        limits.heldBytes = 2 * UploadBudget::leastReservation;
+        ScanServer server(limits);
+        std::vector<ReceivedPhoto> kept;
+        server.onPhotoReceived([&](const ReceivedPhoto& photo) { kept.push_back(photo); });
+        server.start();
+        for (std::size_t count = 1; count <= 2; ++count) {
+            QCOMPARE(RawClient::ask(server.port(), uploadHead(1) + "x"), accepted);
+            QVERIFY(QTest::qWaitFor([&] { return kept.size() == count; }));
+        }
+        RawClient third(server.port());
+        third.send(uploadHead(1) + "x");
+        QVERIFY(!third.readAll(300ms));
+        kept.clear();
+        QCOMPARE(third.readAll().value_or("still open"), accepted);
+    }
+
+    void aShortUploadHoldsOnlyWhatArrived_data() {
+        QTest::addColumn<std::size_t>("size");
+        QTest::newRow("nothing") << std::size_t(0);
+        QTest::newRow("a few bytes") << std::size_t(3);
+        QTest::newRow("many pages") << std::size_t(300'001);
+    }
+
+    void aShortUploadHoldsOnlyWhatArrived() {
+        QFETCH(std::size_t, size);
+        ServerLimits limits;
+        limits.heldBytes = 1'000'000;
+        ScanServer server(limits);
+        std::vector<ReceivedPhoto> kept;
+        server.onPhotoReceived([&](const ReceivedPhoto& photo) { kept.push_back(photo); });
+        server.start();
+        const std::string body(size, 'x');
+        QCOMPARE(RawClient::ask(server.port(), uploadHead(600'000) + body), accepted);
+        QCOMPARE(RawClient::ask(server.port(), uploadHead(600'000) + "next"), accepted);
+        QVERIFY(QTest::qWaitFor([&] { return kept.size() == 2; }));
+        QCOMPARE(std::string(kept[0].whole()), body);
     }
 
     void aFloodAfterTheAnswerIsEnded() {
