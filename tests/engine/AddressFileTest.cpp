@@ -71,9 +71,7 @@ private Q_SLOTS:
         QCOMPARE(readAddresses(source, "x"), text);
     }
 
-    void refusesWhatIsNoText() {
-        QVERIFY(!decodeAddresses(QByteArray("a\0b", 3)));
-    }
+    void refusesWhatIsNoText() { QVERIFY(!decodeAddresses(QByteArray("a\0b", 3))); }
 
     void readsAVeryLargeText() {
         const QByteArray block = "Jan\r\nul. A\r\n\r\n"; // slow line ends would take minutes

@@ -79,8 +79,8 @@ int main() {
     // The stand-in ends when its standard input does, and that with this process.
     int input[2];
     check(pipe2(input, O_CLOEXEC) == 0 && fcntl(input[0], F_SETFD, 0) == 0, "a pipe");
-    const std::string command = KOPERTAL_SOURCE_DIR "/tests/support/tracking_service.py <&" +
-                                std::to_string(input[0]);
+    const std::string command =
+        KOPERTAL_SOURCE_DIR "/tests/support/tracking_service.py <&" + std::to_string(input[0]);
     FILE* const standIn = popen(command.c_str(), "r");
     char line[4096] = "";
     check(standIn && std::fgets(line, sizeof line, standIn), "the stand-in starts");
