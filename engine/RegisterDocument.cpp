@@ -44,7 +44,7 @@ void throwIfStopped(const std::stop_token& stop) {
 /// Filling a box removes what it held; a field in there would be gone when its turn comes.
 void refuseNestedBoxes(pugi::xml_node root) {
     for (const pugi::xml_node& box : descendants(root, "wps:txbx")) {
-        if (descendants(box, "wps:wsp").size() > 0)
+        if (!descendants(box, "wps:wsp").empty())
             throw EngineError::xmlParseError(
                 QStringLiteral("pole szablonu leży w innym polu tekstowym"));
     }

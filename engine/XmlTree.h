@@ -14,7 +14,7 @@ namespace kopertal {
 inline constexpr int maxXmlDepth = 256;
 
 /// A larger part is refused; a form's page is about 50 kB.
-inline constexpr qsizetype maxXmlBytes = 16 * 1024 * 1024;
+inline constexpr qsizetype maxXmlBytes = 16LL * 1024 * 1024;
 
 /// Parses a document part into `document`. No entity is loaded from anywhere: the document type is
 /// dropped, its internal entities are expanded within bounds, external ones are left out. Comments,
