@@ -1,14 +1,13 @@
+#include "app/Module.h"
 #include "app/cli/CommandLine.h"
-#include "app/shell/WindowProgram.h"
-
-#include <QFile>
-#include <QFileInfo>
 
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
 #include <langinfo.h>
+#include <system_error>
 
 namespace {
 
@@ -26,12 +25,11 @@ void makeWriteSignalsErrors() {
     std::signal(SIGXFSZ, SIG_IGN);
 }
 
-/// The file of addresses that the only argument names; empty when it names none, or a command.
-QString addressFile(int argc, char** argv) {
-    if (argc != 2 || kopertal::isCommand(argv[1]))
-        return {};
-    const QString path = QFile::decodeName(argv[1]);
-    return QFileInfo(path).isFile() ? path : QString();
+/// Whether the only argument names a file of addresses, and not a command.
+bool isAddressFile(int argc, char** argv) {
+    std::error_code error;
+    return argc == 2 && !kopertal::isCommand(argv[1]) &&
+           std::filesystem::is_regular_file(argv[1], error);
 }
 
 } // namespace
@@ -39,8 +37,8 @@ QString addressFile(int argc, char** argv) {
 int main(int argc, char** argv) {
     ensureUtf8Locale();
     makeWriteSignalsErrors();
-    const QString file = addressFile(argc, argv);
-    if (argc > 1 && file.isEmpty())
+    if (argc > 1 && !isAddressFile(argc, argv))
         return kopertal::runCommandLine(argc, argv);
-    return kopertal::runWindow(argc, argv, file);
+    const kopertal::ModuleRun runWindow = kopertal::loadModule("window");
+    return runWindow == nullptr ? 1 : runWindow(argc, argv);
 }

@@ -6,6 +6,8 @@ endif()
 add_compile_definitions(QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS QT_NO_URL_CAST_FROM_STRING
                         QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 
+add_link_options(-Wl,--as-needed)
+
 if(KOPERTAL_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
     add_link_options(-fsanitize=address,undefined)

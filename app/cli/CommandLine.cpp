@@ -1,11 +1,8 @@
 #include "app/cli/CommandLine.h"
 
 #include "app/BuildConfig.h"
+#include "app/Module.h"
 #include "app/cli/Console.h"
-#include "app/cli/GenerateCommand.h"
-#include "app/cli/ScanCommand.h"
-#include "app/cli/ServeCommand.h"
-#include "app/cli/TrackCommand.h"
 
 #include <QCoreApplication>
 
@@ -37,22 +34,13 @@ Polecenia:
 
 Kod wyjścia: 0 wykonane, 1 nie udało się, 2 błędne użycie.)";
 
-struct Command {
-    std::string_view name;
-    int (*run)(int count, char** arguments);
-};
-
-constexpr Command commands[] = {
-    {"generate", runGenerate},
-    {"scan", runScan},
-    {"serve", runServe},
-    {"track", runTrack},
-};
+/// Each is a module of its own name.
+constexpr std::string_view commands[] = {"generate", "scan", "serve", "track"};
 
 /// The command's exit code; a failure becomes its message, for the user.
-int runGuarded(const Command& command, int count, char** arguments) {
+int runGuarded(ModuleRun run, int count, char** arguments) {
     try {
-        return command.run(count, arguments);
+        return run(count, arguments);
     } catch (const std::bad_alloc&) {
         printMessage(QStringLiteral("Za mało pamięci."));
     } catch (const std::exception& error) {
@@ -64,9 +52,7 @@ int runGuarded(const Command& command, int count, char** arguments) {
 } // namespace
 
 bool isCommand(const char* argument) {
-    const std::string_view name = argument;
-    return std::any_of(std::begin(commands), std::end(commands),
-                       [&](const Command& command) { return command.name == name; });
+    return std::ranges::find(commands, std::string_view(argument)) != std::end(commands);
 }
 
 int runCommandLine(int count, char** arguments) {
@@ -76,9 +62,9 @@ int runCommandLine(int count, char** arguments) {
         return printResult(QString::fromUtf8(overview)) ? done : failed;
     if (name == "--version")
         return printResult(QStringLiteral("kopertal " KOPERTAL_VERSION)) ? done : failed;
-    for (const Command& command : commands) {
-        if (command.name == name)
-            return runGuarded(command, count - 1, arguments + 1);
+    if (isCommand(arguments[1])) {
+        const ModuleRun run = loadModule(arguments[1]);
+        return run == nullptr ? failed : runGuarded(run, count - 1, arguments + 1);
     }
     printMessage(
         QStringLiteral("Nieznane polecenie: %1").arg(QString::fromLocal8Bit(arguments[1])));

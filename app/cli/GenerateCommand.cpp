@@ -1,5 +1,6 @@
 #include "app/cli/GenerateCommand.h"
 
+#include "app/ModuleEntry.h"
 #include "app/cli/Console.h"
 #include "app/cli/StopOnSignal.h"
 #include "app/cli/Usage.h"
@@ -240,3 +241,5 @@ int runGenerate(int count, char** arguments) {
 }
 
 } // namespace kopertal
+
+KOPERTAL_MODULE(kopertal::runGenerate)

@@ -1,5 +1,6 @@
 #include "app/cli/ScanCommand.h"
 
+#include "app/ModuleEntry.h"
 #include "app/cli/Console.h"
 #include "app/cli/PhotoNumbers.h"
 #include "app/cli/Usage.h"
@@ -140,3 +141,5 @@ int runScan(int count, char** arguments) {
 }
 
 } // namespace kopertal
+
+KOPERTAL_MODULE(kopertal::runScan)

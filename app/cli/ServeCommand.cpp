@@ -1,5 +1,6 @@
 #include "app/cli/ServeCommand.h"
 
+#include "app/ModuleEntry.h"
 #include "app/cli/Console.h"
 #include "app/cli/PhotoFile.h"
 #include "app/cli/PhotoNumbers.h"
@@ -189,3 +190,5 @@ int runServe(int count, char** arguments) {
 }
 
 } // namespace kopertal
+
+KOPERTAL_MODULE(kopertal::runServe)

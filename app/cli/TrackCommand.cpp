@@ -1,6 +1,7 @@
 #include "app/cli/TrackCommand.h"
 
 #include "app/Configuration.h"
+#include "app/ModuleEntry.h"
 #include "app/cli/Console.h"
 #include "app/cli/Usage.h"
 #include "net/HttpClient.h"
@@ -167,3 +168,5 @@ int runTrack(int count, char** arguments) {
 }
 
 } // namespace kopertal
+
+KOPERTAL_MODULE(kopertal::runTrack)

@@ -1,6 +1,7 @@
 #include "app/shell/WindowProgram.h"
 
 #include "app/BuildConfig.h"
+#include "app/ModuleEntry.h"
 #include "app/addresses/AddressView.h"
 #include "app/settings/AppSettings.h"
 #include "app/settings/PreferencesStore.h"
@@ -10,6 +11,7 @@
 #include "ui/MorvikStyle.h"
 
 #include <QApplication>
+#include <QFile>
 #include <QFileInfo>
 #include <QLibraryInfo>
 #include <QLocale>
@@ -70,7 +72,8 @@ int runFirst(SingleInstance& instance, const QString& file) {
 
 } // namespace
 
-int runWindow(int& count, char** arguments, const QString& file) {
+int runWindow(int& count, char** arguments) {
+    const QString file = count > 1 ? QFile::decodeName(arguments[1]) : QString();
     QApplication application(count, arguments);
     QApplication::setApplicationName(QStringLiteral("kopertal"));
     QApplication::setApplicationDisplayName(QStringLiteral("Kopertal"));
@@ -91,3 +94,5 @@ int runWindow(int& count, char** arguments, const QString& file) {
 }
 
 } // namespace kopertal
+
+KOPERTAL_MODULE(kopertal::runWindow)
