@@ -7,6 +7,11 @@ add_compile_definitions(QT_NO_CAST_TO_ASCII QT_NO_FOREACH QT_NO_KEYWORDS QT_NO_U
                         QT_DISABLE_DEPRECATED_BEFORE=0x060400)
 
 add_link_options(-Wl,--as-needed)
+# Some fifty test programs are linked: with lld in a tenth of the time.
+find_program(KOPERTAL_LLD ld.lld)
+if(BUILD_TESTING AND KOPERTAL_LLD)
+    add_link_options(-fuse-ld=lld)
+endif()
 
 if(KOPERTAL_SANITIZE)
     add_compile_options(-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1)
