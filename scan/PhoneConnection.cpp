@@ -85,9 +85,9 @@ void PhoneConnection::awaitRoom(const Upload& upload) {
     m_bodyStart = upload.bodyStart.substr(0, m_declared);
     asio::error_code error;
     const tcp::endpoint peer = m_socket.remote_endpoint(error);
-    m_shared.budget->reserve(
-        m_declared, {peer.address(), this},
-        [this](Reservation reservation) { startBody(std::move(reservation)); });
+    m_shared.budget->reserve(m_declared, {peer.address(), this}, [this](Reservation reservation) {
+        startBody(std::move(reservation));
+    });
     if (m_step == Step::room) {
         noticeLoss();
         m_shared.becameExpendable();

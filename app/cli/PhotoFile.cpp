@@ -100,8 +100,8 @@ public:
 
     /// False when `path` is taken.
     bool rename(const QByteArray& path) {
-        int error = renameat2(AT_FDCWD, m_path.constData(), AT_FDCWD, path.constData(),
-                              RENAME_NOREPLACE);
+        int error =
+            renameat2(AT_FDCWD, m_path.constData(), AT_FDCWD, path.constData(), RENAME_NOREPLACE);
         if (error != 0 && errno == EINVAL) { // not on this kind of disk
             error = link(m_path.constData(), path.constData());
             if (error == 0)

@@ -135,7 +135,8 @@ QString dataSize(std::size_t bytes) {
         return QStringLiteral("%1 B").arg(bytes);
     const bool isMega = bytes >= 999'950; // which would be "1000,0 kB"
     const double amount = static_cast<double>(bytes) / (isMega ? 1e6 : 1e3);
-    return QLocale(QLocale::Polish).toString(amount, 'f', 1) + (isMega ? u" MB" : u" kB");
+    return QLocale(QLocale::Polish).toString(amount, 'f', 1) +
+           (isMega ? QStringLiteral(" MB") : QStringLiteral(" kB"));
 }
 
 /// Says what arrived and keeps it where that was asked. False when it could not be kept.
