@@ -123,12 +123,12 @@ void ConnectionLoop::replaceListener(std::shared_ptr<tcp::acceptor> listener) {
 void ConnectionLoop::accept() {
     if (!m_listener || m_isAccepting || m_next)
         return;
-    m_isAccepting = true;
     m_listener->async_wait(tcp::acceptor::wait_read,
                            [this, listener = m_listener](const asio::error_code&) {
                                if (listener == m_listener)
                                    acceptPending();
                            });
+    m_isAccepting = true;
 }
 
 /// Only when a connection is pending: without a descriptor to spare, the system would report that
