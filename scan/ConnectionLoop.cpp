@@ -1,11 +1,14 @@
 #include "scan/ConnectionLoop.h"
 
+#include <asio/dispatch.hpp>
 #include <asio/error.hpp>
 #include <asio/ip/v6_only.hpp>
 #include <asio/post.hpp>
 
 #include <algorithm>
 #include <exception>
+#include <future>
+#include <tuple>
 #include <utility>
 
 namespace kopertal {
@@ -14,7 +17,7 @@ using asio::ip::tcp;
 
 namespace {
 
-/// Between attempts to accept while the process has no descriptor to spare.
+/// Between attempts to accept while the process has no descriptor to spare and nobody gives way.
 constexpr std::chrono::milliseconds acceptPause{100};
 
 asio::error_code bindAndListen(tcp::acceptor& listener, const tcp::endpoint& endpoint) {
@@ -59,6 +62,7 @@ ConnectionLoop::ConnectionLoop(PhoneDocuments documents, const ServerLimits& lim
                std::make_shared<UploadBudget>(m_context, limits.heldBytes),
                std::move(deliver),
                [this] { admitNext(); },
+               [this] { return m_next.has_value() || m_shared.budget->isAwaited(); },
                [this](PhoneConnection& connection) { closed(connection); },
                {}},
       m_pause(*m_context),
@@ -87,7 +91,12 @@ std::optional<std::uint16_t> ConnectionLoop::listen(std::uint16_t port) {
 }
 
 void ConnectionLoop::stopListening() {
-    asio::post(*m_context, [this] { replaceListener(nullptr); });
+    std::promise<void> closed;
+    asio::dispatch(*m_context, [&] {
+        replaceListener(nullptr);
+        closed.set_value();
+    });
+    closed.get_future().wait();
 }
 
 void ConnectionLoop::run() {
@@ -114,20 +123,25 @@ void ConnectionLoop::replaceListener(std::shared_ptr<tcp::acceptor> listener) {
 void ConnectionLoop::accept() {
     if (!m_listener || m_isAccepting || m_next)
         return;
+    m_listener->async_wait(tcp::acceptor::wait_read,
+                           [this, listener = m_listener](const asio::error_code&) {
+                               if (listener == m_listener)
+                                   acceptPending();
+                           });
     m_isAccepting = true;
-    m_listener->async_accept(
-        [this, listener = m_listener](const asio::error_code& error, tcp::socket socket) {
-            if (listener == m_listener)
-                accepted(error, std::move(socket));
-        });
 }
 
-void ConnectionLoop::accepted(const asio::error_code& error, tcp::socket socket) {
+/// Only when a connection is pending: without a descriptor to spare, the system would report that
+/// rather than that there is none, and others would have given way to nobody.
+void ConnectionLoop::acceptPending() {
     m_isAccepting = false;
-    if (error == asio::error::connection_aborted)
+    tcp::socket socket(*m_context);
+    asio::error_code error;
+    m_listener->accept(socket, error);
+    if (error == asio::error::would_block || error == asio::error::connection_aborted)
         return accept();
     if (error)
-        return acceptAfterPause();
+        return makeWay() ? accept() : acceptAfterPause();
     m_next = std::move(socket);
     admitNext();
 }
@@ -140,14 +154,10 @@ void ConnectionLoop::acceptAfterPause() {
     });
 }
 
-/// At the limit the oldest connection that loses nothing gives way, so that silent ones cannot keep
-/// a phone out; where there is none, the next one waits.
+/// At the limit another gives way to the next one, or the next one waits.
 void ConnectionLoop::admitNext() {
     if (m_next && m_connections.size() >= m_shared.limits.connections) {
-        const auto oldest =
-            std::ranges::find_if(m_connections, [](const auto& c) { return c->isExpendable(); });
-        if (oldest != m_connections.end())
-            std::shared_ptr(*oldest)->close(); // which admits the next
+        makeWay(); // which admits the next
         return;
     }
     if (m_next) {
@@ -157,6 +167,18 @@ void ConnectionLoop::admitNext() {
         connection->start();
     }
     accept();
+}
+
+/// Closes the connection that is worth least, the longest idle of these; never one that works. So
+/// no number of silent or waiting ones can keep a phone out.
+bool ConnectionLoop::makeWay() {
+    const auto least = std::ranges::min_element(m_connections, {}, [](const auto& connection) {
+        return std::tuple(connection->worth(), connection->idleSince());
+    });
+    if (least == m_connections.end() || (*least)->worth() == PhoneConnection::Worth::working)
+        return false;
+    std::shared_ptr(*least)->close();
+    return true;
 }
 
 void ConnectionLoop::closed(PhoneConnection& connection) {

@@ -33,7 +33,7 @@ public:
     /// port cannot be had. Throws std::system_error when no socket can be made.
     std::optional<std::uint16_t> listen(std::uint16_t port);
 
-    /// Closes the listener. Accepted connections go on.
+    /// Closes the listener: its port is free when this returns. Accepted connections go on.
     void stopListening();
 
 private:
@@ -42,9 +42,10 @@ private:
     void run();
     void replaceListener(std::shared_ptr<asio::ip::tcp::acceptor> listener);
     void accept();
-    void accepted(const asio::error_code& error, asio::ip::tcp::socket socket);
+    void acceptPending();
     void acceptAfterPause();
     void admitNext();
+    bool makeWay();
     void closed(PhoneConnection& connection);
 
     std::shared_ptr<asio::io_context> m_context;
@@ -52,7 +53,7 @@ private:
     ConnectionShared m_shared;
     std::shared_ptr<asio::ip::tcp::acceptor> m_listener;
     asio::steady_timer m_pause;
-    Connections m_connections;                   // the longest open first
+    Connections m_connections;
     std::optional<asio::ip::tcp::socket> m_next; // accepted while there was no room
     bool m_isAccepting = false;
     std::thread m_thread;

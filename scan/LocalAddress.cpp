@@ -1,18 +1,15 @@
 #include "scan/LocalAddress.h"
 
-#include <QDBusConnection>
-#include <QDBusMessage>
-
+#include <cerrno>
 #include <chrono>
 #include <climits>
-#include <future>
 #include <ifaddrs.h>
 #include <memory>
 #include <net/if.h>
 #include <netdb.h>
 #include <netinet/in.h>
 #include <optional>
-#include <thread>
+#include <systemd/sd-bus.h>
 #include <unistd.h>
 
 namespace kopertal {
@@ -21,28 +18,60 @@ namespace {
 /// The responder is on this computer and answers within milliseconds, or not at all.
 constexpr std::chrono::milliseconds responderTimeout{1000};
 
-std::optional<QString> askResponder() {
-    QDBusMessage question = QDBusMessage::createMethodCall(
-        QStringLiteral("org.freedesktop.Avahi"), QStringLiteral("/"),
-        QStringLiteral("org.freedesktop.Avahi.Server"), QStringLiteral("GetHostName"));
-    question.setAutoStartService(false);
-    const QDBusMessage answer =
-        QDBusConnection::systemBus().call(question, QDBus::Block, responderTimeout.count());
-    if (answer.type() != QDBusMessage::ReplyMessage || answer.signature() != u"s")
-        return {};
-    return answer.arguments().constFirst().toString().trimmed();
+struct CloseBus {
+    void operator()(sd_bus* bus) const { sd_bus_close_unref(bus); }
+};
+
+struct Answer {
+    bool hasCome = false;
+    std::optional<QString> name;
+};
+
+int takeAnswer(sd_bus_message* message, void* answer, sd_bus_error*) {
+    const char* name = nullptr;
+    static_cast<Answer*>(answer)->hasCome = true;
+    if (!sd_bus_message_is_method_error(message, nullptr) &&
+        sd_bus_message_read_basic(message, SD_BUS_TYPE_STRING, &name) > 0)
+        static_cast<Answer*>(answer)->name = QString::fromUtf8(name).trimmed();
+    return 0;
 }
 
-/// On a thread of its own, left behind where it hangs: connecting to the bus knows no time limit.
+bool askName(sd_bus* bus, Answer& answer) {
+    sd_bus_message* question = nullptr;
+    const bool isAsked =
+        sd_bus_message_new_method_call(bus, &question, "org.freedesktop.Avahi", "/",
+                                       "org.freedesktop.Avahi.Server", "GetHostName") >= 0 &&
+        sd_bus_message_set_auto_start(question, 0) >= 0 &&
+        sd_bus_call_async(bus, nullptr, question, takeAnswer, &answer, 0) >= 0;
+    sd_bus_message_unref(question);
+    return isAsked;
+}
+
+/// The connecting is part of what is waited for: a bus that hangs costs no more than a responder
+/// that does.
 std::optional<QString> announcedName() {
-    std::promise<std::optional<QString>> promise;
-    std::future<std::optional<QString>> name = promise.get_future();
-    std::thread([promise = std::move(promise)]() mutable {
-        promise.set_value(askResponder());
-    }).detach();
-    if (name.wait_for(responderTimeout) != std::future_status::ready)
+    using Clock = std::chrono::steady_clock;
+    sd_bus* opened = nullptr;
+    if (sd_bus_open_system(&opened) < 0)
         return {};
-    return name.get();
+    const std::unique_ptr<sd_bus, CloseBus> bus(opened);
+    Answer answer;
+    if (!askName(bus.get(), answer))
+        return {};
+    const auto end = Clock::now() + responderTimeout;
+    while (!answer.hasCome) {
+        const int processed = sd_bus_process(bus.get(), nullptr);
+        const auto left =
+            std::chrono::duration_cast<std::chrono::microseconds>(end - Clock::now()).count();
+        if (processed < 0 || left <= 0)
+            return {};
+        if (processed > 0)
+            continue;
+        const int waited = sd_bus_wait(bus.get(), static_cast<std::uint64_t>(left));
+        if (waited < 0 && waited != -EINTR)
+            return {};
+    }
+    return answer.name;
 }
 
 std::optional<QString> systemName() {

@@ -10,6 +10,13 @@ namespace kopertal {
 
 using asio::ip::tcp;
 
+namespace {
+
+/// How often an upload looks whether it is in others' way.
+constexpr std::chrono::milliseconds paceCheck{250};
+
+} // namespace
+
 PhoneConnection::PhoneConnection(tcp::socket socket, ConnectionShared& shared)
     : m_socket(std::move(socket)), m_timer(m_socket.get_executor()), m_shared(shared) {
 }
@@ -33,8 +40,17 @@ void PhoneConnection::close() {
     m_shared.closed(*this);
 }
 
-bool PhoneConnection::isExpendable() const {
-    return m_step == Step::header || m_step == Step::discard;
+PhoneConnection::Worth PhoneConnection::worth() const {
+    switch (m_step) {
+    case Step::header:
+        return Worth::silent;
+    case Step::discard:
+        return Worth::answered;
+    case Step::room:
+        return Worth::waiting;
+    default:
+        return Worth::working;
+    }
 }
 
 void PhoneConnection::awaitHeader() {
@@ -64,15 +80,34 @@ void PhoneConnection::readHeader() {
 }
 
 void PhoneConnection::awaitRoom(const Upload& upload) {
-    enter(Step::room, m_shared.limits.body);
-    m_bodyDeadline = m_deadline;
+    enter(Step::room, m_shared.limits.room);
     m_declared = upload.length;
     m_bodyStart = upload.bodyStart.substr(0, m_declared);
-    m_shared.budget->reserve(
-        m_declared, this, [this](Reservation reservation) { startBody(std::move(reservation)); });
+    asio::error_code error;
+    const tcp::endpoint peer = m_socket.remote_endpoint(error);
+    m_shared.budget->reserve(m_declared, {peer.address(), this}, [this](Reservation reservation) {
+        startBody(std::move(reservation));
+    });
+    if (m_step == Step::room) {
+        noticeLoss();
+        m_shared.becameExpendable();
+    }
+}
+
+/// While nothing is read, a lost peer would go unnoticed. An orderly end is none: its body may be
+/// all there.
+void PhoneConnection::noticeLoss() {
+    m_socket.async_wait(tcp::socket::wait_error,
+                        [self = shared_from_this()](const asio::error_code& error) {
+                            if (!error && self->m_step == Step::room)
+                                self->close();
+                        });
 }
 
 void PhoneConnection::startBody(Reservation reservation) {
+    asio::error_code error;
+    m_socket.cancel(error); // the wait for a loss
+    m_bodyBegin = Clock::now();
     m_body = std::make_shared<UploadMemory>(m_declared, std::move(reservation));
     m_collected = std::exchange(m_bodyStart, {}).copy(m_body->data(), m_declared);
     if (m_collected == m_declared)
@@ -92,8 +127,9 @@ void PhoneConnection::readBody() {
                 return self->deliver();
             if (error)
                 return self->close();
-            self->m_deadline =
-                std::min(Clock::now() + self->m_shared.limits.bodyIdle, self->m_bodyDeadline);
+            self->m_idleSince = Clock::now();
+            self->m_deadline = std::min(self->m_idleSince + self->m_shared.limits.bodyIdle,
+                                        self->m_bodyBegin + self->m_shared.limits.body);
             self->readBody();
         });
 }
@@ -118,7 +154,7 @@ void PhoneConnection::send(Answer answer) {
                               return self->close();
                           self->enter(Step::discard, self->m_shared.limits.discard);
                           self->awaitRest();
-                          self->m_shared.answered();
+                          self->m_shared.becameExpendable();
                       });
 }
 
@@ -137,27 +173,37 @@ void PhoneConnection::discardRest() {
     m_discarded += m_socket.read_some(asio::buffer(m_shared.readBuffer), error);
     if ((error && error != asio::error::would_block) || m_discarded > m_shared.limits.discardBytes)
         return close();
+    m_idleSince = Clock::now();
     awaitRest();
 }
 
 void PhoneConnection::enter(Step step, Clock::duration limit) {
     m_step = step;
-    m_deadline = Clock::now() + limit;
-    if (step == Step::body)
-        m_deadline = std::min(m_deadline, m_bodyDeadline);
+    m_idleSince = Clock::now();
+    m_deadline = m_idleSince + limit;
     armTimer();
 }
 
 void PhoneConnection::armTimer() {
-    m_timer.expires_at(m_deadline);
+    m_timer.expires_at(m_step == Step::body ? std::min(m_deadline, Clock::now() + paceCheck)
+                                            : m_deadline);
     m_timer.async_wait([self = shared_from_this()](const asio::error_code& error) {
         if (error || self->m_step == Step::closed)
             return;
-        if (Clock::now() >= self->m_deadline)
+        const bool isInTheWay = self->isTooSlow() && self->m_shared.isAwaited();
+        if (Clock::now() >= self->m_deadline || isInTheWay)
             self->close();
         else
             self->armTimer();
     });
+}
+
+bool PhoneConnection::isTooSlow() const {
+    const auto late = Clock::now() - m_bodyBegin - m_shared.limits.paceGrace;
+    if (m_step != Step::body || late <= Clock::duration::zero())
+        return false;
+    const std::chrono::duration<double> pace = m_shared.limits.pace;
+    return static_cast<double>(m_collected) < static_cast<double>(m_declared) * (late / pace);
 }
 
 } // namespace kopertal

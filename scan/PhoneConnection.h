@@ -24,7 +24,8 @@ struct ConnectionShared {
     ServerLimits limits;
     std::shared_ptr<UploadBudget> budget;
     std::function<void(ReceivedPhoto)> deliver;
-    std::function<void()> answered; // a connection has become expendable
+    std::function<void()> becameExpendable; // a connection may now give way
+    std::function<bool()> isAwaited;        // somebody has no room, or no connection
     std::function<void(PhoneConnection&)> closed;
     std::array<char, maxReadBytes> readBuffer{}; // one for all: nothing stays in it between reads
 };
@@ -34,22 +35,32 @@ struct ConnectionShared {
 /// it is closed, which a time limit ensures at every step.
 class PhoneConnection : public std::enable_shared_from_this<PhoneConnection> {
 public:
+    using Clock = std::chrono::steady_clock;
+
+    /// What its end would cost, the least first.
+    enum class Worth {
+        silent,   ///< it has said nothing yet
+        answered, ///< it has its answer, which the peer may not have read
+        waiting,  ///< an upload of which nothing was read, for want of room
+        working,  ///< never to be closed for another's sake
+    };
+
     PhoneConnection(asio::ip::tcp::socket socket, ConnectionShared& shared);
 
     void start();
     void close();
 
-    /// Whether nobody loses anything when it is closed now: it has said nothing yet, or has its
-    /// answer.
-    bool isExpendable() const;
+    Worth worth() const;
+    /// Since when it has neither come to its present step nor got on in it.
+    Clock::time_point idleSince() const { return m_idleSince; }
 
 private:
-    using Clock = std::chrono::steady_clock;
     enum class Step { header, room, body, answer, discard, closed };
 
     void awaitHeader();
     void readHeader();
     void awaitRoom(const Upload& upload);
+    void noticeLoss();
     void startBody(Reservation reservation);
     void readBody();
     void deliver();
@@ -59,13 +70,15 @@ private:
 
     void enter(Step step, Clock::duration limit);
     void armTimer();
+    bool isTooSlow() const;
 
     asio::ip::tcp::socket m_socket;
     asio::steady_timer m_timer;
     ConnectionShared& m_shared;
     Step m_step = Step::header;
-    Clock::time_point m_deadline;     // of this step, moved on by progress
-    Clock::time_point m_bodyDeadline; // of the whole upload
+    Clock::time_point m_deadline;  // of this step, moved on by progress
+    Clock::time_point m_idleSince; // likewise
+    Clock::time_point m_bodyBegin;
     std::string m_answer;
     std::string m_bodyStart; // while waiting for room
     std::shared_ptr<UploadMemory> m_body;

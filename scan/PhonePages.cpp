@@ -3,12 +3,15 @@
 #include <QFile>
 #include <QString>
 
+#include <stdexcept>
+
 namespace kopertal {
 namespace {
 
 std::string embedded(const char* name) {
     QFile file(QStringLiteral(":/phone/") + QString::fromLatin1(name));
-    file.open(QIODevice::ReadOnly);
+    if (!file.open(QIODevice::ReadOnly))
+        throw std::runtime_error("The program lacks its page " + std::string(name));
     return file.readAll().toStdString();
 }
 

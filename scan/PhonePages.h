@@ -4,7 +4,8 @@
 
 namespace kopertal {
 
-/// The documents that the program carries for the phone.
+/// The documents that the program carries for the phone. Throws std::runtime_error when it was
+/// built without them.
 PhoneDocuments phonePages();
 
 } // namespace kopertal

@@ -115,6 +115,8 @@ void runPhotoWorker() {
     answerOnFatalSignals();
     alarm(mostSeconds);
     exitWithReader();
+    // What libraries say about a stranger's bytes is not for the user's terminal.
+    qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     loadAll();
     if (const QString problem = enterSandbox(); !problem.isEmpty()) {
         std::fprintf(stderr, "Nie można odizolować rozpoznawania: %s\n", qPrintable(problem));

@@ -44,7 +44,7 @@ public:
     /// thread or socket. A port that cannot be had is not an error: port() stays what it was.
     void start(std::optional<std::uint16_t> fixedPort = {});
 
-    /// Ends listening. Accepted connections go on to their end.
+    /// Ends listening: the port is free when this returns. Accepted connections go on to their end.
     void stop();
 
     /// The bound port; 0 before the first successful start, and never again after it.

@@ -13,8 +13,16 @@ struct ServerLimits {
     std::chrono::milliseconds header{10'000};
     /// Between two reads of a body: a phone that has lost its Wi-Fi for longer has given up.
     std::chrono::milliseconds bodyIdle{10'000};
-    /// A whole body, the wait for room included: 50 MiB over a poor link of 7 Mbit/s.
+    /// A whole body: 50 MiB over a poor link of 7 Mbit/s.
     std::chrono::milliseconds body{60'000};
+    /// An upload's wait for room, before any of its body: the phone has given up by then.
+    std::chrono::milliseconds room{10'000};
+    /// While others wait for what an upload takes up, it must get on: after the grace, which is a
+    /// phone's short loss of Wi-Fi and leaves a waiting phone most of its 10 s, it must be on
+    /// course to be whole within the pace, a third of the speed that a phone's 10 s need. With
+    /// nobody waiting, only the times above bind.
+    std::chrono::milliseconds paceGrace{3'000};
+    std::chrono::milliseconds pace{30'000};
     /// An answer is a few kilobytes: a peer that takes none of it for this long is gone.
     std::chrono::milliseconds answer{10'000};
     /// After the answer, for what the peer is still sending: a phone reads the answer to an upload

@@ -1,20 +1,28 @@
 #pragma once
 
 #include <asio/io_context.hpp>
+#include <asio/ip/address.hpp>
 
 #include <cstddef>
 #include <deque>
 #include <functional>
+#include <map>
 #include <memory>
 
 namespace kopertal {
 
 class UploadBudget;
 
+/// Who asks for room: the address, and which of its uploads.
+struct UploadOwner {
+    asio::ip::address peer;
+    const void* upload = nullptr;
+};
+
 /// A granted part of the budget: given back when it goes, on whatever thread.
 class Reservation {
 public:
-    Reservation(std::weak_ptr<UploadBudget> budget, std::size_t bytes);
+    Reservation(std::weak_ptr<UploadBudget> budget, std::size_t bytes, asio::ip::address peer);
     Reservation(Reservation&&) = default;
     Reservation& operator=(Reservation&&) = delete;
     ~Reservation();
@@ -25,10 +33,13 @@ public:
 private:
     std::weak_ptr<UploadBudget> m_budget;
     std::size_t m_bytes;
+    asio::ip::address m_peer;
 };
 
-/// How many bytes all uploads of a server may hold at once. First come, first served, so that small
-/// uploads cannot pass a large one for ever. Used on the thread that runs `context`.
+/// How many bytes all uploads of a server may hold at once. The peer that holds least is served
+/// first, so that one with many uploads cannot keep out a phone with one; among equals who came
+/// first, so that small uploads cannot pass a large one for ever. Used on the thread that runs
+/// `context`.
 class UploadBudget : public std::enable_shared_from_this<UploadBudget> {
 public:
     UploadBudget(std::shared_ptr<asio::io_context> context, std::size_t capacity);
@@ -39,26 +50,32 @@ public:
 
     /// Calls `grant` when there is room for `bytes` or the least reservation, which may be at once;
     /// what exceeds the whole capacity is granted alone.
-    void reserve(std::size_t bytes, const void* asker, std::function<void(Reservation)> grant);
+    void reserve(std::size_t bytes, const UploadOwner& owner,
+                 std::function<void(Reservation)> grant);
 
-    /// Forgets what `asker` still waits for.
-    void withdraw(const void* asker);
+    /// Forgets what `upload` still waits for.
+    void withdraw(const void* upload);
+
+    /// Whether an upload waits for room.
+    bool isAwaited() const { return !m_waiting.empty(); }
 
     /// Makes room again. May be called on any thread.
-    void giveBack(std::size_t bytes);
+    void giveBack(std::size_t bytes, const asio::ip::address& peer);
 
 private:
     struct Request {
         std::size_t bytes;
-        const void* asker;
+        UploadOwner owner;
         std::function<void(Reservation)> grant;
     };
 
     void serveWaiting();
+    std::size_t heldBy(const asio::ip::address& peer) const;
 
     std::shared_ptr<asio::io_context> m_context;
     std::size_t m_capacity;
     std::size_t m_held = 0;
+    std::map<asio::ip::address, std::size_t> m_heldByPeer;
     std::deque<Request> m_waiting;
 };
 

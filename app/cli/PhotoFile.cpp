@@ -1,35 +1,123 @@
 #include "app/cli/PhotoFile.h"
 
+#include "scan/PhotoFormat.h"
 #include "scan/ReceivedPhoto.h"
 
 #include <QDir>
-#include <QTemporaryFile>
+#include <QFile>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <fcntl.h>
 #include <stdexcept>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
 
 namespace kopertal {
 namespace {
 
-using namespace std::string_view_literals;
-
-/// The ending of the image format whose signature the bytes begin with; empty for none.
-QString imageEnding(std::string_view bytes) {
-    struct Signature {
-        std::size_t at;
-        std::string_view mark;
-        const char* ending;
-    };
-    static constexpr Signature signatures[] = {
-        {0, "\xFF\xD8\xFF"sv, ".jpg"}, {0, "\x89PNG\r\n\x1A\n"sv, ".png"},
-        {8, "WEBP"sv, ".webp"},        {4, "ftypavif"sv, ".avif"},
-        {4, "ftyp"sv, ".heic"},        {0, "GIF8"sv, ".gif"},
-        {0, "II*\0"sv, ".tiff"},       {0, "MM\0*"sv, ".tiff"}};
-    for (const Signature& signature : signatures) {
-        if (bytes.size() > signature.at && bytes.substr(signature.at).starts_with(signature.mark))
-            return QString::fromLatin1(signature.ending);
+/// The ending of the image format that the bytes begin as; empty for none.
+QString imageEnding(QByteArrayView bytes) {
+    switch (photoFormat(bytes)) {
+    case PhotoFormat::unknown:
+        return {};
+    case PhotoFormat::jpeg:
+        return QStringLiteral(".jpg");
+    case PhotoFormat::png:
+        return QStringLiteral(".png");
+    case PhotoFormat::webp:
+        return QStringLiteral(".webp");
+    case PhotoFormat::tiff:
+        return QStringLiteral(".tiff");
+    case PhotoFormat::bmp:
+        return QStringLiteral(".bmp");
+    case PhotoFormat::gif:
+        return QStringLiteral(".gif");
+    case PhotoFormat::heif:
+        break;
     }
-    return {};
+    return bytes.sliced(8).startsWith("avi") ? QStringLiteral(".avif") : QStringLiteral(".heic");
 }
+
+/// The usual reasons in the program's language, which the system need not have.
+std::string reason(int error) {
+    switch (error) {
+    case ENOSPC:
+        return "na dysku zabrakło miejsca";
+    case EDQUOT:
+        return "limit miejsca użytkownika na dysku został przekroczony";
+    case EFBIG:
+        return "plik byłby za duży";
+    case EACCES:
+    case EPERM:
+        return "brak uprawnień do zapisu w folderze";
+    case EROFS:
+        return "dysk jest tylko do odczytu";
+    case ENOENT:
+    case ENOTDIR:
+        return "folderu już nie ma";
+    case EIO:
+        return "błąd dysku";
+    default:
+        return std::generic_category().message(error);
+    }
+}
+
+[[noreturn]] void fail() {
+    throw std::runtime_error(reason(errno));
+}
+
+/// A file that is being written, gone when it did not become complete.
+class UnfinishedFile {
+public:
+    explicit UnfinishedFile(const QDir& folder)
+        : m_path(QFile::encodeName(folder.absoluteFilePath(QStringLiteral(".kopertal-XXXXXX")))),
+          m_descriptor(mkostemp(m_path.data(), O_CLOEXEC)) { // mode 0600
+        if (m_descriptor < 0)
+            fail();
+    }
+    ~UnfinishedFile() {
+        close(m_descriptor);
+        if (!m_isComplete)
+            unlink(m_path.constData());
+    }
+    UnfinishedFile(const UnfinishedFile&) = delete;
+    UnfinishedFile& operator=(const UnfinishedFile&) = delete;
+
+    void write(std::string_view bytes) {
+        while (!bytes.empty()) {
+            const ssize_t count = ::write(m_descriptor, bytes.data(), bytes.size());
+            if (count >= 0)
+                bytes.remove_prefix(static_cast<std::size_t>(count));
+            else if (errno != EINTR)
+                fail();
+        }
+        if (fsync(m_descriptor) != 0)
+            fail();
+    }
+
+    /// False when `path` is taken.
+    bool rename(const QByteArray& path) {
+        int error =
+            renameat2(AT_FDCWD, m_path.constData(), AT_FDCWD, path.constData(), RENAME_NOREPLACE);
+        if (error != 0 && errno == EINVAL) { // not on this kind of disk
+            error = link(m_path.constData(), path.constData());
+            if (error == 0)
+                unlink(m_path.constData());
+        }
+        if (error != 0 && errno != EEXIST)
+            fail();
+        m_isComplete = error == 0;
+        return m_isComplete;
+    }
+
+private:
+    QByteArray m_path;
+    int m_descriptor;
+    bool m_isComplete = false;
+};
 
 } // namespace
 
@@ -44,23 +132,13 @@ PhotoFile photoFile(const ReceivedPhoto& photo) {
 QString savePhoto(const ReceivedPhoto& photo, const QString& folder, const QDateTime& arrival) {
     const PhotoFile contents = photoFile(photo);
     const QDir target(folder);
-    QTemporaryFile file(target.filePath(QStringLiteral(".kopertal-XXXXXX")));
-    const auto size = static_cast<qint64>(contents.bytes.size());
-    if (!file.open() || file.write(contents.bytes.data(), size) != size || !file.flush())
-        throw std::runtime_error(file.errorString().toStdString());
-    // From here on a file with a name: QTemporaryFile::rename() loses one that has none when the
-    // new name is taken.
-    QFile complete(file.fileName());
-
-    const QString stem =
-        QStringLiteral("zdjecie_") + arrival.toString(QStringLiteral("yyyyMMdd_HHmmss"));
-    QString path = target.absoluteFilePath(stem + contents.ending);
-    for (int k = 1; !complete.rename(path); ++k) { // which never replaces a file
-        if (!QFileInfo::exists(path) && !QFileInfo(path).isSymLink())
-            throw std::runtime_error(complete.errorString().toStdString());
-        path = target.absoluteFilePath(stem + u'_' + QString::number(k) + contents.ending);
-    }
-    file.setAutoRemove(false);
+    UnfinishedFile file(target);
+    file.write(contents.bytes);
+    const QString stem = target.absoluteFilePath(
+        QStringLiteral("zdjecie_") + arrival.toString(QStringLiteral("yyyyMMdd_HHmmss")));
+    QString path = stem + contents.ending;
+    for (int k = 1; !file.rename(QFile::encodeName(path)); ++k)
+        path = stem + u'_' + QString::number(k) + contents.ending;
     return path;
 }
 

@@ -20,8 +20,9 @@ struct PhotoFile {
 PhotoFile photoFile(const ReceivedPhoto& photo);
 
 /// Writes the photo into `folder` under a new name made of `arrival`, never over another file and
-/// visible only when complete. Returns its path; throws std::runtime_error with the system's
-/// reason.
+/// visible only when complete and on the disk. Nobody but its owner may read it, whatever the
+/// umask: photos show whom letters go to. Returns its path; throws std::runtime_error with the
+/// reason in Polish, and leaves nothing behind.
 QString savePhoto(const ReceivedPhoto& photo, const QString& folder, const QDateTime& arrival);
 
 } // namespace kopertal

@@ -13,16 +13,20 @@
 #include "scan/ScanServer.h"
 
 #include <QCoreApplication>
+#include <QEventLoop>
 #include <QFile>
 #include <QFileInfo>
 #include <QLocale>
+#include <QTimer>
 
 #include <charconv>
+#include <chrono>
 #include <cstring>
 #include <exception>
 #include <getopt.h>
 #include <optional>
 #include <unistd.h>
+#include <utility>
 #include <variant>
 
 namespace kopertal {
@@ -31,17 +35,22 @@ const char* const serveHelp =
     R"(Użycie: kopertal serve [--port N] [--save-photos FOLDER]
 
 Odbiera zdjęcia z telefonu w tej samej sieci: otwórz na nim podany adres albo
-zeskanuj kod QR. Wypisuje numery z każdego zdjęcia. Działa do Ctrl+C.
+zeskanuj kod QR. Wypisuje numery z każdego zdjęcia. Działa do Ctrl+C; odebrane
+zdjęcia odczytuje jeszcze do końca, chyba że naciśniesz Ctrl+C drugi raz.
 
       --port N              port serwera, 1–65535 (domyślnie: dowolny wolny)
       --save-photos FOLDER  zapisuj zdjęcia w FOLDERZE jako zdjecie_RRRRMMDD_GGMMSS,
-                            zawsze pod wolną nazwą
+                            zawsze pod wolną nazwą, czytelne tylko dla Ciebie
   -h, --help                pokaż tę pomoc
 
 Numery trafiają na standardowe wyjście, po jednym w wierszu; adres, kod QR
 i komunikaty na standardowe wyjście błędów.)";
 
 namespace {
+
+/// For the photos that are still being read at the end: a photo takes about a second, and two are
+/// read at once.
+constexpr std::chrono::seconds lastPhotosLimit{5};
 
 struct Options {
     std::optional<std::uint16_t> port; // without one, any free port
@@ -91,8 +100,10 @@ std::variant<Options, int> parseOptions(int count, char** arguments) {
 
 bool isUsable(const QString& folder) {
     const QFileInfo info(folder);
-    if (!info.isDir())
+    if (!info.exists())
         printMessage(QStringLiteral("Folder na zdjęcia nie istnieje: %1").arg(folder));
+    else if (!info.isDir())
+        printMessage(QStringLiteral("To nie jest folder: %1").arg(folder));
     else if (!info.isWritable())
         printMessage(QStringLiteral("W folderze na zdjęcia nie można zapisywać: %1").arg(folder));
     else
@@ -117,11 +128,21 @@ void showAddress(std::uint16_t port) {
     printMessage(QStringLiteral("Czekam na zdjęcia. Ctrl+C kończy."));
 }
 
+/// "1 bajt", "512 B", "3,4 MB".
+QString dataSize(std::size_t bytes) {
+    if (bytes == 1)
+        return QStringLiteral("1 bajt");
+    if (bytes < 1000)
+        return QStringLiteral("%1 B").arg(bytes);
+    const bool isMega = bytes >= 999'950; // which would be "1000,0 kB"
+    const double amount = static_cast<double>(bytes) / (isMega ? 1e6 : 1e3);
+    return QLocale(QLocale::Polish).toString(amount, 'f', 1) +
+           (isMega ? QStringLiteral(" MB") : QStringLiteral(" kB"));
+}
+
 /// Says what arrived and keeps it where that was asked. False when it could not be kept.
 bool receive(const ReceivedPhoto& photo, const std::optional<QString>& folder) {
-    const QString size = QLocale(QLocale::Polish)
-                             .formattedDataSize(static_cast<qint64>(photo.whole().size()), 1,
-                                                QLocale::DataSizeSIFormat);
+    const QString size = dataSize(photo.whole().size());
     if (!folder) {
         printMessage(QStringLiteral("Odebrano zdjęcie (%1).").arg(size));
         return true;
@@ -148,6 +169,47 @@ RecognizerOptions recognizerOptions() {
     return options;
 }
 
+/// What becomes of the photos: kept, read, their numbers printed.
+class PhotoDesk {
+public:
+    explicit PhotoDesk(std::optional<QString> folder)
+        : m_folder(std::move(folder)), m_recognizer(recognizerOptions()) {}
+
+    void take(const ReceivedPhoto& photo) {
+        m_isAllDone = receive(photo, m_folder) && m_isAllDone;
+        ++m_unread;
+        deliver(m_recognizer.recognize(photoBytes(photo)), &m_recognizer,
+                [this](const PhotoResult& result) {
+                    m_isAllDone = printNumbers(QStringLiteral("Zdjęcie"), result) && m_isAllDone;
+                    if (--m_unread == 0)
+                        m_lastPhotos.quit();
+                });
+    }
+
+    /// Gives the photos that are still being read a little time. False when any photo was not kept,
+    /// or its numbers not printed.
+    bool finish() {
+        QCoreApplication::processEvents(); // what has just been handed over
+        if (m_unread > 0) {
+            printMessage(QStringLiteral("Odczytuję jeszcze odebrane zdjęcia (%1). "
+                                        "Ctrl+C kończy od razu.")
+                             .arg(m_unread));
+            QTimer::singleShot(lastPhotosLimit, &m_lastPhotos, &QEventLoop::quit);
+            m_lastPhotos.exec();
+        }
+        if (m_unread > 0)
+            printMessage(QStringLiteral("Nierozpoznane zdjęcia: %1").arg(m_unread));
+        return m_isAllDone && m_unread == 0;
+    }
+
+private:
+    std::optional<QString> m_folder;
+    PhotoRecognizer m_recognizer;
+    QEventLoop m_lastPhotos;
+    int m_unread = 0;
+    bool m_isAllDone = true;
+};
+
 int serve(const Options& options) {
     if (options.folder && !isUsable(*options.folder))
         return failed;
@@ -156,16 +218,9 @@ int serve(const Options& options) {
         QMetaObject::invokeMethod(QCoreApplication::instance(), &QCoreApplication::quit,
                                   Qt::QueuedConnection);
     });
-    bool isAllKept = true;
-    PhotoRecognizer recognizer(recognizerOptions());
+    PhotoDesk desk(options.folder);
     ScanServer server;
-    server.onPhotoReceived([&](const ReceivedPhoto& photo) {
-        isAllKept = receive(photo, options.folder) && isAllKept;
-        deliver(recognizer.recognize(photoBytes(photo)), &recognizer,
-                [&isAllKept](const PhotoResult& result) {
-                    isAllKept = printNumbers(QStringLiteral("Zdjęcie"), result) && isAllKept;
-                });
-    });
+    server.onPhotoReceived([&](const ReceivedPhoto& photo) { desk.take(photo); });
     server.start(options.port);
     if (server.port() == 0) {
         printMessage(options.port
@@ -177,7 +232,8 @@ int serve(const Options& options) {
     }
     showAddress(server.port());
     QCoreApplication::exec();
-    return isAllKept ? done : failed;
+    server.stop();
+    return desk.finish() ? done : failed;
 }
 
 } // namespace

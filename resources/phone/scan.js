@@ -25,6 +25,7 @@
       return span;
     }));
     status.className = `status ${style}`.trim();
+    status.scrollIntoView({ block: 'nearest' }); // for a phone on its side
   }
 
   function checkConnection() {
@@ -46,6 +47,7 @@
         'warning');
       photo.disabled = true;
       retry.hidden = false;
+      retry.scrollIntoView({ block: 'nearest' });
     };
     request.send();
   }

@@ -20,7 +20,8 @@ self.addEventListener('fetch', (event) => {
     try {
       const answer = await fetch(request);
       const copy = answer.clone();
-      event.waitUntil(caches.open(cacheName).then((cache) => cache.put(request, copy)));
+      event.waitUntil(caches.open(cacheName).then((cache) => cache.put(request, copy))
+        .catch(() => {})); // a full phone keeps nothing, and loses nothing but the offline start
       return answer;
     } catch {
       const cache = await caches.open(cacheName);

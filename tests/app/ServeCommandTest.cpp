@@ -3,22 +3,29 @@
 #include <QDir>
 #include <QProcess>
 #include <QRegularExpression>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <algorithm>
 #include <csignal>
-#include <memory>
 
 using namespace std::string_literals;
 
 namespace {
 
-/// The program's command, running.
+QByteArray contents(const QString& path) {
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+/// The program's command, running as a terminal would run it: in a process group of its own.
 class Serve {
 public:
-    explicit Serve(const QStringList& options) {
-        m_process.start(QStringLiteral(KOPERTAL_PROGRAM), QStringList{"serve"} + options);
+    /// `starter` is a command that starts another one.
+    explicit Serve(const QStringList& options, const QStringList& starter = {}) {
+        m_process.start(QStringLiteral("setsid"),
+                        starter + QStringList{KOPERTAL_PROGRAM, "serve"} + options);
         waitFor(QStringLiteral("Ctrl+C"));
         static const QRegularExpression address(QStringLiteral("^http://[0-9.]+:([0-9]+)$"),
                                                 QRegularExpression::MultilineOption);
@@ -42,9 +49,13 @@ public:
             .starts_with("HTTP/1.1 200");
     }
 
-    int end(int signal = SIGINT) {
+    void signal(int signal) {
         if (m_process.state() == QProcess::Running)
-            kill(static_cast<pid_t>(m_process.processId()), signal);
+            kill(-pid(), signal);
+    }
+
+    int end(int number = SIGINT) {
+        signal(number);
         m_process.waitForFinished(10'000);
         m_messages += QString::fromUtf8(m_process.readAllStandardError());
         return m_process.exitStatus() == QProcess::NormalExit ? m_process.exitCode() : -1;
@@ -52,18 +63,36 @@ public:
 
     QString messages() const { return m_messages; }
 
+    /// The process that reads a photo; 0 when there is none within a second.
+    pid_t reader() const {
+        pid_t child = 0;
+        const auto find = [&] {
+            for (const QString& task :
+                 QDir(proc("task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
+                child =
+                    std::max(child, contents(proc("task/" + task + "/children")).trimmed().toInt());
+            return contents(QStringLiteral("/proc/%1/cmdline").arg(child)).contains("--json");
+        };
+        return QTest::qWaitFor(find, 1000) ? child : 0;
+    }
+
+    /// The files in `folder` as the program sees it.
+    QStringList files(const QString& folder) const {
+        return QDir(proc("root") + folder)
+            .entryList(QDir::Files | QDir::Hidden | QDir::NoDotAndDotDot);
+    }
+
     quint16 port = 0;
 
 private:
+    pid_t pid() const { return static_cast<pid_t>(m_process.processId()); }
+    QString proc(const QString& what) const {
+        return QStringLiteral("/proc/%1/%2").arg(pid()).arg(what);
+    }
+
     QProcess m_process;
     QString m_messages;
 };
-
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    file.open(QIODevice::ReadOnly);
-    return file.readAll();
-}
 
 } // namespace
 
@@ -73,20 +102,60 @@ class ServeCommandTest : public QObject {
 private Q_SLOTS:
     void showsItsAddressAndEndsCleanly_data() {
         QTest::addColumn<int>("signal");
-        QTest::newRow("Ctrl+C") << SIGINT;
-        QTest::newRow("terminate") << SIGTERM;
-        QTest::newRow("terminal closed") << SIGHUP;
+        QTest::addColumn<int>("size");
+        QTest::addColumn<QString>("shown");
+        QTest::newRow("Ctrl+C") << SIGINT << 1 << "(1 bajt)";
+        QTest::newRow("terminate") << SIGTERM << 512 << "(512 B)";
+        QTest::newRow("terminal closed") << SIGHUP << 3'400'000 << "(3,4 MB)";
+        QTest::newRow("nearly a megabyte") << SIGINT << 999'949 << "(999,9 kB)";
+        QTest::newRow("about a megabyte") << SIGINT << 999'950 << "(1,0 MB)";
     }
 
     void showsItsAddressAndEndsCleanly() {
         QFETCH(int, signal);
+        QFETCH(int, size);
+        QFETCH(QString, shown);
         Serve serve({});
         QVERIFY(serve.port != 0);
         QVERIFY(serve.messages().contains(QStringLiteral("▀▀▀▀▀▀▀"))); // a finder pattern
         QVERIFY(RawClient::ask(serve.port, "GET /ping\r\n\r\n").ends_with("ok"));
-        QVERIFY(serve.upload(std::string(2'340'000, 'x')));
-        QVERIFY(serve.waitFor(QStringLiteral("Odebrano zdjęcie (2,3 MB).")));
+        QVERIFY(serve.upload(std::string(static_cast<std::size_t>(size), 'x')));
+        QVERIFY(serve.waitFor(QStringLiteral("Odebrano zdjęcie %1.").arg(shown)));
         QCOMPARE(serve.end(signal), 0);
+    }
+
+    void readsWhatItHasBeforeItEnds_data() {
+        QTest::addColumn<bool>("isReaderStuck");
+        QTest::addColumn<int>("signals");
+        QTest::addColumn<int>("exitCode");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("a photo just received")
+            << false << 1 << 0 << "Zdjęcie: nie można odczytać zdjęcia";
+        QTest::newRow("not for ever") << true << 1 << 1 << "Nierozpoznane zdjęcia: 1";
+        QTest::newRow("not after a second Ctrl+C")
+            << true << 2 << 128 + SIGINT << "Odczytuję jeszcze odebrane zdjęcia (1)";
+    }
+
+    void readsWhatItHasBeforeItEnds() {
+        QFETCH(bool, isReaderStuck);
+        QFETCH(int, signals);
+        Serve serve({});
+        QVERIFY(serve.upload("\xFF\xD8\xFF\xE0" + std::string(3'000'000, 'x')));
+        const pid_t reader = isReaderStuck ? serve.reader() : 0;
+        const auto cleanUp = qScopeGuard([=] {
+            if (reader > 0)
+                kill(reader, SIGKILL);
+        });
+        if (isReaderStuck)
+            QVERIFY(reader > 0 && kill(reader, SIGSTOP) == 0);
+        if (signals == 2) {
+            serve.signal(SIGINT);
+            QVERIFY(serve.waitFor(QStringLiteral("Odczytuję")));
+        }
+        QTEST(serve.end(), "exitCode");
+        QFETCH(QString, message);
+        QVERIFY2(serve.messages().contains(message), qPrintable(serve.messages()));
+        QVERIFY2(!serve.messages().contains("qt."), qPrintable(serve.messages()));
     }
 
     void savesEveryPhotoUnderAFreeName() {
@@ -113,6 +182,7 @@ private Q_SLOTS:
         for (const QFileInfo& file : there.entryInfoList(QDir::Files | QDir::Hidden)) {
             QVERIFY2(name.match(file.fileName()).hasMatch(), qPrintable(file.fileName()));
             QVERIFY(serve.messages().contains(file.filePath()));
+            QCOMPARE(file.permissions() & ~QFile::Permissions(0x0700), QFile::Permissions(0x6000));
             saved << file.suffix().toLatin1() + ' ' + contents(file.filePath());
         }
         std::ranges::sort(saved);
@@ -126,12 +196,37 @@ private Q_SLOTS:
         QCOMPARE(saved, expected);
     }
 
-    void saysWhatItCouldNotSave() {
-        auto folder = std::make_unique<QTemporaryDir>();
-        Serve serve({"--save-photos", folder->path()});
-        folder.reset();
-        QVERIFY(serve.upload("zdjecie"));
-        QVERIFY(serve.waitFor(QStringLiteral("nie udało się go zapisać")));
+    void saysWhyItCouldNotSave_data() {
+        QTest::addColumn<QStringList>("starter");
+        QTest::addColumn<QString>("reason");
+        QTest::newRow("the folder is gone") << QStringList() << "folderu już nie ma";
+        QTest::newRow("the disk is full")
+            << QStringList{"unshare",
+                           "--user",
+                           "--map-root-user",
+                           "--mount",
+                           "sh",
+                           "-c",
+                           "mount -t tmpfs -o size=64k none \"$4\" && exec \"$@\"",
+                           "sh"}
+            << "na dysku zabrakło miejsca";
+        QTest::newRow("files may not be as large")
+            << QStringList{"prlimit", "--fsize=65536"} << "plik byłby za duży";
+    }
+
+    void saysWhyItCouldNotSave() {
+        QFETCH(QStringList, starter);
+        QFETCH(QString, reason);
+        QTemporaryDir folder;
+        Serve serve({"--save-photos", folder.path()}, starter);
+        if (serve.messages().contains("unshare:"))
+            QSKIP("disks cannot be mounted here");
+        if (starter.isEmpty())
+            folder.remove();
+        QVERIFY(serve.upload(std::string(100'000, 'x')));
+        QVERIFY2(serve.waitFor("ale nie udało się go zapisać: " + reason),
+                 qPrintable(serve.messages()));
+        QCOMPARE(serve.files(folder.path()), QStringList()); // nothing half-written
         QVERIFY(RawClient::ask(serve.port, "GET /ping\r\n\r\n").ends_with("ok")); // goes on
         QCOMPARE(serve.end(), 1);
     }
@@ -148,15 +243,19 @@ private Q_SLOTS:
     void refusesWrongUsage_data() {
         QTest::addColumn<QStringList>("options");
         QTest::addColumn<int>("exitCode");
-        QTest::newRow("help") << QStringList{"--help"} << 0;
+        QTest::addColumn<QString>("message");
+        QTest::newRow("help") << QStringList{"--help"} << 0 << "";
         for (const char* port :
              {"0", "65536", "-1", "+80", " 80", "80x", "", "99999999999999999999"})
-            QTest::addRow("port '%s'", port) << QStringList{"--port", port} << 2;
-        QTest::newRow("no port") << QStringList{"--port"} << 2;
-        QTest::newRow("unknown option") << QStringList{"--prot", "80"} << 2;
-        QTest::newRow("an argument") << QStringList{"80"} << 2;
-        QTest::newRow("no such folder") << QStringList{"--save-photos", "/nie/ma"} << 1;
-        QTest::newRow("a file, no folder") << QStringList{"--save-photos", KOPERTAL_PROGRAM} << 1;
+            QTest::addRow("port '%s'", port)
+                << QStringList{"--port", port} << 2 << "Port musi być liczbą";
+        QTest::newRow("no port") << QStringList{"--port"} << 2 << "Brakuje wartości";
+        QTest::newRow("unknown option") << QStringList{"--prot", "80"} << 2 << "--prot";
+        QTest::newRow("an argument") << QStringList{"80"} << 2 << "Nieoczekiwany argument: 80";
+        QTest::newRow("no such folder")
+            << QStringList{"--save-photos", "/nie/ma"} << 1 << "nie istnieje: /nie/ma";
+        QTest::newRow("a file, no folder")
+            << QStringList{"--save-photos", KOPERTAL_PROGRAM} << 1 << "To nie jest folder";
     }
 
     void refusesWrongUsage() {
@@ -165,6 +264,8 @@ private Q_SLOTS:
         process.start(QStringLiteral(KOPERTAL_PROGRAM), QStringList{"serve"} + options);
         QVERIFY(process.waitForFinished(5000));
         QTEST(process.exitCode(), "exitCode");
+        QFETCH(QString, message);
+        QVERIFY(QString::fromUtf8(process.readAllStandardError()).contains(message));
     }
 };
 

@@ -376,6 +376,27 @@ class PhonePagesTest(unittest.TestCase):
         self.assertEqual(self.element('body').get_attribute('innerHTML'), before)
         self.assertEqual(len(self.server.photos()), 1)
 
+    def test_a_phone_that_can_keep_nothing_is_served(self):
+        self.open()
+        outcome = self.browser.execute_async_script("""
+            const done = arguments[0];
+            const listeners = {};
+            const worker = {addEventListener: (name, listener) => { listeners[name] = listener; }};
+            const full = {open: async () => ({put: async () => { throw new Error('full'); }})};
+            fetch('/sw.js').then((answer) => answer.text()).then(async (script) => {
+              new Function('self', 'caches', script)(worker, full);
+              let answer;
+              let kept;
+              listeners.fetch({
+                request: new Request('/ping'),
+                respondWith: (promise) => { answer = promise; },
+                waitUntil: (promise) => { kept = promise; },
+              });
+              const text = await (await answer).text();
+              kept.then(() => done(text), (error) => done(`not caught: ${error}`));
+            });""")
+        self.assertEqual(outcome, 'ok')
+
     def test_starts_offline_and_recovers(self):
         self.open(host='localhost')
         self.await_status(READY)
@@ -386,8 +407,13 @@ class PhonePagesTest(unittest.TestCase):
             self.server.address('/sw.js', 'localhost'))
         # Only "/" is kept so far: the page starts, the check finds nobody.
         self.server.stop()
+        set_screen(self.browser, 568, 320)
         self.browser.refresh()
         self.await_status(UNREACHABLE, 'warning')
+        self.assertLessEqual(self.browser.execute_script(
+            'return document.getElementById("retry").getBoundingClientRect().bottom'), 320)
+        self.picture('scan-unreachable-sideways')
+        set_screen(self.browser, 390, 844)
         self.picture('scan-unreachable')
         self.assertTrue(self.element('#retry').is_displayed())
         self.assertFalse(self.element('#photo').is_enabled())

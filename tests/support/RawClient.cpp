@@ -18,10 +18,14 @@ bool connectTo(int socket, const auto& address) {
 
 RawClient::RawClient(std::uint16_t port, Family family) {
     bool isConnected = false;
-    if (family == Family::v4) {
+    if (family != Family::v6) {
         m_socket = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
         sockaddr_in address{};
         address.sin_family = AF_INET;
+        if (family == Family::otherV4) {
+            address.sin_addr.s_addr = htonl(INADDR_LOOPBACK + 1);
+            bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address);
+        }
         address.sin_port = htons(port);
         address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
         isConnected = connectTo(m_socket, address);

@@ -9,7 +9,7 @@
 /// A TCP client on loopback that sends exactly the bytes it is told to, when it is told to.
 class RawClient {
 public:
-    enum class Family { v4, v6 };
+    enum class Family { v4, v6, otherV4 }; ///< the last comes from 127.0.0.2
 
     /// Connects; isOpen() tells whether that worked.
     explicit RawClient(std::uint16_t port, Family family = Family::v4);

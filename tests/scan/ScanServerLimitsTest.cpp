@@ -1,0 +1,302 @@
+#include "scan/UploadBudget.h"
+#include "tests/scan/RunningServer.h"
+
+#include <QElapsedTimer>
+
+#include <ctime>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+using namespace kopertal;
+using namespace kopertal::test;
+using namespace std::chrono_literals;
+using namespace std::string_literals;
+
+namespace {
+
+int lowestFreeDescriptor() {
+    const int descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    close(descriptor);
+    return descriptor;
+}
+
+/// Whether the server has closed a connection that it had answered.
+bool takesNothingMore(RawClient& client) {
+    return QTest::qWaitFor([&] { return !client.send("x"); }, 1000);
+}
+
+} // namespace
+
+class ScanServerLimitsTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void whoIsWorthLeastGivesWayAtTheLimit() {
+        ServerLimits limits;
+        limits.connections = 4;
+        limits.heldBytes = 1;
+        RunningServer s(limits);
+        std::vector<RawClient> clients;
+        const auto add = [&](const std::string& request) -> RawClient& {
+            clients.emplace_back(s.port);
+            clients.back().send(request);
+            letItRead();
+            return clients.back();
+        };
+        clients.reserve(9);
+        RawClient& working = add(uploadHead(4) + "ab");
+        RawClient& waiting = add(uploadHead(4));
+        RawClient& answered = add("GET /ping\r\n\r\n");
+        RawClient& silent = add("");
+        RawClient& second = add(uploadHead(4));
+        QCOMPARE(silent.readAll(2s), std::optional(""s));
+        QVERIFY(answered.send("x"));
+        letItRead();
+        QVERIFY(answered.send("x")); // still open
+        RawClient& third = add(uploadHead(4));
+        QVERIFY(takesNothingMore(answered));
+        QVERIFY(!waiting.readAll(50ms));
+        QCOMPARE(RawClient::ask(s.port, "GET /ping\r\n\r\n"), probe);
+        QCOMPARE(waiting.readAll(2s), std::optional(""s));
+        for (RawClient* upload : {&working, &second, &third}) {
+            upload->send(upload == &working ? "cd" : "abcd");
+            QCOMPARE(s.answerTo(*upload), accepted);
+        }
+    }
+
+    void newConnectionsWaitWhileAllAreUploading() {
+        ServerLimits limits;
+        limits.connections = 3;
+        RunningServer s(limits);
+        std::vector<RawClient> uploads;
+        for (int i = 0; i < 3; ++i) {
+            uploads.emplace_back(s.port);
+            uploads.back().send(uploadHead(4) + "ab");
+            letItRead();
+        }
+        RawClient waiting(s.port);
+        waiting.send("GET /ping\r\n\r\n");
+        QVERIFY(!waiting.readAll(300ms));
+        for (RawClient& upload : uploads) {
+            upload.send("cd");
+            QCOMPARE(upload.readAll().value_or(""), accepted);
+        }
+        uploads.clear();
+        QCOMPARE(waiting.readAll().value_or(""), probe);
+    }
+
+    void goesOnWithoutDescriptorsToSpare_data() {
+        QTest::addColumn<bool>("hasSilent");
+        QTest::newRow("a silent connection gives way") << true;
+        QTest::newRow("an upload is let finish") << false;
+    }
+
+    void goesOnWithoutDescriptorsToSpare() {
+        QFETCH(bool, hasSilent);
+        RunningServer s;
+        RawClient old(s.port);
+        if (!hasSilent)
+            old.send(uploadHead(4) + "ab");
+        letItRead();
+        rlimit whole{};
+        QCOMPARE(getrlimit(RLIMIT_NOFILE, &whole), 0);
+        const rlimit few{static_cast<rlim_t>(lowestFreeDescriptor()) + 1, whole.rlim_max};
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &few), 0);
+        RawClient next(s.port);
+        next.send("GET /ping\r\n\r\n");
+        const std::clock_t begin = std::clock();
+        const std::optional<std::string> answer = next.readAll(hasSilent ? 2s : 600ms);
+        const std::clock_t spent = std::clock() - begin;
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &whole), 0);
+        QCOMPARE(answer.has_value(), hasSilent);
+        QVERIFY2(spent < CLOCKS_PER_SEC / 5, "it spins");
+        if (hasSilent) {
+            QCOMPARE(*answer, probe);
+            QCOMPARE(old.readAll(2s), std::optional(""s));
+        } else {
+            QCOMPARE(next.readAll().value_or("not accepted"), probe);
+            old.send("cd");
+            QCOMPARE(old.readAll().value_or("closed"), accepted);
+        }
+    }
+
+    void endsWhatTakesTooLong_data() {
+        QTest::addColumn<std::string>("sent");
+        QTest::addColumn<bool>("dribbles"); // goes on sending one byte at a time
+        QTest::addColumn<int>("limit");     // ms
+        QTest::newRow("silent from the start") << ""s << false << 300;
+        QTest::newRow("silent in the body") << uploadHead(9) + "abc" << false << 400;
+        QTest::newRow("too slow in the body") << uploadHead(9000) + "abc" << true << 900;
+        QTest::newRow("answered and silent") << "GET /ping\r\n\r\n"s << false << 500;
+        QTest::newRow("answered and sending on") << "GET /ping\r\n\r\n"s << true << 500;
+    }
+
+    void endsWhatTakesTooLong() {
+        QFETCH(std::string, sent);
+        QFETCH(bool, dribbles);
+        QFETCH(int, limit);
+        ServerLimits limits;
+        limits.header = 300ms;
+        limits.bodyIdle = 400ms;
+        limits.body = 900ms;
+        limits.discard = 500ms;
+        RunningServer s(limits);
+        RawClient client(s.port);
+        QElapsedTimer clock;
+        clock.start();
+        client.send(sent);
+        if (!dribbles) {
+            const std::string answer = sent.starts_with("GET") ? probe : "";
+            QCOMPARE(client.readAll(3s), std::optional(answer));
+            if (!answer.empty())
+                QTest::qSleep(limit);
+        }
+        // A connection that is closed at the other end soon refuses to take more.
+        while (client.send("x") && clock.elapsed() < 3000)
+            QTest::qSleep(20);
+        QVERIFY2(clock.elapsed() >= limit - 50, qPrintable(QString::number(clock.elapsed())));
+        QVERIFY2(clock.elapsed() < limit + 800, qPrintable(QString::number(clock.elapsed())));
+        QVERIFY(s.photos.empty());
+    }
+
+    void aSlowUploadGivesWayToAWaitingOne_data() {
+        QTest::addColumn<int>("bytesPerTick");
+        QTest::addColumn<bool>("isAwaited");
+        QTest::addColumn<bool>("survives");
+        QTest::newRow("stalled") << 0 << true << false;
+        QTest::newRow("dribbling") << 1 << true << false;
+        QTest::newRow("dribbling, in nobody's way") << 1 << false << true;
+        QTest::newRow("on course") << 8000 << true << true; // 100,000 bytes in 1.25 s
+    }
+
+    void aSlowUploadGivesWayToAWaitingOne() {
+        QFETCH(int, bytesPerTick);
+        QFETCH(bool, isAwaited);
+        QFETCH(bool, survives);
+        ServerLimits limits;
+        limits.heldBytes = 1;
+        limits.paceGrace = 400ms;
+        limits.pace = 4000ms;
+        RunningServer s(limits);
+        RawClient slow(s.port);
+        slow.send(uploadHead(100'000));
+        letItRead();
+        RawClient waiting(s.port);
+        if (isAwaited)
+            waiting.send(upload("photo"));
+        int left = 100'000;
+        for (int tick = 0; tick < 12; ++tick, left -= bytesPerTick) {
+            slow.send(std::string(static_cast<std::size_t>(bytesPerTick), 'x'));
+            QTest::qSleep(100);
+        }
+        slow.send(std::string(static_cast<std::size_t>(left), 'x'));
+        QCOMPARE(s.answerTo(slow) == accepted, survives);
+        if (isAwaited)
+            QCOMPARE(s.answerTo(waiting), accepted);
+    }
+
+    void anUploadWithoutRoomWaitsWithinItsTime() {
+        ServerLimits limits;
+        limits.heldBytes = 10;
+        limits.room = 700ms;
+        RunningServer s(limits, true);
+        QCOMPARE(RawClient::ask(s.port, upload("12345678")), accepted);
+        QVERIFY(s.waitForPhotos(1));
+        // As long as the first photo is held, there is no room for a second one.
+        QCOMPARE(RawClient::ask(s.port, upload("abcdefgh")), "");
+        RawClient waiting(s.port);
+        waiting.send(upload("ABCDEFGH"));
+        letItRead();
+        s.held.clear();
+        QCOMPARE(waiting.readAll().value_or("still open"), accepted);
+        QVERIFY(s.waitForPhotos(2));
+        QCOMPARE(s.photos[1], "ABCDEFGH"s);
+    }
+
+    void aPeerThatIsLostWhileItWaitsIsLetGo() {
+        ServerLimits limits;
+        limits.heldBytes = 1;
+        RunningServer s(limits);
+        RawClient working(s.port);
+        working.send(uploadHead(4));
+        letItRead();
+        const int free = lowestFreeDescriptor();
+        RawClient waiting(s.port);
+        waiting.send(upload("abcd"));
+        letItRead();
+        waiting.reset();
+        QVERIFY(QTest::qWaitFor([&] { return lowestFreeDescriptor() == free; }, 1000));
+        RawClient next(s.port);
+        next.send(upload("next"));
+        working.send("work");
+        QCOMPARE(s.answerTo(next), accepted);
+        QVERIFY(s.waitForPhotos(2));
+        QCOMPARE(s.photos, (std::vector{"work"s, "next"s}));
+    }
+
+    void thePeerThatHoldsLeastIsServedFirst() {
+        ServerLimits limits;
+        limits.heldBytes = 2 * UploadBudget::leastReservation;
+        limits.room = 2000ms;
+        limits.paceGrace = 60'000ms;
+        RunningServer s(limits);
+        std::vector<RawClient> greedy;
+        for (int i = 0; i < 4; ++i) {
+            greedy.emplace_back(s.port);
+            greedy.back().send(uploadHead(1));
+            letItRead();
+        }
+        RawClient modest(s.port, RawClient::Family::otherV4);
+        modest.send(upload("m"));
+        letItRead();
+        greedy[0].send("1"); // gives its room to the other, though two came before
+        QCOMPARE(s.answerTo(modest), accepted);
+    }
+
+    void countsEveryUploadAsAtLeastTheMinimum() {
+        ServerLimits limits;
+        limits.heldBytes = 2 * UploadBudget::leastReservation;
+        RunningServer s(limits, true);
+        for (std::size_t count = 1; count <= 2; ++count) {
+            QCOMPARE(RawClient::ask(s.port, upload("x")), accepted);
+            QVERIFY(s.waitForPhotos(count));
+        }
+        RawClient third(s.port);
+        third.send(upload("x"));
+        QVERIFY(!third.readAll(300ms));
+        s.held.clear();
+        QCOMPARE(third.readAll().value_or("still open"), accepted);
+    }
+
+    void aShortUploadHoldsOnlyWhatArrived_data() {
+        QTest::addColumn<std::size_t>("size");
+        QTest::newRow("nothing") << std::size_t(0);
+        QTest::newRow("a few bytes") << std::size_t(3);
+        QTest::newRow("many pages") << std::size_t(300'001);
+    }
+
+    void aShortUploadHoldsOnlyWhatArrived() {
+        QFETCH(std::size_t, size);
+        ServerLimits limits;
+        limits.heldBytes = 1'000'000;
+        RunningServer s(limits, true);
+        const std::string body(size, 'x');
+        QCOMPARE(RawClient::ask(s.port, uploadHead(600'000) + body), accepted);
+        QCOMPARE(RawClient::ask(s.port, uploadHead(600'000) + "next"), accepted);
+        QVERIFY(s.waitForPhotos(2));
+        QCOMPARE(std::string(s.held[0].whole()), body);
+    }
+
+    void aFloodAfterTheAnswerIsEnded() {
+        ServerLimits limits;
+        limits.discardBytes = 1'000'000;
+        RunningServer s(limits);
+        RawClient client(s.port);
+        client.send("GET /ping\r\n\r\n");
+        QVERIFY(!client.send(std::string(50'000'000, 'x')));
+    }
+};
+
+QTEST_GUILESS_MAIN(ScanServerLimitsTest)
+#include "ScanServerLimitsTest.moc"
