@@ -1,5 +1,6 @@
 #include "ui/MorvikStyle.h"
 
+#include "ui/BorderFrame.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/LimeBorderedButton.h"
@@ -64,13 +65,7 @@ void drawField(QPainter* painter, const QStyleOption* option, const QWidget* wid
         border = Tones::label;
     else if (option->state & QStyle::State_MouseOver)
         border = Tones::fieldBorderHover;
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(QPen(border, 1));
-    painter->setBrush(option->palette.base());
-    painter->drawRoundedRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), fieldRadius,
-                             fieldRadius);
-    painter->restore();
+    paintFrame(*painter, option->rect, fieldRadius, border, option->palette.base());
 }
 
 /// Fusion's own draws a line below each item.
@@ -212,13 +207,9 @@ void MorvikStyle::drawComplexControl(ComplexControl control, const QStyleOptionC
         bar.adjust(0, scrollEdge, 0, -scrollEdge);
     else
         bar.adjust(scrollEdge, 0, -scrollEdge, 0);
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(option->state & (State_MouseOver | State_Sunken) ? Tones::fieldBorderHover
-                                                                       : Tones::scrollThumb);
-    painter->drawRoundedRect(bar, scrollThumb / 2.0, scrollThumb / 2.0);
-    painter->restore();
+    paintFrame(*painter, bar, scrollThumb / 2.0, Qt::NoPen,
+               option->state & (State_MouseOver | State_Sunken) ? Tones::fieldBorderHover
+                                                                : Tones::scrollThumb);
 }
 
 /// Without arrow buttons: the groove is the whole bar, less the distance kept at its ends.

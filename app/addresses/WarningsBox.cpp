@@ -1,8 +1,10 @@
 #include "app/addresses/WarningsBox.h"
 
 #include "app/shell/Theme.h"
+#include "ui/BorderFrame.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
+#include "ui/Labels.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -40,13 +42,10 @@ public:
 WarningsBox::WarningsBox(QWidget* parent)
     : QFrame(parent), m_model(new WarningModel(this)), m_list(new QListView) {
     QPalette ink = palette();
-    ink.setColor(QPalette::WindowText, Theme::warningText);
     ink.setColor(QPalette::Text, Theme::warningText);
     ink.setColor(QPalette::Base, Qt::transparent);
-    auto* heading = new QLabel(QStringLiteral("Pominięte wpisy (za mało linii):"));
-    heading->setFont(morvik::uiFont(12, QFont::DemiBold));
-    heading->setPalette(ink);
-    heading->setWordWrap(true);
+    auto* heading = morvik::wrappedLabel(QStringLiteral("Pominięte wpisy (za mało linii):"),
+                                         morvik::uiFont(12, QFont::DemiBold), Theme::warningText);
 
     m_list->setModel(m_model);
     m_list->setPalette(ink);
@@ -88,10 +87,7 @@ void WarningsBox::setWarnings(const QStringList& lines) {
 
 void WarningsBox::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(Theme::warningBorder, 1));
-    painter.setBrush(Theme::warningBg);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    morvik::paintFrame(painter, rect(), radius, Theme::warningBorder, Theme::warningBg);
 }
 
 } // namespace kopertal
