@@ -25,16 +25,16 @@ public:
 
 protected:
     void mousePressEvent(QMouseEvent*) override {
-        auto* data = new QMimeData; // the drag owns it
+        auto* carried = new QMimeData; // the drag owns it
         QList<QUrl> urls;
         for (const auto& url : m_what[QStringLiteral("urls")].toArray())
             urls << QUrl(url.toString());
         if (!urls.isEmpty())
-            data->setUrls(urls);
+            carried->setUrls(urls);
         if (m_what.contains(QStringLiteral("text")))
-            data->setText(m_what[QStringLiteral("text")].toString());
+            carried->setText(m_what[QStringLiteral("text")].toString());
         auto* drag = new QDrag(this); // deletes itself
-        drag->setMimeData(data);
+        drag->setMimeData(carried);
         std::puts(drag->exec(Qt::CopyAction) == Qt::CopyAction ? "copied" : "refused");
         std::fflush(stdout);
     }
@@ -57,6 +57,7 @@ private:
 } // namespace
 
 int main(int argc, char** argv) {
+    QCoreApplication::setSetuidAllowed(true); // a test may act as an ordinary user
     QApplication application(argc, argv);
     Source source;
     source.setGeometry(1560, 1160, 40, 40);
