@@ -3,6 +3,7 @@
 #include "ui/BorderFrame.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
+#include "ui/Icons.h"
 #include "ui/LimeBorderedButton.h"
 #include "ui/MorvikTheme.h"
 #include "ui/Tones.h"
@@ -158,6 +159,15 @@ int MorvikStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWi
     default:
         return QProxyStyle::styleHint(hint, option, widget, data);
     }
+}
+
+/// A menu bar asks for its picture of "more" when it is made. The toolkit's own would have every
+/// image plugin loaded, which takes longer than the whole window.
+QIcon MorvikStyle::standardIcon(StandardPixmap which, const QStyleOption* option,
+                                const QWidget* widget) const {
+    if (which == SP_ToolBarHorizontalExtensionButton)
+        return icon(QStringLiteral("chevron.down"), Tones::label);
+    return QProxyStyle::standardIcon(which, option, widget);
 }
 
 void MorvikStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,

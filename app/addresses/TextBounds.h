@@ -10,7 +10,7 @@ namespace kopertal {
 inline constexpr qsizetype maxEditorText = 2'000'000;
 
 /// A line is laid out as a whole at every key press in it.
-inline constexpr qsizetype maxEditorLine = 20'000;
+inline constexpr qsizetype maxEditorLine = 2'000;
 
 /// Why the editor does not take `text` (with line feeds only) beside `kept` units that stay, in
 /// words for the user; empty when it takes it.

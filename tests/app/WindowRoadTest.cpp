@@ -218,11 +218,11 @@ private Q_SLOTS:
         QTest::addColumn<QString>("obstacle");
         QTest::addColumn<QString>("message");
         QTest::newRow("the folder goes after it was accepted") << "gone"
-                                                               << "%1: No such file or directory";
+                                                               << "No such file or directory";
         QTest::newRow("a file stands in the folder's place") << "file"
-                                                             << "%1: Not a directory";
+                                                             << "Not a directory";
         QTest::newRow("the folder cannot be written to") << "locked"
-                                                         << "%1: Permission denied";
+                                                         << "Permission denied";
         QTest::newRow("the template is missing") << "template"
                                                  << "Nie znaleziono szablonu: kopertal.dotx";
     }
