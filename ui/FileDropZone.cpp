@@ -1,7 +1,9 @@
 #include "ui/FileDropZone.h"
 
+#include "ui/BorderFrame.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
+#include "ui/Labels.h"
 #include "ui/MorvikTheme.h"
 #include "ui/PanelHelper.h"
 #include "ui/SmallButtons.h"
@@ -40,14 +42,12 @@ FileDropZone::FileDropZone(QSet<QString> allowedExtensions, bool allowsMultipleS
       m_allowsMultipleSelection(allowsMultipleSelection),
       m_onDrop(std::move(onDrop)),
       m_picture(new IconLabel(QStringLiteral("arrow.down.doc"), pictureSize, {})),
-      m_invitation(new QLabel(allowsMultipleSelection ? MorvikTheme::Labels::dropOrSelect
-                                                      : MorvikTheme::Labels::dropOrSelectSingle)) {
+      m_invitation(wrappedLabel(allowsMultipleSelection ? MorvikTheme::Labels::dropOrSelect
+                                                        : MorvikTheme::Labels::dropOrSelectSingle,
+                                headlineFont(), Tones::secondaryLabel)) {
     setAcceptDrops(true);
     setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Minimum);
     setMinimumHeight(MorvikTheme::Layout::dropZoneMinHeight);
-    m_invitation->setTextFormat(Qt::PlainText);
-    m_invitation->setFont(headlineFont());
-    m_invitation->setWordWrap(true);
     m_invitation->setAlignment(Qt::AlignCenter);
     auto* choose = new LimeSmallButton(allowsMultipleSelection ? MorvikTheme::Labels::selectFiles
                                                                : MorvikTheme::Labels::selectFile);
@@ -68,9 +68,7 @@ FileDropZone::FileDropZone(QSet<QString> allowedExtensions, bool allowsMultipleS
 void FileDropZone::setTargeted(bool isTargeted) {
     m_isTargeted = isTargeted;
     m_picture->setColor(isTargeted ? MorvikTheme::Colors::lime : Tones::secondaryLabel);
-    QPalette ink = m_invitation->palette();
-    ink.setColor(QPalette::WindowText, isTargeted ? Tones::label : Tones::secondaryLabel);
-    m_invitation->setPalette(ink);
+    setInk(m_invitation, isTargeted ? Tones::label : Tones::secondaryLabel);
     update();
 }
 
@@ -89,14 +87,10 @@ void FileDropZone::chooseFiles() {
 
 void FileDropZone::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(
-        QPen(m_isTargeted ? MorvikTheme::Colors::lime : MorvikTheme::Colors::sectionBorder,
-             borderWidth));
-    painter.setBrush(m_isTargeted ? MorvikTheme::Colors::dropZoneActive
-                                  : MorvikTheme::Colors::dropZone);
-    constexpr double half = borderWidth / 2;
-    painter.drawRoundedRect(QRectF(rect()).adjusted(half, half, -half, -half), radius, radius);
+    const QColor border =
+        m_isTargeted ? MorvikTheme::Colors::lime : MorvikTheme::Colors::sectionBorder;
+    paintFrame(painter, rect(), radius, QPen(border, borderWidth),
+               m_isTargeted ? MorvikTheme::Colors::dropZoneActive : MorvikTheme::Colors::dropZone);
 }
 
 void FileDropZone::dragEnterEvent(QDragEnterEvent* event) {

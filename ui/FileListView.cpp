@@ -2,6 +2,7 @@
 
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
+#include "ui/Labels.h"
 #include "ui/MorvikTheme.h"
 #include "ui/SmallButtons.h"
 #include "ui/Tones.h"
@@ -20,7 +21,6 @@ constexpr int rowPadding = 6;
 constexpr int sidePadding = 12;
 constexpr int numberWidth = 28;
 constexpr int dividerIndent = 48;
-constexpr double radius = 10;
 
 /// A divider below a row; it starts `indent` pixels from the left.
 class Divider : public QWidget {
@@ -35,16 +35,6 @@ protected:
 private:
     int m_indent;
 };
-
-QLabel* plainLabel(const QString& text, const QFont& font, const QColor& color) {
-    auto* label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
-    label->setFont(font);
-    QPalette ink = label->palette();
-    ink.setColor(QPalette::WindowText, color);
-    label->setPalette(ink);
-    return label;
-}
 
 /// A title without a frame.
 class BorderlessButton : public KitButton {
@@ -68,7 +58,7 @@ protected:
 } // namespace
 
 FileListView::FileListView(bool allowReorder, QWidget* parent)
-    : QFrame(parent),
+    : BorderFrame(parent),
       m_allowReorder(allowReorder),
       m_empty(plainLabel(MorvikTheme::Labels::noFiles, textFont(), Tones::secondaryLabel)),
       m_list(new QWidget),
@@ -189,14 +179,6 @@ void FileListView::swapRows(qsizetype first, qsizetype second) {
     QList<QUrl> files = m_files;
     files.swapItemsAt(first, second);
     setFiles(files);
-}
-
-void FileListView::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(Tones::border, 1));
-    painter.setBrush(Tones::field);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
 }
 
 } // namespace morvik

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QFrame>
+#include "ui/BorderFrame.h"
+
 #include <QList>
 #include <QUrl>
 
@@ -10,7 +11,7 @@ class QVBoxLayout;
 namespace morvik {
 
 /// A list of chosen files that the user shortens and, where `allowReorder`, puts in order.
-class FileListView : public QFrame {
+class FileListView : public BorderFrame {
     Q_OBJECT
 
 public:
@@ -25,9 +26,6 @@ public:
 Q_SIGNALS:
     /// After every change, the user's and the caller's.
     void filesChanged(const QList<QUrl>& files);
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
 
 private:
     void rebuildRows();

@@ -39,16 +39,13 @@ QByteArray tintedSource(const QString& name, double size, const QColor& color) {
     return source;
 }
 
-class LineIconEngine : public QIconEngine {
+class SquareIconEngine : public QIconEngine {
 public:
-    LineIconEngine(QString name, const QColor& color) : m_name(std::move(name)), m_color(color) {}
-
     void paint(QPainter* painter, const QRect& rect, QIcon::Mode mode, QIcon::State) override {
         const int side = std::min(rect.width(), rect.height());
         QRectF square(0, 0, side, side);
         square.moveCenter(QRectF(rect).center());
-        paintIcon(*painter, m_name, square,
-                  mode == QIcon::Disabled ? Tones::disabledLabel : m_color);
+        paintSquare(*painter, square, mode);
     }
 
     QPixmap pixmap(const QSize& size, QIcon::Mode mode, QIcon::State state) override {
@@ -59,11 +56,40 @@ public:
         return pixmap;
     }
 
-    QIconEngine* clone() const override { return new LineIconEngine(m_name, m_color); }
+protected:
+    virtual void paintSquare(QPainter& painter, const QRectF& square, QIcon::Mode mode) = 0;
+};
+
+class LineIconEngine : public SquareIconEngine {
+public:
+    LineIconEngine(QString name, const QColor& color) : m_name(std::move(name)), m_color(color) {}
+
+    QIconEngine* clone() const override { return new LineIconEngine(*this); }
+
+protected:
+    void paintSquare(QPainter& painter, const QRectF& square, QIcon::Mode mode) override {
+        paintIcon(painter, m_name, square,
+                  mode == QIcon::Disabled ? Tones::disabledLabel : m_color);
+    }
 
 private:
     QString m_name;
     QColor m_color;
+};
+
+class PictureIconEngine : public SquareIconEngine {
+public:
+    explicit PictureIconEngine(QString path) : m_path(std::move(path)) {}
+
+    QIconEngine* clone() const override { return new PictureIconEngine(*this); }
+
+protected:
+    void paintSquare(QPainter& painter, const QRectF& square, QIcon::Mode) override {
+        QSvgRenderer(m_path).render(&painter, square);
+    }
+
+private:
+    QString m_path;
 };
 
 } // namespace
@@ -97,6 +123,10 @@ QPixmap iconPixmap(const QString& name, int size, const QColor& color, qreal dev
 void paintIcon(QPainter& painter, const QString& name, const QRectF& square, const QColor& color) {
     const qreal ratio = painter.device()->devicePixelRatioF();
     painter.drawPixmap(square.topLeft(), iconPixmap(name, qRound(square.width()), color, ratio));
+}
+
+QIcon pictureIcon(const QString& path) {
+    return QIcon(new PictureIconEngine(path));
 }
 
 QIcon icon(const QString& name, const QColor& color) {

@@ -18,6 +18,9 @@ QPixmap iconPixmap(const QString& name, int size, const QColor& color, qreal dev
 /// For actions and menus: `color`, and its disabled tone where the action is disabled.
 QIcon icon(const QString& name, const QColor& color);
 
+/// A picture in colours of its own, from the SVG file or resource at `path`: a window's icon.
+QIcon pictureIcon(const QString& path);
+
 /// Whether the kit has a picture of that name.
 bool hasIcon(const QString& name);
 

@@ -1,5 +1,6 @@
 #include "ui/LimeActionButton.h"
 
+#include "ui/BorderFrame.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/Icons.h"
@@ -51,9 +52,7 @@ void LimeActionButton::paintEvent(QPaintEvent*) {
     QColor fill = isPointed() ? Tones::limeHover : MorvikTheme::Colors::lime;
     if (!isEnabled())
         fill = Tones::faded(MorvikTheme::Colors::lime, 0.3);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(fill);
-    painter.drawRoundedRect(rect(), radius, radius);
+    paintFrame(painter, rect(), radius, Qt::NoPen, fill);
 
     const QColor ink = isEnabled() ? Tones::onLime : Tones::disabledLabel;
     const int textWidth = fontMetrics().horizontalAdvance(shownTitle());

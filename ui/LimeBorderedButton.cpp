@@ -1,5 +1,6 @@
 #include "ui/LimeBorderedButton.h"
 
+#include "ui/BorderFrame.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/Icons.h"
@@ -32,12 +33,7 @@ void LimeBorderedButtonStyle::paintFrame(QPainter& painter, const QStyleOption& 
         if (button.state & QStyle::State_HasFocus)
             border = Tones::label;
     }
-    painter.save();
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(border, 1));
-    painter.setBrush(fill);
-    painter.drawRoundedRect(QRectF(button.rect).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
-    painter.restore();
+    morvik::paintFrame(painter, button.rect, radius, border, fill);
 }
 
 QColor LimeBorderedButtonStyle::labelColor(const QStyleOption& button) {

@@ -1,7 +1,9 @@
 #include "ui/MorvikStyle.h"
 
+#include "ui/BorderFrame.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
+#include "ui/Icons.h"
 #include "ui/LimeBorderedButton.h"
 #include "ui/MorvikTheme.h"
 #include "ui/Tones.h"
@@ -64,13 +66,7 @@ void drawField(QPainter* painter, const QStyleOption* option, const QWidget* wid
         border = Tones::label;
     else if (option->state & QStyle::State_MouseOver)
         border = Tones::fieldBorderHover;
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(QPen(border, 1));
-    painter->setBrush(option->palette.base());
-    painter->drawRoundedRect(QRectF(option->rect).adjusted(0.5, 0.5, -0.5, -0.5), fieldRadius,
-                             fieldRadius);
-    painter->restore();
+    paintFrame(*painter, option->rect, fieldRadius, border, option->palette.base());
 }
 
 /// Fusion's own draws a line below each item.
@@ -165,6 +161,15 @@ int MorvikStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWi
     }
 }
 
+/// A menu bar asks for its picture of "more" when it is made. The toolkit's own would have every
+/// image plugin loaded, which takes longer than the whole window.
+QIcon MorvikStyle::standardIcon(StandardPixmap which, const QStyleOption* option,
+                                const QWidget* widget) const {
+    if (which == SP_ToolBarHorizontalExtensionButton)
+        return icon(QStringLiteral("chevron.down"), Tones::label);
+    return QProxyStyle::standardIcon(which, option, widget);
+}
+
 void MorvikStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* option,
                                 QPainter* painter, const QWidget* widget) const {
     if (element == PE_PanelLineEdit && isField(widget))
@@ -212,13 +217,9 @@ void MorvikStyle::drawComplexControl(ComplexControl control, const QStyleOptionC
         bar.adjust(0, scrollEdge, 0, -scrollEdge);
     else
         bar.adjust(scrollEdge, 0, -scrollEdge, 0);
-    painter->save();
-    painter->setRenderHint(QPainter::Antialiasing);
-    painter->setPen(Qt::NoPen);
-    painter->setBrush(option->state & (State_MouseOver | State_Sunken) ? Tones::fieldBorderHover
-                                                                       : Tones::scrollThumb);
-    painter->drawRoundedRect(bar, scrollThumb / 2.0, scrollThumb / 2.0);
-    painter->restore();
+    paintFrame(*painter, bar, scrollThumb / 2.0, Qt::NoPen,
+               option->state & (State_MouseOver | State_Sunken) ? Tones::fieldBorderHover
+                                                                : Tones::scrollThumb);
 }
 
 /// Without arrow buttons: the groove is the whole bar, less the distance kept at its ends.

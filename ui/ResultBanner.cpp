@@ -1,7 +1,9 @@
 #include "ui/ResultBanner.h"
 
+#include "ui/BorderFrame.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
+#include "ui/Labels.h"
 #include "ui/MorvikTheme.h"
 #include "ui/SmallButtons.h"
 #include "ui/Tones.h"
@@ -27,14 +29,7 @@ ResultBanner::ResultBanner(const QString& message, Style style, std::function<vo
                            QWidget* parent)
     : QFrame(parent), m_style(style) {
     const bool isError = style == Style::error;
-    auto* text = new QLabel(message);
-    text->setTextFormat(Qt::PlainText);
-    text->setWordWrap(true);
-    text->setFont(textFont());
-    QPalette ink = text->palette();
-    ink.setColor(QPalette::WindowText, isError ? colorOf(style) : Tones::label);
-    text->setPalette(ink);
-
+    auto* text = wrappedLabel(message, textFont(), isError ? colorOf(style) : Tones::label);
     auto* dismiss = new IconButton(QStringLiteral("xmark.circle.fill"), QStringLiteral("Zamknij"),
                                    Tones::secondaryLabel);
     connect(dismiss, &IconButton::clicked, this, [call = std::move(onDismiss)] {
@@ -53,10 +48,7 @@ ResultBanner::ResultBanner(const QString& message, Style style, std::function<vo
 
 void ResultBanner::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(Tones::faded(colorOf(m_style), 0.08));
-    painter.drawRoundedRect(rect(), radius, radius);
+    paintFrame(painter, rect(), radius, Qt::NoPen, Tones::faded(colorOf(m_style), 0.08));
 }
 
 } // namespace morvik

@@ -1,6 +1,8 @@
 #include "ui/SectionCard.h"
 
+#include "ui/BorderFrame.h"
 #include "ui/Fonts.h"
+#include "ui/Labels.h"
 #include "ui/MorvikTheme.h"
 #include "ui/Tones.h"
 
@@ -24,10 +26,7 @@ SectionCard::SectionCard(const QString& title, QWidget* content, QWidget* parent
     m_layout->setSpacing(titleGap);
     setPadding(defaultPadding);
     if (!title.isEmpty()) {
-        auto* heading = new QLabel(title);
-        heading->setTextFormat(Qt::PlainText);
-        heading->setFont(headlineFont());
-        m_layout->addWidget(heading);
+        m_layout->addWidget(plainLabel(title, headlineFont(), Tones::label));
     }
     m_layout->addWidget(content, 1);
 }
@@ -42,19 +41,12 @@ void SectionCard::followFocusOf(QWidget* inner) {
 
 void SectionCard::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    constexpr double half = borderWidth / 2;
-    const QRectF frame = QRectF(rect()).adjusted(half, half, -half, -half);
-    painter.setPen(QPen(MorvikTheme::Colors::sectionBorder, borderWidth));
-    painter.setBrush(MorvikTheme::Colors::sectionBackground);
-    painter.drawRoundedRect(frame, radius - half, radius - half);
-    if (!m_showsFocus)
-        return;
-    constexpr double inside = half + 0.5;
-    painter.setPen(QPen(Tones::label, 1));
-    painter.setBrush(Qt::NoBrush);
-    painter.drawRoundedRect(frame.adjusted(inside, inside, -inside, -inside), radius - 2,
-                            radius - 2);
+    paintFrame(painter, rect(), radius, QPen(MorvikTheme::Colors::sectionBorder, borderWidth),
+               MorvikTheme::Colors::sectionBackground);
+    if (m_showsFocus)
+        paintFrame(painter,
+                   QRectF(rect()).adjusted(borderWidth, borderWidth, -borderWidth, -borderWidth),
+                   radius - borderWidth, Tones::label, Qt::NoBrush);
 }
 
 bool SectionCard::eventFilter(QObject* watched, QEvent* event) {

@@ -1,5 +1,6 @@
 #include "ui/SmallButtons.h"
 
+#include "ui/BorderFrame.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/Icons.h"
@@ -38,12 +39,10 @@ QSize LimeSmallButton::sizeHint() const {
 
 void LimeSmallButton::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(!isEnabled()  ? Tones::faded(MorvikTheme::Colors::lime, 0.3)
-                     : isPointed() ? Tones::limeHover
-                                   : MorvikTheme::Colors::lime);
-    painter.drawRoundedRect(rect(), smallRadius, smallRadius);
+    paintFrame(painter, rect(), smallRadius, Qt::NoPen,
+               !isEnabled()  ? Tones::faded(MorvikTheme::Colors::lime, 0.3)
+               : isPointed() ? Tones::limeHover
+                             : MorvikTheme::Colors::lime);
     painter.setPen(isEnabled() ? Tones::onLime : Tones::disabledLabel);
     painter.drawText(rect(), Qt::AlignCenter | Qt::TextHideMnemonic, text());
 }

@@ -9,6 +9,9 @@
 #include <QMouseEvent>
 #include <QPainter>
 #include <QPainterPath>
+#include <QScopedValueRollback>
+
+#include <algorithm>
 
 namespace morvik {
 namespace {
@@ -113,7 +116,34 @@ void TableView::setBordered(bool isBordered) {
     }
 }
 
+void TableView::shareWidth(int column, double share) {
+    m_sharedColumn = column;
+    m_share = share;
+    horizontalHeader()->setStretchLastSection(true);
+    connect(horizontalHeader(), &QHeaderView::sectionResized, this,
+            [this](int section, int, int width) {
+                if (section == m_sharedColumn && !m_isSharing && sharedWidth() > 0)
+                    m_share = std::clamp(static_cast<double>(width) / sharedWidth(), 0.0, 1.0);
+            });
+    applyShare();
+}
+
+int TableView::sharedWidth() const {
+    int width = viewport()->width();
+    for (int column = 0; column + 1 < horizontalHeader()->count(); ++column)
+        width -= column == m_sharedColumn ? 0 : columnWidth(column);
+    return width;
+}
+
+void TableView::applyShare() {
+    if (m_sharedColumn < 0)
+        return;
+    const QScopedValueRollback sharing(m_isSharing, true);
+    setColumnWidth(m_sharedColumn, qRound(sharedWidth() * m_share));
+}
+
 void TableView::resizeEvent(QResizeEvent* event) {
+    applyShare();
     QTableView::resizeEvent(event);
     if (m_border) {
         m_border->setGeometry(rect());
@@ -171,14 +201,6 @@ void TableCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     painter->drawText(
         text, (isRight ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter | Qt::TextSingleLine,
         cell.fontMetrics.elidedText(cell.text, Qt::ElideRight, text.width()));
-}
-
-void BorderFrame::paintEvent(QPaintEvent*) {
-    QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(Tones::border, 1));
-    painter.setBrush(Tones::field);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
 }
 
 } // namespace morvik

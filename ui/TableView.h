@@ -19,6 +19,10 @@ public:
     /// A rounded border; the content is cut at its corners.
     void setBordered(bool isBordered);
 
+    /// Gives `column` this share (0 to 1) of the width that it and the last column have together,
+    /// at every width of the table; dragging its edge sets another share.
+    void shareWidth(int column, double share);
+
     int hoveredRow() const { return m_hoveredRow; }
 
 protected:
@@ -27,9 +31,14 @@ protected:
 
 private:
     void setHoveredRow(int row);
+    int sharedWidth() const;
+    void applyShare();
 
     QWidget* m_border = nullptr;
     int m_hoveredRow = -1;
+    int m_sharedColumn = -1;
+    double m_share = 0;
+    bool m_isSharing = false; // the width is ours, not the user's
 };
 
 /// Draws the cells of a TableView.
@@ -49,17 +58,6 @@ protected:
 
 private:
     TableView* m_table;
-};
-
-/// A white rounded frame for what stands in a table's place.
-class BorderFrame : public QFrame {
-    Q_OBJECT
-
-public:
-    using QFrame::QFrame;
-
-protected:
-    void paintEvent(QPaintEvent* event) override;
 };
 
 } // namespace morvik

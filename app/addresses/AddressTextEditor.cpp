@@ -1,5 +1,6 @@
 #include "app/addresses/AddressTextEditor.h"
 
+#include "app/addresses/TextBounds.h"
 #include "app/shell/Theme.h"
 #include "ui/Fonts.h"
 
@@ -123,7 +124,24 @@ void AddressTextEditor::insertFromMimeData(const QMimeData* source) {
     if (std::any_of(urls.begin(), urls.end(), [](const QUrl& url) { return url.isLocalFile(); }))
         Q_EMIT filesReceived(urls);
     else if (source->hasText())
-        insertAsOneStep(textCursor(), withLineFeeds(source->text()));
+        insertText(withLineFeeds(source->text()));
+}
+
+void AddressTextEditor::insertText(const QString& text) {
+    const QTextCursor cursor = textCursor();
+    const QTextDocument* all = document();
+    const QTextBlock first = all->findBlock(cursor.selectionStart());
+    const QTextBlock last = all->findBlock(cursor.selectionEnd());
+    const QString lines = first.text().left(cursor.selectionStart() - first.position()) + text +
+                          last.text().mid(cursor.selectionEnd() - last.position());
+    const qsizetype kept = all->characterCount() - 1 - // all the lines that stay as they are
+                           (last.position() + last.length() - 1 - first.position());
+    const QString refusal = editorRefusal(lines, kept);
+    if (!refusal.isEmpty()) {
+        Q_EMIT refused(refusal);
+        return;
+    }
+    insertAsOneStep(cursor, text);
     ensureCursorVisible();
 }
 

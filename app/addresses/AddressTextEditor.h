@@ -33,6 +33,8 @@ Q_SIGNALS:
     void edited(const kopertal::LiveRecipients::Change& change);
     /// Files were dropped on or pasted into the editor.
     void filesReceived(const QList<QUrl>& urls);
+    /// What was pasted or dropped is too much; nothing has changed. `message` is for the user.
+    void refused(const QString& message);
 
 protected:
     bool event(QEvent* event) override;
@@ -43,6 +45,7 @@ protected:
     QMimeData* createMimeDataFromSelection() const override;
 
 private:
+    void insertText(const QString& text);
     void onContentsChange(int position, int removed, int added);
     void onTextChanged();
     void normaliseEnd();

@@ -1,5 +1,6 @@
 #include "app/addresses/AddressView.h"
 
+#include "app/addresses/AddressLoading.h"
 #include "app/addresses/AddressTextEditor.h"
 #include "app/addresses/CountLine.h"
 #include "app/addresses/Generation.h"
@@ -9,11 +10,13 @@
 #include "app/settings/AppSettings.h"
 #include "app/shell/ErrorAlert.h"
 #include "app/shell/Theme.h"
-#include "engine/AddressFile.h"
 #include "engine/RegisterPages.h"
 #include "net/Deliver.h"
+#include "ui/BorderFrame.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
+#include "ui/Labels.h"
+#include "ui/Layouts.h"
 #include "ui/LimeActionButton.h"
 #include "ui/PanelHelper.h"
 #include "ui/SectionCard.h"
@@ -24,65 +27,30 @@
 
 #include <QDesktopServices>
 #include <QDragEnterEvent>
-#include <QFile>
-#include <QFileInfo>
 #include <QHeaderView>
 #include <QLabel>
 #include <QMimeData>
 #include <QPointer>
-#include <QScrollBar>
+#include <QTimer>
 #include <QVBoxLayout>
-#include <QtConcurrentRun>
 
 #include <algorithm>
+#include <chrono>
 
 namespace kopertal {
+
+using morvik::plainLabel;
+
 namespace {
 
-constexpr int panePadding = 16;
 constexpr int blockGap = 12;
-constexpr int headerGap = 8;
-constexpr int headerHeight = 24;
 constexpr int leastEditorWidth = 320;
 constexpr int leastPreviewWidth = 300;
+constexpr double nameShare = 0.41; // of the width that name and address have
 constexpr int cardPadding =
     3; // the text's own margin is the editor's, so that its bar stands at the edge
 constexpr int textMargin = 13;
-
-QLabel* plainLabel(const QString& text, const QFont& font, const QColor& color) {
-    auto* label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
-    label->setFont(font);
-    QPalette ink = label->palette();
-    ink.setColor(QPalette::WindowText, color);
-    label->setPalette(ink);
-    return label;
-}
-
-/// A pane's column with its header row.
-QVBoxLayout* makePane(QWidget* pane, QHBoxLayout* header) {
-    auto* headerRow = new QWidget;
-    header->setContentsMargins(0, 0, 0, 0);
-    headerRow->setLayout(header);
-    headerRow->setMinimumHeight(headerHeight);
-    auto* column = new QVBoxLayout(pane);
-    column->setContentsMargins(panePadding, panePadding, panePadding, panePadding);
-    column->setSpacing(headerGap);
-    column->addWidget(headerRow);
-    return column;
-}
-
-/// The file's text; nothing when it is no ordinary file or cannot be read. Background thread.
-std::optional<QString> readTextFile(const QString& path) {
-    try {
-        QFile file(path);
-        if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
-            return std::nullopt;
-        return readAddresses(file, path);
-    } catch (const std::exception&) {
-        return std::nullopt;
-    }
-}
+constexpr std::chrono::milliseconds loadingShownAfter{200}; // most files are read by then
 
 } // namespace
 
@@ -101,6 +69,7 @@ AddressView::AddressView(AppSettings& settings, QWidget* parent)
 
     connect(m_editor, &AddressTextEditor::edited, this, &AddressView::showEdit);
     connect(m_editor, &AddressTextEditor::filesReceived, this, &AddressView::handleDrop);
+    connect(m_editor, &AddressTextEditor::refused, this, &showError);
     connect(m_generate, &morvik::LimeActionButton::clicked, this, &AddressView::generateDocument);
     setFocusProxy(m_editor);
     updateButton();
@@ -117,13 +86,16 @@ QWidget* AddressView::makeEditorPane() {
     clearButton->setMeasures(24, 16);
     connect(clearButton, &morvik::IconButton::clicked, this, &AddressView::clear);
     auto* header = new QHBoxLayout;
-    header->setSpacing(headerGap);
     header->addWidget(new morvik::IconLabel(QStringLiteral("list.bullet"), 16, Theme::textMain));
     header->addWidget(
         plainLabel(QStringLiteral("Adresy odbiorców"), morvik::paneTitleFont(), Theme::textMain),
         1);
+    m_loading =
+        plainLabel(QStringLiteral("Wczytywanie pliku…"), morvik::smallFont(), Theme::textMuted);
+    m_loading->hide();
+    header->addWidget(m_loading);
     header->addWidget(clearButton);
-    auto* column = makePane(pane, header);
+    auto* column = morvik::paneColumn(pane, header);
 
     m_editor = new AddressTextEditor;
     m_editor->document()->setDocumentMargin(textMargin);
@@ -153,7 +125,7 @@ QWidget* AddressView::makePreviewPane() {
         plainLabel(QStringLiteral("Podgląd adresów"), morvik::paneTitleFont(), Theme::textMain));
     header->addStretch();
     header->addWidget(m_count);
-    auto* column = makePane(pane, header);
+    auto* column = morvik::paneColumn(pane, header);
 
     m_empty = new morvik::BorderFrame;
     auto* hint = new QVBoxLayout(m_empty);
@@ -173,9 +145,8 @@ QWidget* AddressView::makePreviewPane() {
     m_table->setAccessibleName(QStringLiteral("Podgląd adresów"));
     m_table->setSelectionMode(QAbstractItemView::SingleSelection);
     m_table->setColumnWidth(RecipientModel::number, morvik::textPixels(40));
-    m_table->setColumnWidth(RecipientModel::name, 206);
     m_table->horizontalHeader()->setSectionResizeMode(RecipientModel::number, QHeaderView::Fixed);
-    m_table->horizontalHeader()->setStretchLastSection(true);
+    m_table->shareWidth(RecipientModel::name, nameShare);
     m_table->hide();
     column->addWidget(m_empty, 1);
     column->addWidget(m_table, 1);
@@ -212,12 +183,20 @@ void AddressView::chooseFile() {
 
 void AddressView::loadFile(const QString& path) {
     const int load = ++m_loads;
-    deliver(QtConcurrent::run([path] { return readTextFile(path); }), this,
-            [this, load](const QFuture<std::optional<QString>>& read) {
-                const std::optional<QString> text = read.result();
-                if (text && load == m_loads)
-                    m_editor->replaceText(*text);
-            });
+    QTimer::singleShot(loadingShownAfter, this,
+                       [this, load] { m_loading->setVisible(m_loads == load && m_isLoading); });
+    m_isLoading = true;
+    deliver(startLoading(path), this, [this, load](const QFuture<LoadedAddresses>& read) {
+        if (load != m_loads)
+            return;
+        m_isLoading = false;
+        m_loading->hide();
+        const LoadedAddresses loaded = read.result();
+        if (loaded.text)
+            m_editor->replaceText(*loaded.text);
+        else if (!loaded.refusal.isEmpty())
+            showError(loaded.refusal);
+    });
 }
 
 bool AddressView::handleDrop(const QList<QUrl>& urls) {

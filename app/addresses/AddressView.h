@@ -46,7 +46,8 @@ public Q_SLOTS:
     void clear();
     /// Asks for a file of addresses and loads it.
     void chooseFile();
-    /// Puts the text of the file in place of what is there; a file that cannot be read is ignored.
+    /// Puts the text of the file in place of what is there; a file that cannot be read is ignored,
+    /// one that is too much for the editor refused in words.
     void loadFile(const QString& path);
 
 protected:
@@ -69,11 +70,13 @@ private:
     morvik::LimeActionButton* m_generate;
     RecipientModel* m_model;
     QLabel* m_count;
+    QLabel* m_loading;
     QWidget* m_empty;
     morvik::TableView* m_table;
 
     std::stop_source m_stop;
     bool m_isGenerating = false;
+    bool m_isLoading = false;
     int m_loads = 0; // numbers the loaded files: only the last one asked for is taken
     std::optional<QString> m_lastDocURL;
     qsizetype m_generatedCount = 0;

@@ -2,6 +2,8 @@
 
 #include "app/addresses/CountLine.h"
 #include "ui/Fonts.h"
+#include "ui/Labels.h"
+#include "ui/Layouts.h"
 #include "ui/LimeActionButton.h"
 #include "ui/Tones.h"
 
@@ -14,18 +16,6 @@ namespace {
 
 constexpr int sheetWidth = 480;
 constexpr int padding = 20;
-constexpr int buttonGap = 16;
-
-QLabel* label(const QString& text, const QFont& font, const QColor& color) {
-    auto* line = new QLabel(text);
-    line->setTextFormat(Qt::PlainText);
-    line->setFont(font);
-    line->setWordWrap(true);
-    QPalette ink = line->palette();
-    ink.setColor(QPalette::WindowText, color);
-    line->setPalette(ink);
-    return line;
-}
 
 } // namespace
 
@@ -33,18 +23,19 @@ SuccessView::SuccessView(qsizetype count, qsizetype pages, const std::optional<Q
                          QWidget* parent)
     : QWidget(parent) {
     using morvik::LimeActionButton;
+    using morvik::wrappedLabel;
     namespace Tones = morvik::Tones;
     setFixedWidth(sheetWidth);
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(padding, padding, padding, padding);
     column->setSpacing(8);
+    column->addWidget(wrappedLabel(QStringLiteral("Kopertal wygenerowana"), morvik::headlineFont(),
+                                   Tones::label));
     column->addWidget(
-        label(QStringLiteral("Kopertal wygenerowana"), morvik::headlineFont(), Tones::label));
-    column->addWidget(
-        label(successCountLine(count, pages), morvik::smallFont(), Tones::secondaryLabel));
+        wrappedLabel(successCountLine(count, pages), morvik::smallFont(), Tones::secondaryLabel));
     if (docURL)
-        column->addWidget(
-            label(QFileInfo(*docURL).fileName(), morvik::monoFont(11), Tones::secondaryLabel));
+        column->addWidget(wrappedLabel(QFileInfo(*docURL).fileName(), morvik::monoFont(11),
+                                       Tones::secondaryLabel));
 
     auto* open = new LimeActionButton(QStringLiteral("Otwórz"), QStringLiteral("doc.text"));
     auto* print = new LimeActionButton(QStringLiteral("Drukuj"), QStringLiteral("printer"));
@@ -53,12 +44,8 @@ SuccessView::SuccessView(qsizetype count, qsizetype pages, const std::optional<Q
     m_ok = new LimeActionButton(QStringLiteral("OK"), QStringLiteral("checkmark"));
     connect(open, &LimeActionButton::clicked, this, &SuccessView::openRequested);
     connect(m_ok, &LimeActionButton::clicked, this, &SuccessView::closeRequested);
-    auto* buttons = new QHBoxLayout;
-    buttons->setSpacing(buttonGap);
-    for (LimeActionButton* button : {open, print, m_ok})
-        buttons->addWidget(button, 1);
     column->addSpacing(8);
-    column->addLayout(buttons);
+    column->addLayout(morvik::actionRow({open, print, m_ok}));
 }
 
 QWidget* SuccessView::defaultButton() const {

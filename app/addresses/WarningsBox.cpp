@@ -1,14 +1,17 @@
 #include "app/addresses/WarningsBox.h"
 
 #include "app/shell/Theme.h"
+#include "ui/BorderFrame.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
+#include "ui/Labels.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QListView>
 #include <QPainter>
 #include <QStringListModel>
+#include <QStyledItemDelegate>
 
 #include <algorithm>
 
@@ -21,17 +24,35 @@ constexpr int lineGap = 2;
 constexpr int mostLines = 6; // seen at once; the others scroll
 constexpr double radius = 6;
 
-/// "• ENTRY", whose tooltip holds what a narrow pane cuts off.
+/// The tooltip of an entry holds what a narrow pane cuts off.
 class WarningModel : public QStringListModel {
 public:
     using QStringListModel::QStringListModel;
 
     QVariant data(const QModelIndex& index, int role) const override {
-        if (role == Qt::DisplayRole)
-            return QVariant(QStringLiteral("• ") + QStringListModel::data(index, role).toString());
-        if (role == Qt::ToolTipRole)
-            return QStringListModel::data(index, Qt::DisplayRole).toString().toHtmlEscaped();
-        return QStringListModel::data(index, role);
+        return role == Qt::ToolTipRole
+                   ? QVariant(
+                         QStringListModel::data(index, Qt::DisplayRole).toString().toHtmlEscaped())
+                   : QStringListModel::data(index, role);
+    }
+};
+
+/// "• ENTRY", flush with the heading.
+class WarningDelegate : public QStyledItemDelegate {
+public:
+    using QStyledItemDelegate::QStyledItemDelegate;
+
+    QSize sizeHint(const QStyleOptionViewItem& option, const QModelIndex&) const override {
+        return {0, option.fontMetrics.height() + lineGap};
+    }
+
+    void paint(QPainter* painter, const QStyleOptionViewItem& option,
+               const QModelIndex& index) const override {
+        const QString line = QStringLiteral("• ") + index.data().toString();
+        painter->setFont(option.font);
+        painter->setPen(Theme::warningText);
+        painter->drawText(option.rect, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextSingleLine,
+                          option.fontMetrics.elidedText(line, Qt::ElideRight, option.rect.width()));
     }
 };
 
@@ -40,15 +61,12 @@ public:
 WarningsBox::WarningsBox(QWidget* parent)
     : QFrame(parent), m_model(new WarningModel(this)), m_list(new QListView) {
     QPalette ink = palette();
-    ink.setColor(QPalette::WindowText, Theme::warningText);
-    ink.setColor(QPalette::Text, Theme::warningText);
     ink.setColor(QPalette::Base, Qt::transparent);
-    auto* heading = new QLabel(QStringLiteral("Pominięte wpisy (za mało linii):"));
-    heading->setFont(morvik::uiFont(12, QFont::DemiBold));
-    heading->setPalette(ink);
-    heading->setWordWrap(true);
+    auto* heading = morvik::wrappedLabel(QStringLiteral("Pominięte wpisy (za mało linii):"),
+                                         morvik::uiFont(12, QFont::DemiBold), Theme::warningText);
 
     m_list->setModel(m_model);
+    m_list->setItemDelegate(new WarningDelegate(this));
     m_list->setPalette(ink);
     m_list->setFont(morvik::smallFont());
     m_list->setFrameShape(QFrame::NoFrame);
@@ -57,7 +75,6 @@ WarningsBox::WarningsBox(QWidget* parent)
     m_list->setSelectionMode(QAbstractItemView::NoSelection);
     m_list->setEditTriggers(QAbstractItemView::NoEditTriggers);
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_list->setTextElideMode(Qt::ElideRight);
     m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_list->setAccessibleName(heading->text());
 
@@ -88,10 +105,7 @@ void WarningsBox::setWarnings(const QStringList& lines) {
 
 void WarningsBox::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.setRenderHint(QPainter::Antialiasing);
-    painter.setPen(QPen(Theme::warningBorder, 1));
-    painter.setBrush(Theme::warningBg);
-    painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), radius, radius);
+    morvik::paintFrame(painter, rect(), radius, Theme::warningBorder, Theme::warningBg);
 }
 
 } // namespace kopertal

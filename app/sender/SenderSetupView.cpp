@@ -2,7 +2,10 @@
 
 #include "app/settings/AppSettings.h"
 #include "app/shell/Theme.h"
+#include "ui/BorderFrame.h"
 #include "ui/Fonts.h"
+#include "ui/Labels.h"
+#include "ui/Layouts.h"
 #include "ui/LimeActionButton.h"
 #include "ui/LimeBorderedButton.h"
 #include "ui/MorvikStyle.h"
@@ -20,6 +23,10 @@
 #include <algorithm>
 
 namespace kopertal {
+
+using morvik::plainLabel;
+using morvik::wrappedLabel;
+
 namespace {
 
 constexpr int padding = 28;
@@ -36,16 +43,6 @@ QString trimmedOfBlanks(const QString& text) {
     return first < last ? QString(first, last - first) : QString();
 }
 
-QLabel* plainLabel(const QString& text, const QFont& font, const QColor& color) {
-    auto* label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
-    label->setFont(font);
-    QPalette ink = label->palette();
-    ink.setColor(QPalette::WindowText, color);
-    label->setPalette(ink);
-    return label;
-}
-
 /// The message in its pale red box.
 class ErrorBox : public QLabel {
 public:
@@ -54,19 +51,15 @@ public:
         setFont(morvik::smallFont());
         setWordWrap(true);
         setMargin(8);
-        QPalette ink = palette();
-        ink.setColor(QPalette::WindowText, red());
-        setPalette(ink);
+        morvik::setInk(this, red());
         hide();
     }
 
 protected:
     void paintEvent(QPaintEvent* event) override {
         QPainter painter(this);
-        painter.setRenderHint(QPainter::Antialiasing);
-        painter.setPen(QPen(morvik::Tones::faded(red(), 0.3), 1));
-        painter.setBrush(morvik::Tones::faded(red(), 0.05));
-        painter.drawRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), 4, 4);
+        morvik::paintFrame(painter, rect(), 4, morvik::Tones::faded(red(), 0.3),
+                           morvik::Tones::faded(red(), 0.05));
         painter.end();
         QLabel::paintEvent(event);
     }
@@ -90,21 +83,15 @@ SenderSetupView::SenderSetupView(AppSettings& settings, bool isSettingsMode, QWi
     header->setSpacing(6);
     header->addWidget(
         plainLabel(QStringLiteral("Dane nadawcy"), morvik::sheetTitleFont(), Theme::primary));
-    auto* explanation =
-        plainLabel(QStringLiteral("Podaj dane, które będą drukowane w nagłówku każdej kopertal."),
-                   morvik::textFont(), Theme::textMuted);
-    explanation->setWordWrap(true);
-    header->addWidget(explanation);
+    header->addWidget(
+        wrappedLabel(QStringLiteral("Podaj dane, które będą drukowane w nagłówku każdej kopertal."),
+                     morvik::textFont(), Theme::textMuted));
 
     using morvik::LimeActionButton;
     auto* cancel = new LimeActionButton(QStringLiteral("Anuluj"), QStringLiteral("xmark"));
     auto* save = new LimeActionButton(QStringLiteral("Zapisz"), QStringLiteral("checkmark"));
     connect(cancel, &LimeActionButton::clicked, this, &SenderSetupView::closeRequested);
     connect(save, &LimeActionButton::clicked, this, &SenderSetupView::save);
-    auto* buttons = new QHBoxLayout;
-    buttons->setSpacing(16);
-    buttons->addWidget(cancel, 1);
-    buttons->addWidget(save, 1);
 
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(padding, padding, padding, padding);
@@ -113,7 +100,7 @@ SenderSetupView::SenderSetupView(AppSettings& settings, bool isSettingsMode, QWi
     column->addWidget(m_error);
     column->addWidget(makeForm());
     column->addStretch();
-    column->addLayout(buttons);
+    column->addLayout(morvik::actionRow({cancel, save}));
 }
 
 QWidget* SenderSetupView::makeForm() {

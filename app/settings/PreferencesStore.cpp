@@ -102,6 +102,9 @@ bool PreferencesStore::setData(const QString& key, const QByteArray& value) {
 }
 
 bool PreferencesStore::remove(const QString& key) {
+    const std::optional<QJsonObject> preferences = readPreferences(m_path);
+    if (preferences && !preferences->contains(key))
+        return true; // the lock alone would cost a write to the disk
     return update(key, QJsonValue::Undefined);
 }
 

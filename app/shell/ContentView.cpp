@@ -3,6 +3,7 @@
 #include "app/shell/FadingStack.h"
 #include "app/shell/Theme.h"
 #include "ui/Fonts.h"
+#include "ui/Labels.h"
 #include "ui/SmallButtons.h"
 
 #include <QGridLayout>
@@ -28,11 +29,8 @@ QWidget* brandLine() {
 QWidget* makeTopBar() {
     auto* bar = new QWidget;
     bar->setMinimumHeight(topBarHeight);
-    auto* name = new QLabel(QStringLiteral("Kopertal"));
-    name->setFont(morvik::paneTitleFont());
-    QPalette ink = name->palette();
-    ink.setColor(QPalette::WindowText, Theme::textMuted);
-    name->setPalette(ink);
+    auto* name =
+        morvik::plainLabel(QStringLiteral("Kopertal"), morvik::paneTitleFont(), Theme::textMuted);
     auto* grid = new QGridLayout(bar); // three columns, so that the name stands in the middle
     grid->setContentsMargins(topBarPadding, 0, topBarPadding, 0);
     grid->addWidget(name, 0, 1);

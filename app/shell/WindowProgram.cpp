@@ -8,6 +8,7 @@
 #include "app/shell/MainWindow.h"
 #include "app/shell/SingleInstance.h"
 #include "app/shell/TerminationSignals.h"
+#include "ui/Icons.h"
 #include "ui/MorvikStyle.h"
 
 #include <QApplication>
@@ -15,6 +16,7 @@
 #include <QFileInfo>
 #include <QLibraryInfo>
 #include <QLocale>
+#include <QSessionManager>
 #include <QStandardPaths>
 #include <QThreadPool>
 #include <QTranslator>
@@ -60,6 +62,12 @@ int runFirst(SingleInstance& instance, const QString& file) {
         window.addresses().stopGeneration();
         QApplication::quit();
     });
+    // A session that is restored starts the window as the user would. Its end reaches the program
+    // as a request to quit.
+    QObject::connect(qApp, &QGuiApplication::saveStateRequest, &window,
+                     [](QSessionManager& session) {
+                         session.setRestartCommand({QCoreApplication::applicationFilePath()});
+                     });
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, &instance, [&] {
         removeRegister(settings);
         instance.release();
@@ -87,6 +95,7 @@ int runWindow(int& count, char** arguments) {
         return 1;
     }
     morvik::MorvikStyle::install(application);
+    QApplication::setWindowIcon(morvik::pictureIcon(QStringLiteral(":/kopertal/kopertal.svg")));
     speakPolish(application);
     const int code = runFirst(instance, absolute(file));
     QThreadPool::globalInstance()->waitForDone(); // a register in the making is finished

@@ -1,6 +1,7 @@
 #include "app/addresses/AddressTextEditor.h"
 #include "app/addresses/AddressView.h"
 #include "app/addresses/RecipientModel.h"
+#include "app/addresses/TextBounds.h"
 #include "app/settings/AppSettings.h"
 
 #include <QClipboard>
@@ -162,6 +163,35 @@ private Q_SLOTS:
         editor.paste();
         QCOMPARE(received.count(), 1);
         QCOMPARE(editor.text(), QStringLiteral("x"));
+    }
+
+    void refusesWhatIsTooMuch_data() {
+        QTest::addColumn<QString>("before");
+        QTest::addColumn<QString>("pasted");
+        QTest::addColumn<bool>("isTaken");
+        const QString line(maxEditorLine - 1, u'a');
+        const QString lines = (line + u'\n').repeated(maxEditorText / maxEditorLine);
+        QTest::newRow("as much as there is room for") << "" << lines << true;
+        QTest::newRow("one more") << "" << lines + u'a' << false;
+        QTest::newRow("beside what is there") << "ab" << lines << false;
+        QTest::newRow("the longest line") << "a" << line << true;
+        QTest::newRow("a longer line") << "" << line + QStringLiteral("aa\nb") << false;
+        QTest::newRow("lines joined to a longer one") << "ab" << line << false;
+    }
+
+    void refusesWhatIsTooMuch() {
+        QFETCH(QString, before);
+        QFETCH(QString, pasted);
+        QFETCH(bool, isTaken);
+        AddressTextEditor editor;
+        QSignalSpy refused(&editor, &AddressTextEditor::refused);
+        QTest::keyClicks(&editor, before);
+        paste(editor, pasted);
+        QCOMPARE(refused.isEmpty(), isTaken);
+        QCOMPARE(editor.text() != before, isTaken);
+        editor.selectAll();
+        paste(editor, QStringLiteral("A\nB"));
+        QCOMPARE(editor.text().trimmed(), QStringLiteral("A\nB")); // the selection makes room
     }
 
     /// Random edits, checked against a parse of the whole text after each.

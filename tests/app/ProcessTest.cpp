@@ -14,6 +14,7 @@ using namespace kopertal::testing;
 
 namespace {
 
+constexpr int endOfSession = SIGUSR1; // what the session manager is told by
 const auto registerKey = QStringLiteral("tracking.sentBooks");
 
 QString programPath() {
@@ -70,11 +71,12 @@ private Q_SLOTS:
         QTest::newRow("SIGHUP") << SIGHUP;
         QTest::newRow("Ctrl+Q") << 0;
         QTest::newRow("Alt+F4") << -1;
+        QTest::newRow("the session's end") << endOfSession;
     }
 
     void registerLivesForOneRun() {
         QFETCH(int, signal);
-        startProgram({});
+        startProgram({}, signal == endOfSession);
         QVERIFY(!m_store.data(registerKey));
         m_store.setData(registerKey, QByteArrayLiteral("[1]"));
         if (signal > 0)
@@ -86,6 +88,19 @@ private Q_SLOTS:
         QCOMPARE(m_program->exitCode(), 0);
         QVERIFY(!m_store.data(registerKey));
         QCOMPARE(m_store.text(QStringLiteral("sender.name")), QStringLiteral("Nadawca"));
+        if (signal == endOfSession) // which brings back what the user had, not the toolkit's words
+            QCOMPARE(m_program->readAllStandardOutput().split('\n').value(0),
+                     "restart: " + programPath().toLocal8Bit());
+    }
+
+    void idleWakesForTheCaretOnly() {
+        startProgram({});
+        const QStringList window{QStringLiteral("getactivewindow")};
+        constexpr int seconds = 3;
+        constexpr int perBlink = 4; // two blinks a second: the timer, and the server's answers
+        QVERIFY2(wakeUps(seconds) <= 2 * seconds * perBlink, qPrintable(m_lastWakeUps));
+        xdotool(window + QStringList{QStringLiteral("windowminimize")});
+        QVERIFY2(wakeUps(seconds) <= 1, qPrintable(m_lastWakeUps)); // there is no caret to blink
     }
 
     void secondStartHandsItsFileToTheFirst() {
@@ -139,13 +154,43 @@ private Q_SLOTS:
     }
 
 private:
-    void startProgram(const QStringList& arguments) {
-        m_program->setProcessChannelMode(QProcess::ForwardedChannels);
-        m_program->start(programPath(), arguments);
+    void startProgram(const QStringList& arguments, bool isInSession = false) {
+        m_program->setProcessChannelMode(QProcess::ForwardedErrorChannel);
+        if (isInSession)
+            m_program->start(QCoreApplication::applicationDirPath() +
+                                 QStringLiteral("/kopertal_session"),
+                             {programPath()});
+        else
+            m_program->start(programPath(), arguments);
         QVERIFY(m_program->waitForStarted());
         QTRY_VERIFY_WITH_TIMEOUT(!windowsNamedKopertal().isEmpty(), 20000);
         QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), QByteArray("Kopertal"), 20000);
         QTest::qWait(300);
+    }
+
+    /// How often any of the program's threads is woken in that time, once it has settled.
+    int wakeUps(int seconds) {
+        QTest::qWait(2000);
+        const int before = switches();
+        QTest::qWait(seconds * 1000);
+        const int after = switches();
+        m_lastWakeUps = QStringLiteral("%1 in %2 s").arg(after - before).arg(seconds);
+        return after - before;
+    }
+
+    int switches() const {
+        int sum = 0;
+        const QDir threads(QStringLiteral("/proc/%1/task").arg(m_program->processId()));
+        for (const QString& thread : threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+            QFile status(threads.filePath(thread + QStringLiteral("/status")));
+            if (!status.open(QIODevice::ReadOnly))
+                continue;
+            for (const QByteArray& line : status.readAll().split('\n')) {
+                if (line.startsWith("voluntary_ctxt_switches:"))
+                    sum += line.mid(line.indexOf(':') + 1).trimmed().toInt();
+            }
+        }
+        return sum;
     }
 
     int documents() const {
@@ -153,6 +198,7 @@ private:
             QDir(m_folder.path()).entryList({QStringLiteral("*.docx")}, QDir::Files).size());
     }
 
+    QString m_lastWakeUps;
     QTemporaryDir m_folder;
     PreferencesStore m_store{PreferencesStore::defaultPath()};
     std::unique_ptr<QProcess> m_program;

@@ -1,8 +1,10 @@
 #include "app/addresses/AddressTextEditor.h"
 #include "app/addresses/AddressView.h"
+#include "app/addresses/TextBounds.h"
 #include "app/settings/AppSettings.h"
 #include "app/shell/MainWindow.h"
-#include "tests/support/RealKeys.h"
+#include "tests/support/DragSource.h"
+#include "tests/support/Privileges.h"
 #include "ui/LimeActionButton.h"
 #include "ui/MorvikStyle.h"
 #include "ui/Sheet.h"
@@ -13,12 +15,11 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
-#include <QDropEvent>
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
-#include <QMimeData>
+#include <QScopeGuard>
 #include <QTemporaryDir>
 
 #include <memory>
@@ -45,8 +46,13 @@ morvik::LimeActionButton* button(const QWidget* parent, const QString& title) {
 }
 
 void collectNameless(QAccessibleInterface* node, QStringList& nameless) {
-    if (node->state().focusable && !node->state().invisible &&
-        node->text(QAccessible::Name).isEmpty() && node->role() != QAccessible::Window)
+    static const QList<QAccessible::Role> named{
+        QAccessible::Window,   QAccessible::Dialog,       QAccessible::Button,
+        QAccessible::MenuItem, QAccessible::EditableText, QAccessible::Table,
+        QAccessible::List,     QAccessible::AlertMessage, QAccessible::PageTab,
+        QAccessible::CheckBox};
+    if (!node->state().invisible && (node->state().focusable || named.contains(node->role())) &&
+        node->text(QAccessible::Name).isEmpty())
         nameless << QString::fromLatin1(node->object() ? node->object()->metaObject()->className()
                                                        : "?");
     for (int child = 0; child < node->childCount(); ++child) {
@@ -161,18 +167,20 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("text");
+        const auto old = QStringLiteral("stary");
         const QString polish = QStringLiteral("Łukasz Żak\nul. Śląska\n\n");
         QTest::newRow("Windows-1250 with CR LF") << QByteArray("\xA3ukasz \xAF"
                                                                "ak\r\nul. \x8Cl\xB9ska\r\n\r\n")
-                                                 << "a.txt" << polish;
+                                                 << "ą b.txt" << polish;
         QTest::newRow("UTF-8 without a name's end")
             << polish.toUtf8() << "bez-rozszerzenia" << polish;
-        QTest::newRow("a folder is ignored") << QByteArray() << ""
-                                             << "stary";
-        QTest::newRow("a file that is gone is ignored") << QByteArray() << "brak.txt"
-                                                        << "stary";
+        QTest::newRow("a folder is ignored") << QByteArray() << "" << old;
+        QTest::newRow("a file that is gone is ignored") << QByteArray() << "brak.txt" << old;
+        QTest::newRow("a file beyond the editor's bound is refused")
+            << QByteArray("A\nB\n\n").repeated(2'000'000) << "duży.txt" << old;
     }
 
+    /// Out of another program's window, by the X server's pointer.
     void droppedFilesAreLoaded() {
         QFETCH(QByteArray, bytes);
         QFETCH(QString, name);
@@ -184,47 +192,76 @@ private Q_SLOTS:
             QVERIFY(file.open(QIODevice::WriteOnly));
             file.write(bytes);
         }
-        QMimeData data;
-        data.setUrls({QUrl(QStringLiteral("https://example.invalid/a.txt")),
-                      QUrl::fromLocalFile(m_folder->filePath(name)),
-                      QUrl::fromLocalFile(QStringLiteral("/etc/passwd"))});
-        QWidget* target = editor().viewport();
-        QDragEnterEvent enter({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(target, &enter);
-        QDropEvent drop({5, 5}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(target, &drop);
+        DragSource source;
+        const QWidget* target = editor().viewport();
+        QVERIFY(source.drop({QUrl(QStringLiteral("https://example.invalid/a.txt")),
+                             QUrl::fromLocalFile(m_folder->filePath(name)),
+                             QUrl::fromLocalFile(QStringLiteral("/etc/passwd"))},
+                            target->mapToGlobal(target->rect().center())));
         QTest::qWait(300);
         QTRY_COMPARE(editor().text(), text);
-        if (!bytes.isEmpty()) {
+        if (bytes.size() > maxEditorText) {
+            QTRY_VERIFY(alert());
+            QVERIFY2(alert()->informativeText().startsWith(QStringLiteral("Tekst jest za duży")),
+                     qPrintable(alert()->informativeText()));
+            pressKeys({"Return"});
+            QTRY_VERIFY(!alert());
+        } else if (!bytes.isEmpty()) {
+            m_window->activateWindow(); // the other program had the keyboard
+            QTRY_VERIFY(m_window->isActiveWindow());
             pressKeys({"ctrl+z"});
             QTRY_COMPARE(editor().text(), QStringLiteral("stary"));
         }
     }
 
     void failuresAreShownAndLoseNothing_data() {
-        QTest::addColumn<QString>("folder");
-        QTest::newRow("folder gone") << "/no/such/folder";
-        QTest::newRow("a file in the folder's place") << "/etc/passwd";
+        QTest::addColumn<QString>("obstacle");
+        QTest::addColumn<QString>("message");
+        QTest::newRow("the folder goes after it was accepted") << "gone"
+                                                               << "No such file or directory";
+        QTest::newRow("a file stands in the folder's place") << "file"
+                                                             << "Not a directory";
+        QTest::newRow("the folder cannot be written to") << "locked"
+                                                         << "Permission denied";
+        QTest::newRow("the template is missing") << "template"
+                                                 << "Nie znaleziono szablonu: kopertal.dotx";
     }
 
     void failuresAreShownAndLoseNothing() {
-        QFETCH(QString, folder);
-        openReadyWindow();
-        m_settings->setSaveFolder(folder);
+        QFETCH(QString, obstacle);
+        QFETCH(QString, message);
+        const QString folder = m_folder->filePath(QStringLiteral("zapis"));
+        QVERIFY(QDir().mkdir(folder));
+        acceptSender(folder);
+        QFile::setPermissions(m_folder->path(), QFile::Permissions(0x7755));
+        if (obstacle == QStringLiteral("gone"))
+            QVERIFY(QDir().rmdir(folder));
+        if (obstacle == QStringLiteral("file")) {
+            QVERIFY(QDir().rmdir(folder));
+            QVERIFY(QFile(folder).open(QIODevice::NewOnly));
+        }
+        if (obstacle == QStringLiteral("locked"))
+            QFile::setPermissions(folder, QFile::ReadOwner | QFile::ExeOwner | QFile::ExeOther);
+        if (obstacle == QStringLiteral("template"))
+            Q_CLEANUP_RESOURCE(register_template_resource);
+        const auto restore = qScopeGuard([] { Q_INIT_RESOURCE(register_template_resource); });
+        const test::OrdinaryUser user;
         QApplication::clipboard()->setText(QStringLiteral("A\nB"));
         pressKeys({"ctrl+v", "ctrl+Return"});
-        QMessageBox* alert = nullptr;
-        QTRY_VERIFY_WITH_TIMEOUT(
-            (alert = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())), 20000);
-        QCOMPARE(alert->text(), QStringLiteral("Błąd"));
-        QVERIFY2(alert->informativeText().contains(folder), qPrintable(alert->informativeText()));
-        QTRY_VERIFY(alert->isActiveWindow());
+        QTRY_VERIFY_WITH_TIMEOUT(alert(), 20000);
+        QCOMPARE(alert()->windowTitle(), QStringLiteral("Błąd"));
+        const QString told = alert()->informativeText();
+        QVERIFY2(told.endsWith(message), qPrintable(told));
+        QVERIFY2(message.contains(QStringLiteral("szablonu")) || told.startsWith(folder),
+                 qPrintable(told));
+        QTRY_VERIFY(alert()->isActiveWindow());
         pressKeys({"Return"});
-        QTRY_VERIFY(!QApplication::activeModalWidget());
+        QTRY_VERIFY(!alert());
         QVERIFY(!m_window->addresses().isGenerating());
         QVERIFY(!sheet());
         QTRY_COMPARE(editor().text(), QStringLiteral("A\nB\n\n"));
         QVERIFY(button(m_window.get(), QStringLiteral("Stwórz kopertal"))->isEnabled());
+        QCOMPARE(QDir(m_folder->path()).entryList({QStringLiteral("*.docx*")}).size(), 0);
     }
 
     void tabsKeepTheirState() {
@@ -272,14 +309,36 @@ private Q_SLOTS:
         QTRY_COMPARE(QApplication::topLevelWidgets().contains(settings), false);
     }
 
+    void everythingHasANameForAScreenReader_data() {
+        QTest::addColumn<QString>("folder");
+        QTest::addColumn<QStringList>("keys");
+        QTest::newRow("sender's sheet, refused")
+            << "" << QStringList{"Tab", "Tab", "Tab", "Tab", "Tab", "Return"};
+        QTest::newRow("addresses and warnings") << "/tmp" << QStringList{"ctrl+v"};
+        QTest::newRow("success") << m_common.path() << QStringList{"ctrl+v", "ctrl+Return"};
+        QTest::newRow("alert") << "/no/such/folder" << QStringList{"ctrl+v", "ctrl+Return"};
+        QTest::newRow("settings") << "/tmp" << QStringList{"ctrl+comma"};
+        QTest::newRow("menu") << "/tmp" << QStringList{"alt+e"};
+    }
+
     void everythingHasANameForAScreenReader() {
-        openReadyWindow();
+        QFETCH(QString, folder);
+        QFETCH(QStringList, keys);
+        m_settings->setSenderName(QStringLiteral("N"));
+        m_settings->setSenderAddress(QStringLiteral("A"));
+        m_settings->setSaveFolder(folder);
+        openWindow();
         QApplication::clipboard()->setText(QStringLiteral("A\nB\n\nC"));
-        pressKeys({"ctrl+v"});
+        pressKeys(keys);
+        QTest::qWait(500);
         QStringList nameless;
-        collectNameless(QAccessible::queryAccessibleInterface(m_window.get()), nameless);
-        nameless.removeAll(QStringLiteral("kopertal::MainWindow"));
+        for (QWidget* window : QApplication::topLevelWidgets()) {
+            if (window->isVisible())
+                collectNameless(QAccessible::queryAccessibleInterface(window), nameless);
+        }
         QCOMPARE(nameless, QStringList());
+        for (QWidget* window : QApplication::topLevelWidgets())
+            window->close();
     }
 
 private:
@@ -293,6 +352,19 @@ private:
     void openWindow() {
         m_window = std::make_unique<MainWindow>(*m_settings);
         showWindow();
+    }
+
+    /// Through the form of the first start.
+    void acceptSender(const QString& folder) {
+        openWindow();
+        typeText("Nadawca");
+        pressKeys({"Tab"});
+        typeText("ul. Nowa 1");
+        pressKeys({"Tab"});
+        typeText(folder);
+        pressKeys({"Tab", "Tab", "Tab", "Return"});
+        QTRY_VERIFY(!sheet());
+        QTRY_COMPARE(m_settings->saveFolder(), folder);
     }
 
     void openReadyWindow() {
@@ -312,6 +384,11 @@ private:
         return nullptr;
     }
 
+    QMessageBox* alert() const {
+        return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    }
+
+    QTemporaryDir m_common;
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<AppSettings> m_settings;
     std::unique_ptr<MainWindow> m_window;

@@ -3,6 +3,7 @@
 #include "ui/FileListView.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
+#include "ui/Labels.h"
 #include "ui/LimeActionButton.h"
 #include "ui/LimeBorderedButton.h"
 #include "ui/MorvikStyle.h"
@@ -33,12 +34,7 @@ using namespace morvik;
 namespace {
 
 QLabel* caption(const QString& text) {
-    auto* label = new QLabel(text);
-    label->setFont(uiFont(11));
-    QPalette ink = label->palette();
-    ink.setColor(QPalette::WindowText, Tones::mutedLabel);
-    label->setPalette(ink);
-    return label;
+    return plainLabel(text, uiFont(11), Tones::mutedLabel);
 }
 
 QVBoxLayout* captioned(QWidget* control, const QString& text) {

@@ -1,0 +1,137 @@
+// From a program's start to its window's first picture on the screen, in turns with an empty
+// window of the toolkit. Needs an empty X display without a window manager; bench/start/start
+// brings one. StartBench ROUNDS PROGRAM OTHER
+#include <algorithm>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <memory>
+#include <spawn.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <vector>
+#include <xcb/xcb.h>
+
+extern char** environ;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+using Milliseconds = std::chrono::duration<double, std::milli>;
+using namespace std::chrono_literals;
+
+constexpr auto patience = 20s;
+constexpr auto glance = 300us; // between two looks at the screen
+constexpr int16_t looksAt = 300;
+constexpr double mark = 1.5;
+
+/// A spot of the screen that every first window covers.
+class Screen {
+public:
+    Screen() : m_connection(xcb_connect(nullptr, nullptr), xcb_disconnect) {
+        if (xcb_connection_has_error(m_connection.get()))
+            fail("no display");
+        m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection.get())).data->root;
+        // Black, so that whatever a window paints differs.
+        const uint32_t black = 0;
+        xcb_change_window_attributes(m_connection.get(), m_root, XCB_CW_BACK_PIXEL, &black);
+        xcb_clear_area(m_connection.get(), 0, m_root, 0, 0, 0, 0);
+        xcb_flush(m_connection.get());
+    }
+
+    bool isBlank() const {
+        const auto cookie = xcb_get_image(m_connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP, m_root,
+                                          looksAt, looksAt, 1, 1, 0xffffff);
+        const auto release = [](void* memory) { std::free(memory); };
+        const std::unique_ptr<xcb_get_image_reply_t, decltype(release)> reply(
+            xcb_get_image_reply(m_connection.get(), cookie, nullptr), release);
+        if (!reply)
+            fail("the screen cannot be read");
+        const uint8_t* pixel = xcb_get_image_data(reply.get());
+        return (pixel[0] | pixel[1] | pixel[2]) == 0;
+    }
+
+    [[noreturn]] static void fail(const char* why) {
+        std::fprintf(stderr, "%s\n", why);
+        std::exit(1);
+    }
+
+private:
+    std::unique_ptr<xcb_connection_t, decltype(&xcb_disconnect)> m_connection;
+    xcb_window_t m_root = 0;
+};
+
+void waitUntil(const Screen& screen, bool isBlank) {
+    const auto end = Clock::now() + patience;
+    while (screen.isBlank() != isBlank) {
+        if (Clock::now() > end)
+            Screen::fail("the window does not come or go");
+        timespec pause{0, std::chrono::nanoseconds(glance).count()};
+        nanosleep(&pause, nullptr);
+    }
+}
+
+double milliseconds(const timeval& time) {
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_usec) / 1e3;
+}
+
+struct Start {
+    double picture;   // ms to the first picture
+    double processor; // ms of processor time, which a busy machine hardly lengthens
+};
+
+Start measureStart(const Screen& screen, const char* program) {
+    waitUntil(screen, true);
+    char* const arguments[] = {const_cast<char*>(program), nullptr};
+    pid_t process = 0;
+    const auto start = Clock::now();
+    if (posix_spawn(&process, program, nullptr, nullptr, arguments, environ) != 0)
+        Screen::fail(std::strerror(errno));
+    waitUntil(screen, false);
+    const double took = Milliseconds(Clock::now() - start).count();
+    kill(process, SIGTERM);
+    rusage used{};
+    wait4(process, nullptr, 0, &used);
+    return {took, milliseconds(used.ru_utime) + milliseconds(used.ru_stime)};
+}
+
+double median(const std::vector<Start>& starts, double Start::*figure) {
+    std::vector<double> values;
+    for (const Start& start : starts)
+        values.push_back(start.*figure);
+    std::sort(values.begin(), values.end());
+    return values[values.size() / 2];
+}
+
+void report(const char* what, const std::vector<Start>& ours, const std::vector<Start>& others,
+            double Start::*figure) {
+    const double our = median(ours, figure);
+    const double other = median(others, figure);
+    std::printf("%-16s median %6.1f ms, empty window %6.1f ms, ratio %.2f (mark %.1f: %s)\n", what,
+                our, other, our / other, mark, our / other <= mark ? "reached" : "MISSED");
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 4)
+        Screen::fail("StartBench ROUNDS PROGRAM OTHER");
+    const Screen screen;
+    std::vector<Start> ours;
+    std::vector<Start> others;
+    for (int round = -2; round < std::atoi(argv[1]); ++round) { // the first two fill the caches
+        const Start our = measureStart(screen, argv[2]);
+        const Start other = measureStart(screen, argv[3]);
+        if (round >= 0) {
+            ours.push_back(our);
+            others.push_back(other);
+        }
+    }
+    report("first picture", ours, others, &Start::picture);
+    report("processor time", ours, others, &Start::processor);
+    return 0;
+}

@@ -1,0 +1,27 @@
+#include "ui/Labels.h"
+
+#include <QLabel>
+
+namespace morvik {
+
+void setInk(QWidget* widget, const QColor& color) {
+    QPalette ink = widget->palette();
+    ink.setColor(QPalette::WindowText, color);
+    widget->setPalette(ink);
+}
+
+QLabel* plainLabel(const QString& text, const QFont& font, const QColor& color) {
+    auto* label = new QLabel(text);
+    label->setTextFormat(Qt::PlainText);
+    label->setFont(font);
+    setInk(label, color);
+    return label;
+}
+
+QLabel* wrappedLabel(const QString& text, const QFont& font, const QColor& color) {
+    QLabel* label = plainLabel(text, font, color);
+    label->setWordWrap(true);
+    return label;
+}
+
+} // namespace morvik

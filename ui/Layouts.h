@@ -1,0 +1,20 @@
+#pragma once
+
+#include <QList>
+
+class QHBoxLayout;
+class QVBoxLayout;
+class QWidget;
+
+namespace morvik {
+
+class LimeActionButton;
+
+/// The column of a pane, padded by 16 on all sides, that begins with its header row: 24 high and 8
+/// above what is added.
+QVBoxLayout* paneColumn(QWidget* pane, QHBoxLayout* header);
+
+/// Action buttons side by side, equally wide, as at the foot of a sheet.
+QHBoxLayout* actionRow(const QList<LimeActionButton*>& buttons);
+
+} // namespace morvik
