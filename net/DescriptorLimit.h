@@ -11,4 +11,7 @@ void raiseDescriptorLimit();
 /// work. At least 1.
 std::size_t spareDescriptors();
 
+/// Whether the process may open another one just now.
+bool canOpenDescriptor();
+
 } // namespace kopertal
