@@ -15,8 +15,8 @@ std::size_t openDescriptors() {
     const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir("/proc/self/fd"), &closedir);
     std::size_t count = 0;
     while (folder && readdir(folder.get()))
-        ++count; // and three that are none: ".", ".." and the folder's own
-    return count;
+        ++count;
+    return count > 3 ? count - 3 : 0; // ".", ".." and the folder's own are none
 }
 
 } // namespace
@@ -29,12 +29,17 @@ void raiseDescriptorLimit() {
     }
 }
 
-std::size_t spareDescriptors() {
+std::size_t freeDescriptors() {
     rlimit limit{};
-    if (getrlimit(RLIMIT_NOFILE, &limit) != 0)
-        return 1;
-    const std::size_t used = openDescriptors() + reserve;
-    return limit.rlim_cur > used ? limit.rlim_cur - used : 1;
+    const std::size_t used = openDescriptors();
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur <= used)
+        return 0;
+    return limit.rlim_cur - used;
+}
+
+std::size_t spareDescriptors() {
+    const std::size_t free = freeDescriptors();
+    return free > reserve ? free - reserve : 1;
 }
 
 bool canOpenDescriptor() {

@@ -19,6 +19,10 @@
 namespace kopertal {
 namespace {
 
+// For this object, one connection and the threads that read the answer: libraries end the process
+// when they find none for an event loop.
+constexpr std::size_t leastDescriptors = 12;
+
 void initializeLibrary() {
     static const CURLcode code = curl_global_init(CURL_GLOBAL_DEFAULT);
     if (code != CURLE_OK)
@@ -83,6 +87,8 @@ HttpTransfers::HttpTransfers(HttpOptions options) {
     initializeLibrary();
     raiseDescriptorLimit();
     try {
+        if (freeDescriptors() < leastDescriptors)
+            throw std::system_error(EMFILE, std::generic_category());
         m_state = std::make_unique<State>(std::move(options));
         m_state->worker = std::thread([state = m_state.get()] { state->run(); });
     } catch (const std::system_error&) {
