@@ -17,6 +17,7 @@ namespace kopertal {
 namespace {
 
 constexpr std::chrono::seconds keepConnections{60};
+constexpr std::chrono::milliseconds shortageBreak{250};
 constexpr long streamsPerConnection = 1000; // the server's own limit is what counts
 
 int flagsOf(std::uint32_t events) {
@@ -46,29 +47,43 @@ CurlLoop::CurlLoop(HttpOptions options, int wakeUp)
     event.data.fd = wakeUp;
     if (epoll_ctl(m_epoll.get(), EPOLL_CTL_ADD, wakeUp, &event) != 0)
         throw std::system_error(errno, std::generic_category());
+    m_context.budget = std::make_shared<ByteBudget>(options.maxTotalBytes);
     m_context.options = std::move(options);
     m_context.proxyExceptions = proxyExceptions();
 }
 
 CurlLoop::~CurlLoop() {
-    for (const auto& [handle, transfer] : m_transfers) {
-        curl_multi_remove_handle(m_multi.get(), handle);
-        transfer->cancel();
-    }
-    m_transfers.clear();
-    close();
+    cancelAll();
+}
+
+void CurlLoop::cancelAll() {
+    failTransfers(HttpFailure::cancelled);
     for (auto& [origin, queue] : m_queues)
         queue.cancelAll();
 }
 
+/// Fails everything under way, and forgets the connections.
+void CurlLoop::failTransfers(HttpFailure failure) {
+    for (const auto& [handle, transfer] : m_transfers) {
+        curl_multi_remove_handle(m_multi.get(), handle);
+        transfer->fail(failure);
+    }
+    m_transfers.clear();
+    close();
+}
+
 void CurlLoop::open() {
-    m_share.reset(curl_share_init());
-    m_multi.reset(curl_multi_init());
-    if (!m_share || !m_multi)
+    decltype(m_share) share(curl_share_init());
+    decltype(m_multi) opened(curl_multi_init());
+    if (!share || !opened)
         throw std::bad_alloc();
+    m_ceiling = spareDescriptors() * 3 / 4 + 1; // a connection attempt can take more than one
+    m_capacity = m_ceiling;
+    m_mayKeepConnections = false;
+    m_share = std::move(share);
+    m_multi = std::move(opened);
     curl_share_setopt(m_share.get(), CURLSHOPT_SHARE, CURL_LOCK_DATA_SSL_SESSION);
     m_context.share = m_share.get();
-    m_capacity = spareDescriptors() * 3 / 4 + 1; // a connection attempt can take more than one
 
     CURLM* const multi = m_multi.get();
     curl_multi_setopt(multi, CURLMOPT_SOCKETFUNCTION, &CurlLoop::onSocket);
@@ -87,9 +102,11 @@ void CurlLoop::close() {
     m_timer.reset();
 }
 
-void CurlLoop::enqueue(Order order) {
+void CurlLoop::enqueue(Order order) try {
     m_queues[originOf(order.request.url)].push(std::move(order));
     admit();
+} catch (const std::bad_alloc&) {
+    // The order has answered so.
 }
 
 void CurlLoop::admit() {
@@ -98,47 +115,63 @@ void CurlLoop::admit() {
             std::optional<Order> order = queue.next();
             if (!order)
                 break;
-            if (!m_multi)
-                open();
             start(std::move(*order), queue);
         }
     }
 }
 
-void CurlLoop::start(Order order, OriginQueue& queue) {
-    auto transfer = std::make_unique<CurlTransfer>(std::move(order), queue, m_context);
-    CURL* const handle = transfer->handle();
-    if (curl_multi_add_handle(m_multi.get(), handle) != CURLM_OK)
-        transfer->finish(CURLE_FAILED_INIT);
-    else
-        m_transfers.emplace(handle, std::move(transfer));
+void CurlLoop::start(Order order, OriginQueue& queue) try {
+    if (!m_multi)
+        open();
+    auto created = std::make_unique<CurlTransfer>(std::move(order), queue, m_context);
+    CURL* const handle = created->handle();
+    CurlTransfer& transfer = *m_transfers.emplace(handle, std::move(created)).first->second;
     m_lastUse = Clock::now();
+    const CURLMcode code = curl_multi_add_handle(m_multi.get(), handle);
+    if (code != CURLM_OK) {
+        transfer.fail(code == CURLM_OUT_OF_MEMORY ? HttpFailure::noMemory : HttpFailure::other);
+        m_transfers.erase(handle);
+    }
+} catch (const std::bad_alloc&) {
+    // The order has answered so.
 }
 
 void CurlLoop::wait() {
     std::array<epoll_event, 256> events;
     const int count =
         epoll_wait(m_epoll.get(), events.data(), static_cast<int>(events.size()), timeoutMs());
-    int running = 0;
     for (int i = 0; i < count; ++i) {
         const epoll_event& event = events[static_cast<std::size_t>(i)];
         if (event.data.fd == m_wakeUp) {
             std::uint64_t signals = 0;
             [[maybe_unused]] const auto drained = ::read(m_wakeUp, &signals, sizeof signals);
         } else if (m_multi) {
-            curl_multi_socket_action(m_multi.get(), event.data.fd, flagsOf(event.events), &running);
+            act(event.data.fd, flagsOf(event.events));
         }
     }
     if (m_timer && *m_timer <= Clock::now()) {
         m_timer.reset();
-        curl_multi_socket_action(m_multi.get(), CURL_SOCKET_TIMEOUT, 0, &running);
+        act(CURL_SOCKET_TIMEOUT, 0);
     }
     completeFinished();
+    if (m_capacity < m_ceiling && Clock::now() >= m_shortUntil) {
+        m_capacity = std::min(2 * m_capacity, m_ceiling); // others may have closed theirs
+        m_shortUntil = Clock::now() + shortageBreak;
+    }
     admit();
     if (m_multi && m_transfers.empty() && Clock::now() - m_lastUse >= keepConnections) {
         close();
         m_queues.clear(); // empty; what they learnt of their servers is old
     }
+}
+
+void CurlLoop::act(curl_socket_t socket, int flags) {
+    int running = 0;
+    const CURLMcode code = curl_multi_socket_action(m_multi.get(), socket, flags, &running);
+    if (code == CURLM_OK || code == CURLM_BAD_SOCKET) // closed by what came before
+        return;
+    completeFinished();
+    failTransfers(code == CURLM_OUT_OF_MEMORY ? HttpFailure::noMemory : HttpFailure::other);
 }
 
 int CurlLoop::timeoutMs() const {
@@ -148,8 +181,12 @@ int CurlLoop::timeoutMs() const {
     if (m_multi && m_transfers.empty())
         next = std::min(next.value_or(Clock::time_point::max()), m_lastUse + keepConnections);
     for (const auto& [origin, queue] : m_queues) {
-        if (!queue.isEmpty() && m_transfers.size() < m_capacity)
+        if (queue.isEmpty())
+            continue;
+        if (m_transfers.size() < m_capacity)
             next = std::min(next.value_or(Clock::time_point::max()), queue.opensAt());
+        else if (m_capacity < m_ceiling)
+            next = std::min(next.value_or(Clock::time_point::max()), m_shortUntil);
     }
     if (!next)
         return -1;
@@ -167,21 +204,29 @@ void CurlLoop::completeFinished() {
     }
 }
 
-void CurlLoop::complete(CURL* handle, CURLcode code) {
+void CurlLoop::complete(CURL* handle, CURLcode code) try {
     curl_multi_remove_handle(m_multi.get(), handle);
     const auto found = m_transfers.find(handle);
     const std::unique_ptr<CurlTransfer> transfer = std::move(found->second);
     m_transfers.erase(found);
     m_lastUse = Clock::now();
-    if (code != CURLE_OK && transfer->lacksDescriptor() && !m_transfers.empty()) {
+    const bool isShort = transfer->lacksDescriptor(code);
+    if (isShort && !m_transfers.empty()) { // one of them will leave its descriptor
         m_capacity = m_transfers.size();
+        m_shortUntil = Clock::now() + shortageBreak;
+        transfer->putBack();
+    } else if (isShort && m_mayKeepConnections) { // to servers that nobody asks now
+        close();
         transfer->putBack();
     } else {
+        m_mayKeepConnections = m_mayKeepConnections || code == CURLE_OK;
         transfer->finish(code);
     }
+} catch (const std::bad_alloc&) {
+    // The order has answered so.
 }
 
-int CurlLoop::onSocket(CURL*, curl_socket_t socket, int what, void* self, void* known) {
+int CurlLoop::onSocket(CURL* easy, curl_socket_t socket, int what, void* self, void* known) {
     auto& loop = *static_cast<CurlLoop*>(self);
     if (what == CURL_POLL_REMOVE) {
         epoll_ctl(loop.m_epoll.get(), EPOLL_CTL_DEL, socket, nullptr);
@@ -193,8 +238,10 @@ int CurlLoop::onSocket(CURL*, curl_socket_t socket, int what, void* self, void* 
     const int operation = known ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
     if (epoll_ctl(loop.m_epoll.get(), operation, socket, &event) != 0)
         return -1;
-    if (!known)
+    if (!known) {
         curl_multi_assign(loop.m_multi.get(), socket, self); // any pointer: "known"
+        CurlTransfer::watchSocket(easy, socket);
+    }
     return 0;
 }
 

@@ -27,12 +27,12 @@ private:
 };
 
 /// Drives any number of transfers by the descriptors that have something to say, so that one more
-/// waiting transfer costs the others nothing. One thread.
+/// waiting transfer costs the others nothing. One thread. Nothing but the constructor throws: what
+/// finds no memory is answered so.
 class CurlLoop {
 public:
     /// wait() also returns when `wakeUp`, an event descriptor, is signalled.
     CurlLoop(HttpOptions options, int wakeUp);
-    /// Completes everything that is left as cancelled.
     ~CurlLoop();
     CurlLoop(const CurlLoop&) = delete;
     CurlLoop& operator=(const CurlLoop&) = delete;
@@ -43,6 +43,9 @@ public:
     /// Waits for the network or for `wakeUp`, and completes what has ended.
     void wait();
 
+    /// Completes everything that is left as cancelled, without waiting for the network.
+    void cancelAll();
+
 private:
     using Clock = std::chrono::steady_clock;
 
@@ -50,6 +53,8 @@ private:
     void close();
     void admit();
     void start(Order order, OriginQueue& queue);
+    void failTransfers(HttpFailure failure);
+    void act(curl_socket_t socket, int flags);
     void completeFinished();
     void complete(CURL* handle, CURLcode code);
     int timeoutMs() const;
@@ -63,7 +68,10 @@ private:
     std::unique_ptr<CURLM, Release<curl_multi_cleanup>> m_multi; // none while idle
     std::unordered_map<std::string, OriginQueue> m_queues;       // by origin
     std::unordered_map<CURL*, std::unique_ptr<CurlTransfer>> m_transfers;
-    std::size_t m_capacity = 1;
+    std::size_t m_ceiling = 1;      // transfers that the free descriptors allowed
+    std::size_t m_capacity = 1;     // fewer in a shortage
+    Clock::time_point m_shortUntil; // when a shortage is looked at again
+    bool m_mayKeepConnections = false;
     std::optional<Clock::time_point> m_timer;
     Clock::time_point m_lastUse;
 };

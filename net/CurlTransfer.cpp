@@ -1,6 +1,12 @@
 #include "net/CurlTransfer.h"
 
+#include "net/CurlFailure.h"
+#include "net/DescriptorLimit.h"
+
 #include <cerrno>
+#include <cstring>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
 #include <new>
 #include <openssl/ssl.h>
 #include <sys/socket.h>
@@ -14,6 +20,13 @@ constexpr long uploadBufferBytes = 16L * 1024; // per request; the library's own
 constexpr long nameLifetime = 300; // seconds; a burst must not look a name up once per request
 constexpr std::size_t maxHeaderBytes = 256UL * 1024;
 
+// A kept connection may be dead without a word, as behind a router that has forgotten it. The
+// kernel asks the peer while it is idle; and a request on it that nobody acknowledges is given up
+// early enough for another try on a new connection.
+constexpr long probeAfterSeconds = 15;
+constexpr long probeEverySeconds = 5;
+constexpr unsigned int unacknowledgedMs = 8'000;
+
 /// Whether the connection of a running transfer carries several requests at a time.
 bool isShared(CURL* easy) {
     curl_tlssessioninfo* session = nullptr;
@@ -26,109 +39,95 @@ bool isShared(CURL* easy) {
     return size == 2 && name[0] == 'h' && name[1] == '2';
 }
 
-HttpFailure failureOf(CURLcode code) {
-    switch (code) {
-    case CURLE_OK:
-        return HttpFailure::none;
-    case CURLE_OPERATION_TIMEDOUT:
-        return HttpFailure::timedOut;
-    case CURLE_URL_MALFORMAT:
-        return HttpFailure::invalidAddress;
-    case CURLE_COULDNT_RESOLVE_HOST:
-    case CURLE_COULDNT_RESOLVE_PROXY:
-        return HttpFailure::hostNotFound;
-    case CURLE_COULDNT_CONNECT:
-        return HttpFailure::connectionFailed;
-    case CURLE_SEND_ERROR:
-    case CURLE_RECV_ERROR:
-    case CURLE_GOT_NOTHING:
-    case CURLE_PARTIAL_FILE:
-    case CURLE_HTTP2:
-    case CURLE_HTTP2_STREAM:
-        return HttpFailure::connectionLost;
-    case CURLE_SSL_CONNECT_ERROR:
-    case CURLE_SSL_CERTPROBLEM:
-    case CURLE_SSL_CIPHER:
-    case CURLE_PEER_FAILED_VERIFICATION:
-    case CURLE_SSL_CACERT_BADFILE:
-    case CURLE_SSL_ISSUER_ERROR:
-        return HttpFailure::tlsFailed;
-    case CURLE_TOO_MANY_REDIRECTS:
-        return HttpFailure::tooManyRedirects;
-    default:
-        return HttpFailure::other;
-    }
-}
-
 } // namespace
 
 CurlTransfer::CurlTransfer(Order order, OriginQueue& queue, TransferContext& context)
-    : m_order(std::move(order)), m_queue(queue), m_context(context), m_easy(curl_easy_init()) {
+    : m_order(std::move(order)),
+      m_queue(queue),
+      m_context(context),
+      m_easy(curl_easy_init()),
+      m_body(std::make_shared<ReceivedBody>(context.budget, context.options.maxBodyBytes)) {
     if (!m_easy)
         throw std::bad_alloc();
     setRequestOptions();
     setTransportOptions(context);
+    queue.starts();
 }
 
 CurlTransfer::~CurlTransfer() {
-    m_context.bytesHeld -= m_body.size();
     if (!m_isConnected)
         m_queue.failedToConnect();
 }
 
-void CurlTransfer::setRequestOptions() {
-    CURL* const easy = m_easy.get();
-    const HttpRequest& request = m_order.request;
-    for (const std::string& header : request.headers)
-        m_headers.reset(curl_slist_append(m_headers.release(), header.c_str()));
-    // A large body would else wait for a "100 Continue" that few servers send.
-    m_headers.reset(curl_slist_append(m_headers.release(), "Expect:"));
+template <typename T>
+void CurlTransfer::set(CURLoption option, T value) {
+    if (curl_easy_setopt(m_easy.get(), option, value) == CURLE_OUT_OF_MEMORY)
+        throw std::bad_alloc();
+}
 
-    curl_easy_setopt(easy, CURLOPT_URL, request.url.c_str());
-    curl_easy_setopt(easy, CURLOPT_HTTPHEADER, m_headers.get());
+void CurlTransfer::addHeader(const char* header) {
+    curl_slist* const longer = curl_slist_append(m_headers.get(), header);
+    if (!longer)
+        throw std::bad_alloc();
+    [[maybe_unused]] const auto same = m_headers.release();
+    m_headers.reset(longer);
+}
+
+void CurlTransfer::setRequestOptions() {
+    const HttpRequest& request = m_order.request;
+    for (const std::string& header : request.bodyHeaders)
+        addHeader(header.c_str());
+    // A large body would else wait for a "100 Continue" that few servers send.
+    addHeader("Expect:");
+
+    set(CURLOPT_PRIVATE, this);
+    set(CURLOPT_URL, request.url.c_str());
+    set(CURLOPT_HTTPHEADER, m_headers.get());
     if (request.body) {
-        curl_easy_setopt(easy, CURLOPT_POST, 1L);
-        curl_easy_setopt(easy, CURLOPT_POSTFIELDS, request.body->data());
-        curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE,
-                         static_cast<curl_off_t>(request.body->size()));
+        set(CURLOPT_POST, 1L);
+        set(CURLOPT_POSTFIELDS, request.body->data());
+        set(CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(request.body->size()));
     }
-    curl_easy_setopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, uploadBufferBytes);
-    curl_easy_setopt(easy, CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
-    curl_easy_setopt(easy, CURLOPT_ERRORBUFFER, m_error.data());
-    curl_easy_setopt(easy, CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
-    curl_easy_setopt(easy, CURLOPT_WRITEDATA, this);
-    curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &CurlTransfer::onHeader);
-    curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
-    curl_easy_setopt(easy, CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::onOpenSocket);
-    curl_easy_setopt(easy, CURLOPT_OPENSOCKETDATA, this);
-    curl_easy_setopt(easy, CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
-    curl_easy_setopt(easy, CURLOPT_PREREQDATA, this);
+    set(CURLOPT_UPLOAD_BUFFERSIZE, uploadBufferBytes);
+    set(CURLOPT_TIMEOUT_MS, static_cast<long>(request.timeout.count()));
+    set(CURLOPT_ERRORBUFFER, m_error.data());
+    set(CURLOPT_WRITEFUNCTION, &CurlTransfer::onBody);
+    set(CURLOPT_WRITEDATA, this);
+    set(CURLOPT_HEADERFUNCTION, &CurlTransfer::onHeader);
+    set(CURLOPT_HEADERDATA, this);
+    set(CURLOPT_OPENSOCKETFUNCTION, &CurlTransfer::onOpenSocket);
+    set(CURLOPT_OPENSOCKETDATA, this);
+    set(CURLOPT_PREREQFUNCTION, &CurlTransfer::onConnected);
+    set(CURLOPT_PREREQDATA, this);
 }
 
 void CurlTransfer::setTransportOptions(const TransferContext& context) {
-    CURL* const easy = m_easy.get();
     const HttpOptions& options = context.options;
-    curl_easy_setopt(easy, CURLOPT_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(easy, CURLOPT_REDIR_PROTOCOLS_STR, "http,https");
-    curl_easy_setopt(easy, CURLOPT_FOLLOWLOCATION, 1L);
-    curl_easy_setopt(easy, CURLOPT_MAXREDIRS, maxRedirects);
-    curl_easy_setopt(easy, CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
+    const bool overTls = isHttps(m_order.request.url.c_str());
+    set(CURLOPT_PROTOCOLS_STR, "http,https");
+    set(CURLOPT_REDIR_PROTOCOLS_STR, overTls ? "https" : "http,https");
+    set(CURLOPT_FOLLOWLOCATION, 1L);
+    set(CURLOPT_MAXREDIRS, maxRedirects);
+    set(CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
     if (!options.userAgent.empty())
-        curl_easy_setopt(easy, CURLOPT_USERAGENT, options.userAgent.c_str());
-    curl_easy_setopt(easy, CURLOPT_NOPROXY, context.proxyExceptions.c_str());
-    curl_easy_setopt(easy, CURLOPT_SHARE, context.share);
-    curl_easy_setopt(easy, CURLOPT_NOSIGNAL, 1L);
-    curl_easy_setopt(easy, CURLOPT_DNS_CACHE_TIMEOUT, nameLifetime);
+        set(CURLOPT_USERAGENT, options.userAgent.c_str());
+    set(CURLOPT_NOPROXY, context.proxyExceptions.c_str());
+    set(CURLOPT_SHARE, context.share);
+    set(CURLOPT_NOSIGNAL, 1L);
+    set(CURLOPT_DNS_CACHE_TIMEOUT, nameLifetime);
     // A name that is still being looked up must not hold up the others when its time is over.
-    curl_easy_setopt(easy, CURLOPT_QUICK_EXIT, 1L);
+    set(CURLOPT_QUICK_EXIT, 1L);
+    set(CURLOPT_TCP_KEEPALIVE, 1L);
+    set(CURLOPT_TCP_KEEPIDLE, probeAfterSeconds);
+    set(CURLOPT_TCP_KEEPINTVL, probeEverySeconds);
 
     // Over TLS the first connection tells whether the server multiplexes, and the others wait for
     // that. In the clear it would only be known after the first answer.
-    if (m_order.request.url.rfind("https:", 0) == 0) {
-        curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
-        curl_easy_setopt(easy, CURLOPT_PIPEWAIT, m_order.mayWait ? 1L : 0L);
+    if (overTls) {
+        set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_2TLS));
+        set(CURLOPT_PIPEWAIT, m_order.mayWait ? 1L : 0L);
     } else {
-        curl_easy_setopt(easy, CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
+        set(CURLOPT_HTTP_VERSION, static_cast<long>(CURL_HTTP_VERSION_1_1));
     }
 
     // With a file alone the library parses the authorities once, not for every connection.
@@ -136,53 +135,62 @@ void CurlTransfer::setTransportOptions(const TransferContext& context) {
                                         ? curl_version_info(CURLVERSION_NOW)->cainfo
                                         : options.authorityFile.c_str();
     if (authorities) {
-        curl_easy_setopt(easy, CURLOPT_CAINFO, authorities);
-        curl_easy_setopt(easy, CURLOPT_CAPATH, nullptr);
+        set(CURLOPT_CAINFO, authorities);
+        set(CURLOPT_CAPATH, nullptr);
     }
 }
 
 void CurlTransfer::finish(CURLcode code) {
     HttpAnswer answer;
-    answer.failure = m_tooLarge ? HttpFailure::tooLarge : failureOf(code);
+    answer.failure =
+        m_tooLarge ? HttpFailure::tooLarge : failureOf(m_easy.get(), code, m_order.request);
+    if (lacksDescriptor(code))
+        answer.failure = HttpFailure::noDescriptor;
     if (answer.failure == HttpFailure::none) {
         curl_easy_getinfo(m_easy.get(), CURLINFO_RESPONSE_CODE, &answer.status);
-        m_context.bytesHeld -= m_body.size();
-        answer.body = std::exchange(m_body, {});
+        answer.body = std::move(m_body);
     } else {
         answer.detail = m_error[0] ? m_error.data() : curl_easy_strerror(code);
     }
-    m_order.completion(std::move(answer));
+    m_order.complete(std::move(answer));
+}
+
+bool CurlTransfer::lacksDescriptor(CURLcode code) const {
+    switch (code) {
+    case CURLE_COULDNT_RESOLVE_HOST: // which opens files and sockets of its own
+    case CURLE_COULDNT_RESOLVE_PROXY:
+    case CURLE_SSL_CACERT_BADFILE:
+        return !canOpenDescriptor();
+    case CURLE_COULDNT_CONNECT:
+        return m_lacksDescriptor;
+    default:
+        return false;
+    }
 }
 
 void CurlTransfer::putBack() {
     m_queue.pushFront(std::move(m_order));
 }
 
-void CurlTransfer::cancel() {
-    cancelOrder(m_order);
+void CurlTransfer::fail(HttpFailure failure) {
+    m_order.fail(failure);
 }
 
-bool CurlTransfer::append(const char* data, std::size_t size) noexcept {
-    const HttpOptions& options = m_context.options;
-    m_tooLarge = size > options.maxBodyBytes - m_body.size() ||
-                 m_context.bytesHeld + size > options.maxTotalBytes;
-    try {
-        if (!m_tooLarge)
-            m_body.append(data, size);
-    } catch (const std::bad_alloc&) {
-        m_tooLarge = true;
-    }
-    if (m_tooLarge) { // at once, or the other answers under way find no room either
-        m_context.bytesHeld -= m_body.size();
-        std::string().swap(m_body);
-        return false;
-    }
-    m_context.bytesHeld += size;
-    return true;
+void CurlTransfer::watchSocket(CURL* easy, curl_socket_t socket) {
+    CurlTransfer* transfer = nullptr; // none for the library's own work
+    curl_easy_getinfo(easy, CURLINFO_PRIVATE, &transfer);
+    if (transfer && transfer->m_isOnKeptConnection)
+        setsockopt(socket, IPPROTO_TCP, TCP_USER_TIMEOUT, &unacknowledgedMs,
+                   sizeof unacknowledgedMs);
 }
 
 std::size_t CurlTransfer::onBody(char* data, std::size_t size, std::size_t count, void* self) {
-    return static_cast<CurlTransfer*>(self)->append(data, size * count) ? size * count : 0;
+    auto& transfer = *static_cast<CurlTransfer*>(self);
+    if (transfer.m_body->append(data, size * count))
+        return size * count;
+    transfer.m_tooLarge = true;
+    transfer.m_body->clear(); // at once, or the other answers under way find no room either
+    return 0;
 }
 
 std::size_t CurlTransfer::onHeader(char*, std::size_t size, std::size_t count, void* self) {
@@ -192,10 +200,19 @@ std::size_t CurlTransfer::onHeader(char*, std::size_t size, std::size_t count, v
     return transfer.m_tooLarge ? 0 : size * count;
 }
 
+/// Comes before each request is sent: the first, those of redirects, and retries.
 int CurlTransfer::onConnected(void* self, char*, char*, int, int) {
     auto& transfer = *static_cast<CurlTransfer*>(self);
-    if (!std::exchange(transfer.m_isConnected, true)) // redirects and retries come here again
-        transfer.m_queue.connected(isShared(transfer.m_easy.get()));
+    CURL* const easy = transfer.m_easy.get();
+    if (!std::exchange(transfer.m_isConnected, true))
+        transfer.m_queue.connected(isShared(easy));
+    long opened = 0;
+    curl_easy_getinfo(easy, CURLINFO_NUM_CONNECTS, &opened);
+    transfer.m_isOnKeptConnection = opened == 0;
+    const char* method = nullptr;
+    curl_easy_getinfo(easy, CURLINFO_EFFECTIVE_METHOD, &method);
+    if (method && std::strcmp(method, "GET") == 0)
+        curl_easy_setopt(easy, CURLOPT_HTTPHEADER, nullptr); // a redirect has dropped the body
     return CURL_PREREQFUNC_OK;
 }
 

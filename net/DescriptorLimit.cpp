@@ -1,10 +1,10 @@
 #include "net/DescriptorLimit.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <iterator>
+#include <dirent.h>
+#include <fcntl.h>
+#include <memory>
 #include <sys/resource.h>
-#include <system_error>
+#include <unistd.h>
 
 namespace kopertal {
 namespace {
@@ -12,9 +12,11 @@ namespace {
 constexpr std::size_t reserve = 64; // for files, pipes and the phone's connections
 
 std::size_t openDescriptors() {
-    std::error_code error;
-    const std::filesystem::directory_iterator entries("/proc/self/fd", error);
-    return error ? 0 : static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+    const std::unique_ptr<DIR, int (*)(DIR*)> folder(opendir("/proc/self/fd"), &closedir);
+    std::size_t count = 0;
+    while (folder && readdir(folder.get()))
+        ++count;
+    return count > 3 ? count - 3 : 0; // ".", ".." and the folder's own are none
 }
 
 } // namespace
@@ -27,12 +29,25 @@ void raiseDescriptorLimit() {
     }
 }
 
-std::size_t spareDescriptors() {
+std::size_t freeDescriptors() {
     rlimit limit{};
-    if (getrlimit(RLIMIT_NOFILE, &limit) != 0)
-        return 1;
-    const std::size_t used = openDescriptors() + reserve;
-    return limit.rlim_cur > used ? limit.rlim_cur - used : 1;
+    const std::size_t used = openDescriptors();
+    if (getrlimit(RLIMIT_NOFILE, &limit) != 0 || limit.rlim_cur <= used)
+        return 0;
+    return limit.rlim_cur - used;
+}
+
+std::size_t spareDescriptors() {
+    const std::size_t free = freeDescriptors();
+    return free > reserve ? free - reserve : 1;
+}
+
+bool canOpenDescriptor() {
+    const int descriptor = ::open("/", O_PATH | O_CLOEXEC);
+    if (descriptor < 0)
+        return false;
+    ::close(descriptor);
+    return true;
 }
 
 } // namespace kopertal

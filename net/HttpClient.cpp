@@ -2,7 +2,9 @@
 
 #include <QPromise>
 
+#include <exception>
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace kopertal {
@@ -14,14 +16,20 @@ QFuture<HttpAnswer> HttpClient::send(HttpRequest request) {
     const auto promise = std::make_shared<QPromise<HttpAnswer>>();
     promise->start();
     m_transfers.send(std::move(request), [promise](HttpAnswer answer) {
-        promise->addResult(std::move(answer));
+        try {
+            promise->addResult(std::move(answer));
+        } catch (const std::bad_alloc&) {
+            promise->setException(std::current_exception());
+        }
         promise->finish();
     });
     return promise->future();
 }
 
 QString failureText(const HttpAnswer& answer) {
-    const QString detail = QString::fromStdString(answer.detail);
+    const auto withDetail = [&](const QString& text) {
+        return text + QStringLiteral(" Szczegóły: ") + QString::fromStdString(answer.detail);
+    };
     switch (answer.failure) {
     case HttpFailure::none:
         return {};
@@ -31,22 +39,48 @@ QString failureText(const HttpAnswer& answer) {
         return QStringLiteral("Upłynął limit czasu oczekiwania na odpowiedź.");
     case HttpFailure::invalidAddress:
         return QStringLiteral("Adres serwera jest nieprawidłowy.");
+    case HttpFailure::unsupportedAddress:
+        return QStringLiteral("Adres serwera musi zaczynać się od https:// lub http://.");
     case HttpFailure::hostNotFound:
         return QStringLiteral("Nie znaleziono serwera o podanej nazwie.");
+    case HttpFailure::proxyFailed:
+        return QStringLiteral("Serwer pośredniczący (proxy) jest nieosiągalny lub odmówił "
+                              "połączenia.");
     case HttpFailure::connectionFailed:
         return QStringLiteral("Nie można połączyć się z serwerem.");
     case HttpFailure::connectionLost:
         return QStringLiteral("Połączenie z serwerem zostało przerwane.");
+    case HttpFailure::certificateExpired:
+        return QStringLiteral("Certyfikat serwera utracił ważność lub jeszcze nie jest ważny. "
+                              "Sprawdź datę ustawioną w komputerze.");
+    case HttpFailure::certificateForOtherHost:
+        return QStringLiteral("Certyfikat serwera został wystawiony dla innego adresu.");
+    case HttpFailure::certificateUntrusted:
+        return QStringLiteral("Certyfikat serwera nie pochodzi od zaufanego wystawcy.");
+    case HttpFailure::authoritiesUnreadable:
+        return QStringLiteral("Nie można odczytać pliku z zaufanymi urzędami certyfikacji.");
     case HttpFailure::tlsFailed:
-        return QStringLiteral("Nie można nawiązać bezpiecznego połączenia z serwerem: ") + detail;
+        return withDetail(QStringLiteral("Nie można nawiązać bezpiecznego połączenia z serwerem."));
     case HttpFailure::tooManyRedirects:
         return QStringLiteral("Zbyt wiele przekierowań.");
+    case HttpFailure::unusableRedirect:
+        return QStringLiteral("Serwer przekierował pod adres, którego nie można otworzyć.");
+    case HttpFailure::insecureRedirect:
+        return QStringLiteral("Serwer przekierował z połączenia szyfrowanego na nieszyfrowane; ze "
+                              "względów bezpieczeństwa połączenie przerwano.");
+    case HttpFailure::malformedAnswer:
+        return QStringLiteral("Odpowiedź serwera jest niezrozumiała.");
     case HttpFailure::tooLarge:
         return QStringLiteral("Odpowiedź serwera jest zbyt duża.");
+    case HttpFailure::noDescriptor:
+        return QStringLiteral("System nie pozwala programowi otworzyć więcej plików i połączeń.");
+    case HttpFailure::noMemory:
+        return QStringLiteral("Zabrakło pamięci.");
     case HttpFailure::other:
         break;
     }
-    return QStringLiteral("Błąd połączenia z serwerem: ") + detail;
+    return answer.detail.empty() ? QStringLiteral("Nie udało się połączyć z serwerem.")
+                                 : withDetail(QStringLiteral("Nie udało się połączyć z serwerem."));
 }
 
 } // namespace kopertal

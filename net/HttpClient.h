@@ -12,8 +12,10 @@ namespace kopertal {
 /// those under way when the client is destroyed finish as cancelled.
 class HttpClient {
 public:
+    /// Throws std::runtime_error as HttpTransfers does.
     explicit HttpClient(HttpOptions options = {});
 
+    /// From any thread, but not once the destruction has begun.
     QFuture<HttpAnswer> send(HttpRequest request);
 
 private:

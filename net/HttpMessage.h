@@ -1,6 +1,9 @@
 #pragma once
 
+#include "net/ReceivedBody.h"
+
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
@@ -10,8 +13,9 @@ namespace kopertal {
 /// One request over http or https.
 struct HttpRequest {
     std::string url;
-    std::vector<std::string> headers; ///< "Name: value" each.
-    std::optional<std::string> body;  ///< With one the method is POST, else GET.
+    std::optional<std::string> body; ///< With one the method is POST, else GET.
+    /// "Name: value" each. They go where the body goes: not along with a redirect that drops it.
+    std::vector<std::string> bodyHeaders;
     /// For all of it, counted from the request's own start: waiting for a descriptor is not in it.
     std::chrono::milliseconds timeout{20'000};
 };
@@ -22,12 +26,23 @@ enum class HttpFailure {
     cancelled,
     timedOut,
     invalidAddress,
+    unsupportedAddress, ///< Neither http nor https.
     hostNotFound,
+    proxyFailed,
     connectionFailed,
     connectionLost,
+    certificateExpired, ///< Or it is not valid yet.
+    certificateForOtherHost,
+    certificateUntrusted,
+    authoritiesUnreadable, ///< The file of trusted authorities.
     tlsFailed,
     tooManyRedirects,
+    unusableRedirect, ///< To something other than http or https.
+    insecureRedirect, ///< From https to http, which would show the request to everybody.
+    malformedAnswer,
     tooLarge,
+    noDescriptor, ///< The process may open no more files and connections.
+    noMemory,
     other
 };
 
@@ -36,15 +51,23 @@ struct HttpAnswer {
     HttpFailure failure = HttpFailure::none;
     std::string detail; ///< Of a failure, in the transport's own (English) words.
     long status = 0;
-    std::string body; ///< Decompressed; empty when there is a failure.
+    /// Decompressed; null when there is none, as with a failure. Let go of it when it is read:
+    /// until then it takes up room that the next answers want.
+    std::shared_ptr<const ReceivedBody> body;
+
+    const std::string& text() const {
+        static const std::string none;
+        return body ? body->text() : none;
+    }
 };
 
 /// How requests are carried.
 struct HttpOptions {
-    std::string userAgent;                            ///< Without one no such header is sent.
-    std::string authorityFile;                        ///< PEM; without one the system's store.
-    std::size_t maxBodyBytes = 16ULL * 1024 * 1024;   ///< Of one answer, decompressed.
-    std::size_t maxTotalBytes = 256ULL * 1024 * 1024; ///< Of the answers under way together.
+    std::string userAgent;                          ///< Without one no such header is sent.
+    std::string authorityFile;                      ///< PEM; without one the system's store.
+    std::size_t maxBodyBytes = 16ULL * 1024 * 1024; ///< Of one answer, decompressed.
+    /// Of all answers that are under way or not let go of yet, together.
+    std::size_t maxTotalBytes = 128ULL * 1024 * 1024;
 };
 
 } // namespace kopertal

@@ -3,6 +3,7 @@
 #include "net/CurlLoop.h"
 #include "net/DescriptorLimit.h"
 
+#include <atomic>
 #include <cerrno>
 #include <csignal>
 #include <cstdint>
@@ -18,10 +19,14 @@
 namespace kopertal {
 namespace {
 
+// For this object, one connection and the threads that read the answer: libraries end the process
+// when they find none for an event loop.
+constexpr std::size_t leastDescriptors = 12;
+
 void initializeLibrary() {
     static const CURLcode code = curl_global_init(CURL_GLOBAL_DEFAULT);
     if (code != CURLE_OK)
-        throw std::runtime_error(curl_easy_strerror(code));
+        throw std::runtime_error("Nie można uruchomić obsługi sieci.");
 }
 
 /// Signals belong to the program's other threads; SIGPIPE, which TLS raises when a peer has gone,
@@ -39,6 +44,8 @@ struct HttpTransfers::State {
         : wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), loop(std::move(options), wakeUp.get()) {}
 
     void run();
+    void cancelEverything();
+    std::vector<Order> takeIncoming();
     void signal() const {
         const std::uint64_t one = 1;
         [[maybe_unused]] const auto written = ::write(wakeUp.get(), &one, sizeof one);
@@ -48,40 +55,50 @@ struct HttpTransfers::State {
     CurlLoop loop; // the worker's
     std::mutex mutex;
     std::vector<Order> incoming; // guarded
-    bool stopping = false;       // guarded
+    std::atomic<bool> stopping = false;
     std::thread worker;
 };
 
 void HttpTransfers::State::run() {
     blockSignals();
-    for (;;) {
-        std::vector<Order> orders;
-        bool stop = false;
-        {
-            const std::lock_guard lock(mutex);
-            orders.swap(incoming);
-            stop = stopping;
-        }
-        for (Order& order : orders)
+    while (!stopping) {
+        for (Order& order : takeIncoming())
             loop.enqueue(std::move(order));
-        if (stop)
-            return;
         loop.wait();
     }
+    cancelEverything();
+}
+
+void HttpTransfers::State::cancelEverything() {
+    loop.cancelAll();
+    // Completions may have sent more.
+    for (std::vector<Order> orders; !(orders = takeIncoming()).empty();) {
+        for (Order& order : orders)
+            order.fail(HttpFailure::cancelled);
+    }
+}
+
+std::vector<Order> HttpTransfers::State::takeIncoming() {
+    const std::lock_guard lock(mutex);
+    return std::exchange(incoming, {});
 }
 
 HttpTransfers::HttpTransfers(HttpOptions options) {
     initializeLibrary();
     raiseDescriptorLimit();
-    m_state = std::make_unique<State>(std::move(options));
-    m_state->worker = std::thread([state = m_state.get()] { state->run(); });
+    try {
+        if (freeDescriptors() < leastDescriptors)
+            throw std::system_error(EMFILE, std::generic_category());
+        m_state = std::make_unique<State>(std::move(options));
+        m_state->worker = std::thread([state = m_state.get()] { state->run(); });
+    } catch (const std::system_error&) {
+        throw std::runtime_error("Nie można połączyć się z siecią: system nie pozwala programowi "
+                                 "otworzyć więcej plików lub połączeń.");
+    }
 }
 
 HttpTransfers::~HttpTransfers() {
-    {
-        const std::lock_guard lock(m_state->mutex);
-        m_state->stopping = true;
-    }
+    m_state->stopping = true;
     m_state->signal();
     m_state->worker.join();
 }
@@ -91,7 +108,7 @@ void HttpTransfers::send(HttpRequest request, Completion completion) {
     {
         const std::lock_guard lock(m_state->mutex);
         isFirst = m_state->incoming.empty();
-        m_state->incoming.push_back({std::move(request), std::move(completion)});
+        m_state->incoming.emplace_back(std::move(request), std::move(completion));
     }
     if (isFirst) // else the worker knows already
         m_state->signal();

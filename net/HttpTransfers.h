@@ -15,16 +15,21 @@ namespace kopertal {
 /// machine. All functions may be called from any thread.
 class HttpTransfers {
 public:
-    /// Gets the answer, exactly once, on the worker thread; must not block and not throw.
+    /// Gets the answer, exactly once, on the worker thread, also at destruction. Must not block,
+    /// nor throw, nor destroy the object; may send again, but not when it was cancelled.
     using Completion = std::function<void(HttpAnswer)>;
 
-    /// Raises the process's limit of descriptors.
+    /// Raises the process's limit of descriptors. Throws std::runtime_error, with a message for the
+    /// user, when there is no descriptor or thread to be had.
     explicit HttpTransfers(HttpOptions options);
-    /// Answers everything that is left as cancelled, and does not wait for the network.
+    /// Answers everything that is left as cancelled, and does not wait for the network. When it
+    /// returns, every completion has. No other thread may send any more.
     ~HttpTransfers();
     HttpTransfers(const HttpTransfers&) = delete;
     HttpTransfers& operator=(const HttpTransfers&) = delete;
 
+    /// Throws std::bad_alloc, and does not call the completion then; whatever else goes wrong is an
+    /// answer.
     void send(HttpRequest request, Completion completion);
 
 private:

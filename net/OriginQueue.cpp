@@ -9,19 +9,38 @@ constexpr std::chrono::milliseconds longestHold{1'000};
 
 } // namespace
 
-void cancelOrder(const Order& order) {
-    HttpAnswer answer;
-    answer.failure = HttpFailure::cancelled;
-    order.completion(std::move(answer));
+Order::Order(HttpRequest wanted, HttpTransfers::Completion completion)
+    : request(std::move(wanted)), m_completion(std::move(completion)) {
 }
 
-void OriginQueue::push(Order order) {
+Order::Order(Order&& other) noexcept
+    : request(std::move(other.request)),
+      mayWait(other.mayWait),
+      m_completion(std::exchange(other.m_completion, nullptr)) {
+}
+
+Order::~Order() {
+    fail(HttpFailure::noMemory);
+}
+
+void Order::complete(HttpAnswer answer) {
+    if (const auto completion = std::exchange(m_completion, nullptr))
+        completion(std::move(answer));
+}
+
+void Order::fail(HttpFailure failure) {
+    HttpAnswer answer;
+    answer.failure = failure;
+    complete(std::move(answer));
+}
+
+void OriginQueue::push(Order&& order) {
     if (m_orders.empty())
         m_opensAt = Clock::now() + longestHold;
     m_orders.push_back(std::move(order));
 }
 
-void OriginQueue::pushFront(Order order) {
+void OriginQueue::pushFront(Order&& order) {
     m_orders.push_front(std::move(order));
 }
 
@@ -33,13 +52,12 @@ std::optional<Order> OriginQueue::next() {
     Order order = std::move(m_orders.front());
     m_orders.pop_front();
     order.mayWait = !isOverdue; // a connection that hangs must not hold up the others
-    ++m_connecting;
     return order;
 }
 
 void OriginQueue::cancelAll() {
-    for (const Order& order : m_orders)
-        cancelOrder(order);
+    for (Order& order : m_orders)
+        order.fail(HttpFailure::cancelled);
     m_orders.clear();
 }
 

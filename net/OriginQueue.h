@@ -10,15 +10,25 @@
 
 namespace kopertal {
 
-/// A request and who waits for its answer.
-struct Order {
-    HttpRequest request;
-    HttpTransfers::Completion completion;
-    bool mayWait = true; ///< For room on a connection that another order is opening.
-};
+/// A request and who waits for its answer, who gets exactly one: an order that is dropped without,
+/// as an exception does, answers that there is no memory.
+class Order {
+public:
+    Order(HttpRequest request, HttpTransfers::Completion completion);
+    Order(Order&& other) noexcept;
+    Order& operator=(Order&&) = delete;
+    ~Order();
 
-/// Hands out that the order was cancelled.
-void cancelOrder(const Order& order);
+    /// Does nothing when there was an answer already.
+    void complete(HttpAnswer answer);
+    void fail(HttpFailure failure);
+
+    HttpRequest request;
+    bool mayWait = true; ///< For room on a connection that another order is opening.
+
+private:
+    HttpTransfers::Completion m_completion; ///< Until it is called.
+};
 
 /// The orders for one server that have not started.
 ///
@@ -31,9 +41,9 @@ public:
     using Clock = std::chrono::steady_clock;
 
     bool isEmpty() const { return m_orders.empty(); }
-    void push(Order order);
+    void push(Order&& order);
     /// Puts back what next() gave.
-    void pushFront(Order order);
+    void pushFront(Order&& order);
 
     /// The next order, when it may start now.
     std::optional<Order> next();
@@ -42,6 +52,8 @@ public:
     /// When next() will give the rest in any case.
     Clock::time_point opensAt() const { return m_opensAt; }
 
+    /// An order that next() gave is being started.
+    void starts() { ++m_connecting; }
     /// A started order has its connection.
     void connected(bool isShared);
     /// A started order has ended without one.

@@ -6,14 +6,30 @@
 #include <QStringDecoder>
 
 #include <algorithm>
+#include <utility>
 
 namespace kopertal {
 namespace {
 
 constexpr QStringView relayMarker = u"Centralny System";
 
+/// Takes texts out of an answer, up to so many characters together.
+class Texts {
+public:
+    QString of(QStringView tag, QStringView xml) {
+        QStringView text = extractTag(tag, xml).value_or(QStringView());
+        if (text.size() > m_left)
+            text = text.first(m_left > 0 && text[m_left].isLowSurrogate() ? m_left - 1 : m_left);
+        m_left -= text.size();
+        return text.toString();
+    }
+
+private:
+    qsizetype m_left = TrackingResult::maxTextLength;
+};
+
 QString textOf(QStringView tag, QStringView xml) {
-    return extractTag(tag, xml).value_or(QStringView()).toString();
+    return Texts().of(tag, xml);
 }
 
 bool isTrue(QStringView tag, QStringView xml) {
@@ -24,26 +40,49 @@ QString joined(const QString& left, QStringView separator, const QString& right)
     return left.isEmpty() || right.isEmpty() ? left + right : left % separator % right;
 }
 
+bool isFinal(QStringView event) {
+    return isTrue(u"ax21:konczace", event);
+}
+
 TrackingEvent parseEvent(QStringView xml) {
     const auto unitTag = u"ax21:jednostka";
     const auto unit = extractFirstBlock(unitTag, xml);
     const QStringView unitXml = unit.value_or(QStringView());
-    const QString locality = textOf(u"ax21:miejscowosc", unitXml);
-    const QString street = textOf(u"ax21:ulica", unitXml);
-    const QString house = textOf(u"ax21:nrDomu", unitXml);
-    const QString postalCode = textOf(u"ax21:pna", unitXml);
 
     TrackingEvent event;
+    Texts texts;
     // The unit has a name of its own, which may stand first.
-    event.name = unit ? textOf(u"ax21:nazwa", withoutBlock(unitTag, unitXml, xml))
-                      : textOf(u"ax21:nazwa", xml);
-    event.time = textOf(u"ax21:czas", xml);
-    event.code = textOf(u"ax21:kod", xml);
-    event.isFinal = isTrue(u"ax21:konczace", xml);
-    event.place = joined(locality, u" — ", textOf(u"ax21:nazwa", unitXml));
+    event.name = unit ? texts.of(u"ax21:nazwa", withoutBlock(unitTag, unitXml, xml))
+                      : texts.of(u"ax21:nazwa", xml);
+    event.time = texts.of(u"ax21:czas", xml);
+    event.code = texts.of(u"ax21:kod", xml);
+    event.isFinal = isFinal(xml);
+    const QString locality = texts.of(u"ax21:miejscowosc", unitXml);
+    event.place = joined(locality, u" — ", texts.of(u"ax21:nazwa", unitXml));
+    const QString street = texts.of(u"ax21:ulica", unitXml);
+    const QString house = texts.of(u"ax21:nrDomu", unitXml);
+    const QString postalCode = texts.of(u"ax21:pna", unitXml);
     event.placeAddress = joined(street.isEmpty() ? street : joined(street, u" ", house), u", ",
                                 joined(postalCode, u" ", locality));
     return event;
+}
+
+QList<TrackingEvent> parseEvents(QStringView xml) {
+    QList<QStringView> blocks = extractAllBlocks(u"ax21:zdarzenie", xml);
+    const qsizetype excess = blocks.size() - TrackingResult::maxEvents;
+    if (excess > 0) {
+        // The one that tells the status is kept in any case.
+        const auto kept = blocks.begin() + excess;
+        const auto final = std::find_if(blocks.begin(), kept, isFinal);
+        if (final != kept)
+            *kept = *final;
+        blocks.erase(blocks.begin(), kept);
+    }
+    QList<TrackingEvent> events;
+    events.reserve(blocks.size());
+    for (const QStringView block : std::as_const(blocks))
+        events.append(parseEvent(block));
+    return events;
 }
 
 QString statusText(const QString& eventName) {
@@ -62,7 +101,9 @@ QString lastPlaceOf(const QList<TrackingEvent>& events) {
 
 TrackingResult parseSOAP(QStringView xml) {
     TrackingResult result;
-    if (extractTag(u"ax21:status", xml) == u"-1") {
+    const auto serviceStatus = extractTag(u"ax21:status", xml);
+    if (serviceStatus == u"-1") {
+        result.isAnswered = true;
         result.status = TrackingStatus::notFound;
         result.lastEvent = QStringLiteral("Brak danych dla tego numeru");
         return result;
@@ -70,15 +111,16 @@ TrackingResult parseSOAP(QStringView xml) {
     const auto officeName = [](QStringView tag, QStringView details) {
         return textOf(u"ax21:nazwa", extractFirstBlock(tag, details).value_or(QStringView()));
     };
-    const QStringView details = extractFirstBlock(u"ax21:danePrzesylki", xml).value_or(xml);
+    const auto shipment = extractFirstBlock(u"ax21:danePrzesylki", xml);
+    const QStringView details = shipment.value_or(xml);
     result.rodzajPrzesylki = textOf(u"ax21:rodzPrzes", details);
     result.masa = textOf(u"ax21:masa", details);
     result.dataNadania = textOf(u"ax21:dataNadania", details);
     result.zakonczonoObsluge = isTrue(u"ax21:zakonczonoObsluge", details);
     result.urzadNadania = officeName(u"ax21:urzadNadania", details);
     result.urzadPrzeznaczenia = officeName(u"ax21:urzadPrzezn", details);
-    for (const QStringView block : extractAllBlocks(u"ax21:zdarzenie", xml))
-        result.events.append(parseEvent(block));
+    result.events = parseEvents(xml);
+    result.isAnswered = serviceStatus || shipment || !result.events.isEmpty();
 
     const TrackingEvent* const decisive = statusEvent(result.events);
     if (!decisive) {

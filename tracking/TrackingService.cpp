@@ -4,18 +4,29 @@
 #include "tracking/TrackingEnvelope.h"
 #include "tracking/TrackingNumber.h"
 
+#include <new>
 #include <utility>
 
 namespace kopertal {
 namespace {
 
-TrackingResult readAnswer(const HttpAnswer& answer) {
-    if (answer.failure == HttpFailure::none)
-        return parseAnswer(answer.body);
+TrackingResult failedResult(const HttpAnswer& answer) {
     TrackingResult result;
     result.status = TrackingStatus::networkError;
     result.lastEvent = failureText(answer);
     return result;
+}
+
+TrackingResult readAnswer(const QFuture<HttpAnswer>& future) {
+    try {
+        const HttpAnswer answer = future.result();
+        return answer.failure == HttpFailure::none ? parseAnswer(answer.text())
+                                                   : failedResult(answer);
+    } catch (const std::bad_alloc&) {
+        HttpAnswer answer;
+        answer.failure = HttpFailure::noMemory;
+        return failedResult(answer);
+    }
 }
 
 TrackingResult emptyNumberResult() {
@@ -37,10 +48,9 @@ QFuture<TrackingResult> TrackingService::fetch(const QString& trackingNumber) co
         return QtFuture::makeReadyFuture(emptyNumberResult());
     HttpRequest request;
     request.url = m_access.endpoint.toStdString();
-    request.headers = {"Content-Type: text/xml; charset=utf-8", "SOAPAction: \"\""};
+    request.bodyHeaders = {"Content-Type: text/xml; charset=utf-8", "SOAPAction: \"\""};
     request.body = trackingEnvelope(m_access, number).toStdString();
-    return m_client.send(std::move(request))
-        .then(QtFuture::Launch::Async, [](const HttpAnswer& answer) { return readAnswer(answer); });
+    return m_client.send(std::move(request)).then(QtFuture::Launch::Async, readAnswer);
 }
 
 } // namespace kopertal

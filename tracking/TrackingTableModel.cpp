@@ -22,6 +22,25 @@ QString orDash(const QString& text) {
     return text.isEmpty() ? QStringLiteral("—") : text;
 }
 
+/// In any column but the one of the row's number, which depends on the others.
+QString cellText(const TrackingRow& row, int column) {
+    switch (column) {
+    case TrackingTableModel::trackingNumberColumn:
+        return orDash(row.trackingNumber);
+    case TrackingTableModel::statusColumn:
+        return orDash(row.status);
+    case TrackingTableModel::dateColumn:
+        return statusDate(row);
+    default:
+        return placeLines(row.lastPlace).first;
+    }
+}
+
+bool isShownAlike(const TrackingRow& left, const TrackingRow& right, int column) {
+    return cellText(left, column) == cellText(right, column) &&
+           (column != TrackingTableModel::placeColumn || left.lastPlace == right.lastPlace);
+}
+
 } // namespace
 
 TrackingTableModel::TrackingTableModel(QObject* parent) : QAbstractTableModel(parent) {
@@ -30,12 +49,17 @@ TrackingTableModel::TrackingTableModel(QObject* parent) : QAbstractTableModel(pa
 void TrackingTableModel::setRows(QList<TrackingRow> rows) {
     beginResetModel();
     m_rows = std::move(rows);
-    m_sorted = sortedRows(m_rows, m_order);
-    m_positions = inverse(m_sorted);
     m_indexOf.clear();
     m_indexOf.reserve(m_rows.size());
-    for (int i = 0; i < m_rows.size(); ++i)
-        m_indexOf.insert(m_rows[i].id(), i);
+    for (int i = 0; i < m_rows.size(); ++i) {
+        TrackingRow& row = m_rows[i];
+        if (m_indexOf.contains(row.id()))
+            row = TrackingRow({QUuid::createUuid(), row.name, row.address, row.trackingNumber},
+                              row.mailingDate);
+        m_indexOf.insert(row.id(), i);
+    }
+    m_sorted = sortedRows(m_rows, m_order);
+    m_positions = inverse(m_sorted);
     endResetModel();
 }
 
@@ -49,42 +73,27 @@ void TrackingTableModel::merge(const QUuid& id, const TrackingResult& result) {
     if (merged == m_rows[rowIndex])
         return;
 
-    const int from = m_positions[at(rowIndex)];
-    const auto shown = [&] {
-        std::array<std::pair<QString, QVariant>, columns> texts;
-        const int position = m_positions[at(rowIndex)];
-        for (int column = trackingNumberColumn; column < columns; ++column)
-            texts[at(column)] = {displayText(position, column),
-                                 column == statusColumn
-                                     ? data(index(position, column), StatusColorRole)
-                                     : QVariant()};
-        return texts;
-    };
-    const auto before = shown();
-    m_rows[rowIndex] = merged;
-    const auto after = shown();
-
-    const int to = placeFor(rowIndex, from);
-    if (to != from)
-        moveRow(from, to);
+    const int to = placeFor(merged, rowIndex, m_positions[at(rowIndex)]);
     int first = columns;
     int last = 0;
     for (int column = trackingNumberColumn; column < columns; ++column) {
-        if (before[at(column)] != after[at(column)]) {
+        if (!isShownAlike(m_rows[rowIndex], merged, column)) {
             first = std::min(first, column);
             last = column;
         }
     }
+    changeRow(rowIndex, to, merged);
     if (first < columns)
         Q_EMIT dataChanged(index(to, first), index(to, last));
     Q_EMIT rowChanged(id);
 }
 
-/// Where the row at `position` belongs among the others, which are sorted.
-int TrackingTableModel::placeFor(int rowIndex, int position) const {
-    const auto before = [this](int left, int right) {
-        const bool precedesRight = precedes(m_rows[left], m_rows[right], m_order);
-        return precedesRight || (left < right && !precedes(m_rows[right], m_rows[left], m_order));
+/// Where the row at `position` belongs among the others, which are sorted, when it becomes `row`.
+int TrackingTableModel::placeFor(const TrackingRow& row, int rowIndex, int position) const {
+    const auto rowOf = [&](int i) -> const TrackingRow& { return i == rowIndex ? row : m_rows[i]; };
+    const auto before = [&](int left, int right) {
+        return precedes(rowOf(left), rowOf(right), m_order) ||
+               (left < right && !precedes(rowOf(right), rowOf(left), m_order));
     };
     const auto here = m_sorted.begin() + position;
     if (here != m_sorted.begin() && before(rowIndex, *(here - 1)))
@@ -98,9 +107,16 @@ int TrackingTableModel::placeFor(int rowIndex, int position) const {
     return position;
 }
 
-void TrackingTableModel::moveRow(int from, int to) {
+/// Replaces the row and moves it to the position `to`.
+void TrackingTableModel::changeRow(int rowIndex, int to, const TrackingRow& row) {
+    const int from = m_positions[at(rowIndex)];
+    if (from == to) {
+        m_rows[rowIndex] = row;
+        return;
+    }
     // Qt names the row before which the moved one goes, counted before the move.
     beginMoveRows({}, from, from, {}, to > from ? to + 1 : to);
+    m_rows[rowIndex] = row;
     const auto begin = m_sorted.begin();
     if (to > from)
         std::rotate(begin + from, begin + from + 1, begin + to + 1);
@@ -158,19 +174,8 @@ int TrackingTableModel::columnCount(const QModelIndex& parent) const {
 }
 
 QString TrackingTableModel::displayText(int position, int column) const {
-    const TrackingRow& row = rowAt(position);
-    switch (column) {
-    case rowNumberColumn:
-        return QString::number(position + 1);
-    case trackingNumberColumn:
-        return orDash(row.trackingNumber);
-    case statusColumn:
-        return orDash(row.status);
-    case dateColumn:
-        return statusDate(row);
-    default:
-        return orDash(row.lastPlace);
-    }
+    return column == rowNumberColumn ? QString::number(position + 1)
+                                     : cellText(rowAt(position), column);
 }
 
 QVariant TrackingTableModel::data(const QModelIndex& index, int role) const {

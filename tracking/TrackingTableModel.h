@@ -19,7 +19,7 @@ public:
     enum Column { rowNumberColumn, trackingNumberColumn, statusColumn, dateColumn, placeColumn };
     static constexpr int columns = 5;
 
-    /// Besides the display role, in every column.
+    /// Besides the display role, in every column. The display role of the place is its first line.
     enum Role {
         StatusColorRole = Qt::UserRole, ///< StatusColor, as an int
         PlaceSecondLineRole,            ///< QString, may be empty
@@ -27,7 +27,8 @@ public:
 
     explicit TrackingTableModel(QObject* parent = nullptr);
 
-    /// Replaces all rows, and what was learnt of them with it.
+    /// Replaces all rows, and what was learnt of them with it. A row whose identity an earlier one
+    /// has gets one of its own: an answer for the one must not be shown for the other.
     void setRows(QList<TrackingRow> rows);
 
     /// The rows in the register's order.
@@ -60,8 +61,8 @@ Q_SIGNALS:
 
 private:
     QString displayText(int position, int column) const;
-    int placeFor(int rowIndex, int position) const;
-    void moveRow(int from, int to);
+    int placeFor(const TrackingRow& row, int rowIndex, int position) const;
+    void changeRow(int rowIndex, int to, const TrackingRow& row);
 
     QList<TrackingRow> m_rows;
     QHash<QUuid, int> m_indexOf;  // into m_rows

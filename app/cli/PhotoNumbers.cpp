@@ -6,17 +6,6 @@
 #include <algorithm>
 
 namespace kopertal {
-namespace {
-
-/// No control character gets to the terminal.
-QString onOneLine(QString text) {
-    std::replace_if(
-        text.begin(), text.end(), [](QChar c) { return c.category() == QChar::Other_Control; },
-        QChar(u' '));
-    return text;
-}
-
-} // namespace
 
 bool printNumbers(const QString& photo, const PhotoResult& result) {
     if (result.outcome == PhotoOutcome::unreadable)

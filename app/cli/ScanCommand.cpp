@@ -124,8 +124,7 @@ int scan(const Options& options) {
             allPrinted = printNumbers(options.photos[i], result) && allPrinted;
     }
     if (options.json)
-        allPrinted =
-            printResult(QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact)));
+        allPrinted = printResult(QJsonDocument(json));
     return allFound && allPrinted ? done : failed;
 }
 

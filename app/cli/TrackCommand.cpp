@@ -14,12 +14,12 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QStringDecoder>
 #include <QStringList>
 
 #include <algorithm>
 #include <getopt.h>
 #include <optional>
-#include <utility>
 
 namespace kopertal {
 
@@ -65,36 +65,28 @@ std::optional<int> parseOptions(int count, char** arguments, Options& options) {
             return refuseOption("track", found, arguments);
         }
     }
-    for (int i = optind; i < count; ++i)
-        options.numbers.append(cleanBarcode(QString::fromUtf8(arguments[i])));
+    for (int i = optind; i < count; ++i) {
+        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
+        const QString number = decoder.decode(QByteArrayView(arguments[i]));
+        if (decoder.hasError())
+            return refuseUsage("track", QStringLiteral("Numer nie jest zapisany w UTF-8: %1")
+                                            .arg(QString::fromUtf8(arguments[i])));
+        options.numbers.append(cleanBarcode(number));
+    }
     if (options.numbers.isEmpty())
         return refuseUsage("track", QStringLiteral("Podaj co najmniej jeden numer nadawczy."));
     return std::nullopt;
 }
 
-/// Whether the service spoke of the number. A fault or an error page has neither events nor
-/// anything else of a shipment in it.
-bool isAnswered(const TrackingResult& result) {
-    if (!result.events.isEmpty() || result.status == TrackingStatus::notFound)
-        return true;
-    TrackingResult nothing;
-    nothing.status = result.status;
-    nothing.lastEvent = result.lastEvent;
-    return result != nothing;
-}
-
-/// A text of the service as part of a line: no control character gets to the terminal.
-QString onOneLine(QString text) {
+/// A text of the service as part of a line.
+QString inLine(QString text) {
     text.replace(u'\n', QStringLiteral(", "));
-    std::replace_if(
-        text.begin(), text.end(), [](QChar c) { return c.category() == QChar::Other_Control; },
-        QChar(u' '));
-    return text.isEmpty() ? QStringLiteral("—") : text;
+    return text.isEmpty() ? QStringLiteral("—") : onOneLine(text);
 }
 
 QString toLine(const TrackingRow& row) {
-    return QStringList{onOneLine(row.trackingNumber), onOneLine(row.status),
-                       onOneLine(statusDate(row)), onOneLine(row.lastPlace)}
+    return QStringList{inLine(row.trackingNumber), inLine(row.status), inLine(statusDate(row)),
+                       inLine(row.lastPlace)}
         .join(u'\t');
 }
 
@@ -126,6 +118,53 @@ QJsonObject toJson(const TrackingRow& row, bool answered) {
             {QStringLiteral("events"), events}};
 }
 
+/// Why there is no answer about a number.
+QString reasonOf(const TrackingResult& result) {
+    if (result.status == TrackingStatus::none)
+        return QStringLiteral("Numer jest pusty.");
+    if (result.status == TrackingStatus::networkError || result.status == TrackingStatus::error)
+        return result.status + QStringLiteral(": ") + result.lastEvent;
+    return QStringLiteral("Usługa śledzenia zgłosiła błąd albo odpowiedziała nie na temat.");
+}
+
+/// The reasons in the order in which they first came, each with its numbers.
+class Unanswered {
+public:
+    void add(const QString& number, const TrackingResult& result) {
+        const QString reason = reasonOf(result);
+        const auto known = std::find_if(m_groups.begin(), m_groups.end(),
+                                        [&](const Group& group) { return group.reason == reason; });
+        Group& group = known == m_groups.end() ? m_groups.emplace_back(Group{reason, {}}) : *known;
+        if (!number.isEmpty() && !group.numbers.contains(number))
+            group.numbers.append(number);
+    }
+
+    bool isEmpty() const { return m_groups.isEmpty(); }
+
+    void print() const {
+        for (const Group& group : m_groups) {
+            QString line = group.reason;
+            if (!group.numbers.isEmpty()) {
+                line += QStringLiteral(" Bez odpowiedzi: ") +
+                        group.numbers.first(std::min(group.numbers.size(), most))
+                            .join(QStringLiteral(", "));
+            }
+            if (group.numbers.size() > most)
+                line += QStringLiteral(" i jeszcze %1").arg(group.numbers.size() - most);
+            printMessage(line);
+        }
+    }
+
+private:
+    struct Group {
+        QString reason;
+        QStringList numbers;
+    };
+    static constexpr qsizetype most = 5; // in a message; the result lists them all
+
+    QList<Group> m_groups;
+};
+
 int track(const Options& options) {
     HttpClient client(httpOptions());
     const TrackingService service(client, trackingAccess());
@@ -133,29 +172,24 @@ int track(const Options& options) {
     for (const QString& number : options.numbers)
         answers.append(service.fetch(number));
 
-    bool allAnswered = true;
     bool allPrinted = true;
-    QStringList failures;
+    Unanswered unanswered;
     QJsonArray json;
     for (qsizetype i = 0; i < answers.size(); ++i) {
         const TrackingResult result = answers[i].result();
         TrackingRow row(SentEntry{{}, {}, {}, options.numbers[i]}, {});
         row.merge(result);
-        const bool answered = isAnswered(result);
-        allAnswered = allAnswered && answered;
-        if (result.status == TrackingStatus::networkError && !failures.contains(result.lastEvent))
-            failures.append(result.lastEvent);
+        if (!result.isAnswered)
+            unanswered.add(row.trackingNumber, result);
         if (options.json)
-            json.append(toJson(row, answered));
+            json.append(toJson(row, result.isAnswered));
         else
             allPrinted = printResult(toLine(row)) && allPrinted;
     }
     if (options.json)
-        allPrinted =
-            printResult(QString::fromUtf8(QJsonDocument(json).toJson(QJsonDocument::Compact)));
-    for (const QString& failure : std::as_const(failures))
-        printMessage(TrackingStatus::networkError + QStringLiteral(": ") + failure);
-    return allAnswered && allPrinted ? done : failed;
+        allPrinted = printResult(QJsonDocument(json));
+    unanswered.print();
+    return unanswered.isEmpty() && allPrinted ? done : failed;
 }
 
 } // namespace

@@ -44,6 +44,7 @@ private Q_SLOTS:
                 "unknown\tNie znaleziono\t—\t—\nrelay\tW transporcie\t2025-03-11 01:30\t—\n",
             0);
         row("found without events", {"noevents"}, "noevents\tBrak zdarzeń\t—\t—\n", 0);
+        row("known, and nothing else", {"bare"}, "bare\tBrak zdarzeń\t—\t—\n", 0);
         row("the slow one holds its place", {"relay after 0.5", "unknown"},
             "relay after 0.5\tW transporcie\t2025-03-11 01:30\t—\nunknown\tNie znaleziono\t—\t—\n",
             0);
@@ -52,7 +53,11 @@ private Q_SLOTS:
         row("a fault is no answer", {"fault"}, "fault\tBrak zdarzeń\t—\t—\n", 1);
         row("an error page is no answer", {"page"}, "page\tBrak zdarzeń\t—\t—\n", 1);
         row("unreadable", {"latin2"}, "latin2\tBłąd\t—\t—\n", 1);
+        row("another prefix", {"prefix"}, "prefix\tBrak zdarzeń\t—\t—\n", 1);
+        row("no body", {"empty"}, "empty\tBrak zdarzeń\t—\t—\n", 1);
         row("an empty number", {"(00)"}, "—\t—\t—\t—\n", 1);
+        row("what a terminal obeys stays out of the answer", {"tricks"},
+            "tricks\tDo r  ęczono\t2025-03-11 " + QByteArray(warsaw), 0);
         row("control characters stay out", {"unknown\u0085\u009b"},
             "unknown  \tDoręczono\t2025-03-11 11:52" + QByteArray(warsaw), 0);
         row("behind two hyphens", {"--", "--json"},
@@ -64,8 +69,7 @@ private Q_SLOTS:
         const Outcome outcome = run(numbers);
         QTEST(outcome.output, "output");
         QTEST(outcome.exitCode, "exitCode");
-        const bool hasFailed = outcome.output.contains("Błąd sieci");
-        QCOMPARE(!outcome.messages.isEmpty(), hasFailed);
+        QCOMPARE(!outcome.messages.isEmpty(), outcome.exitCode == 1);
     }
 
     void printsEverythingAsJson() {
@@ -90,11 +94,50 @@ private Q_SLOTS:
                                    {"time", "2025-03-11 11:52"}};
         QCOMPARE(last, expected);
         QCOMPARE(answers[1].toObject()["answered"], false);
+
+        const QString tricks = run({"--json", "tricks"}).output;
+        QVERIFY(tricks.contains(R"(Do\u202er\u2028\u2029ęczono)"));
+        QVERIFY(tricks.contains(R"("code":"\udb40\udc41")"));
+        QVERIFY(!tricks.contains(u'\u009b'));
+        QCOMPARE(QJsonDocument::fromJson(tricks.toUtf8())[0]["status"],
+                 "Do\u202er\u2028\u2029ęczono");
     }
 
-    void saysWhyTheNetworkFailedOnce() {
-        const Outcome outcome = run({"reset", "reset", "reset"});
-        QCOMPARE(outcome.messages, "Błąd sieci: Połączenie z serwerem zostało przerwane.\n");
+    void saysWhyThereIsNoAnswer_data() {
+        QTest::addColumn<QStringList>("numbers");
+        QTest::addColumn<QString>("messages");
+        const QString lost =
+            "Błąd sieci: Połączenie z serwerem zostało przerwane. Bez odpowiedzi: ";
+        const QString fault = "Usługa śledzenia zgłosiła błąd albo odpowiedziała nie na temat. "
+                              "Bez odpowiedzi: ";
+        QTest::newRow("each reason once")
+            << QStringList{"reset", "fault", "unknown", "cut", "reset", "page"}
+            << lost + "reset, cut\n" + fault + "fault, page\n";
+        QTest::newRow("not too many numbers")
+            << QStringList{"fault", "fault after 0.1", "fault after 0.2", "page",
+                           "empty", "page after 0.1",  "prefix"}
+            << fault + "fault, fault after 0.1, fault after 0.2, page, empty i jeszcze 2\n";
+        QTest::newRow("unreadable") << QStringList{"latin2"}
+                                    << "Błąd: Nie można odczytać odpowiedzi Bez odpowiedzi: "
+                                       "latin2\n";
+        QTest::newRow("empty") << QStringList{""} << "Numer jest pusty.\n";
+    }
+
+    void saysWhyThereIsNoAnswer() {
+        QFETCH(QStringList, numbers);
+        QTEST(run(numbers).messages, "messages");
+    }
+
+    void withoutDescriptorsItFailsWithAReason() {
+        for (int limit = 4; limit <= 20; ++limit) {
+            const Outcome outcome = runInShell(
+                QStringLiteral("ulimit -n %1; exec " KOPERTAL_PROGRAM " track unknown").arg(limit));
+            if (limit > 8 && outcome.exitCode == 0)
+                continue;
+            QCOMPARE(outcome.exitCode, 1);
+            QVERIFY2(outcome.messages.contains("otworzyć więcej plików"),
+                     qPrintable(outcome.messages));
+        }
     }
 
     void wrongUseIsRefused_data() {
@@ -112,15 +155,29 @@ private Q_SLOTS:
         QVERIFY(outcome.messages.contains("kopertal track --help"));
     }
 
+    void aNumberThatIsNotUtf8IsRefused() {
+        const Outcome outcome =
+            runInShell(QStringLiteral(KOPERTAL_PROGRAM " track 1 \"$(printf '2\\263')\""));
+        QCOMPARE(outcome.exitCode, 2);
+        QCOMPARE(outcome.output, "");
+        QVERIFY(outcome.messages.startsWith("Numer nie jest zapisany w UTF-8: 2\ufffd\n"));
+    }
+
 private:
     Outcome run(const QStringList& arguments) {
+        return runProgram(KOPERTAL_PROGRAM, QStringList{"track"} + arguments);
+    }
+
+    Outcome runInShell(const QString& script) { return runProgram("sh", {"-c", script}); }
+
+    Outcome runProgram(const QString& name, const QStringList& arguments) {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.remove("DISPLAY");
         environment.insert("KOPERTAL_TRACKING_ENDPOINT", m_standIn->address("https", "service"));
         environment.insert("SSL_CERT_FILE", m_standIn->authority());
         QProcess program;
         program.setProcessEnvironment(environment);
-        program.start(KOPERTAL_PROGRAM, QStringList{"track"} + arguments);
+        program.start(name, arguments);
         program.waitForFinished();
         return {program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1,
                 QString::fromUtf8(program.readAllStandardOutput()),

@@ -65,6 +65,14 @@ private Q_SLOTS:
             QCOMPARE(answer.result().failure, HttpFailure::none);
         for (const int fd : taken)
             ::close(fd);
+        answers.clear();
+        QElapsedTimer clock;
+        clock.start();
+        for (int i = 0; i < 60; ++i)
+            answers.append(client.send(request));
+        for (QFuture<HttpAnswer>& answer : answers)
+            QCOMPARE(answer.result().failure, HttpFailure::none);
+        QVERIFY2(clock.elapsed() < 3'000, "as few at a time as in the shortage");
     }
 };
 

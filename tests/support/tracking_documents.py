@@ -86,6 +86,13 @@ def many_events(size):
     return answer([one] * (size // len(one.encode())) + [DELIVERED[-1]], finished=True)
 
 
+def flood(size):
+    """As many events as there is room for, and many with long texts: what takes up most memory."""
+    empty = b"<ax21:zdarzenie></ax21:zdarzenie>"
+    status, kind, long = answer([event("t" * 100, "n" * 900, "k", unit("u" * 900, "m" * 900))] * 300)
+    return status, kind, empty * ((size - len(long)) // len(empty)) + long
+
+
 DOCUMENTS = {
     "delivered": answer(DELIVERED, finished=True),
     "pickedup": answer(PICKED_UP, finished=True),
@@ -93,6 +100,8 @@ DOCUMENTS = {
     "relay": answer([SENT[3]]),
     "nil": answer(SENT, weight=None),
     "noevents": answer([]),
+    "bare": answer([], details=False),
+    "tricks": answer([event("2025-03-11\u009b", "Do\u202er\u2028\u2029ęczono", "\U000e0041", WARSAW)]),
     "unknown": answer([], status="-1", details=False),
     "prefix": (200, SOAP, answer(DELIVERED)[2].replace(b"ax21", b"ns2")),
     "fault": (500, SOAP, FAULT),
@@ -100,4 +109,5 @@ DOCUMENTS = {
     "empty": (200, SOAP, b""),
     "latin2": (200, SOAP, answer(DELIVERED)[2].decode().encode("iso8859_2", "replace")),
     "huge": many_events(10_000_000),
+    "flood": flood(16_700_000),
 }

@@ -30,6 +30,8 @@ recorded = b""
 connections = 0
 open_now = 0
 open_most = 0
+addresses = {}
+ZIPPED = {}
 
 
 def wanted(method, path, body):
@@ -130,6 +132,19 @@ async def zipped(reader, writer):
     return True
 
 
+async def flood(reader, writer):
+    if not ZIPPED:
+        ZIPPED["flood"] = gzip.compress(DOCUMENTS["flood"][2])
+    body = ZIPPED["flood"]
+    writer.write(head(200, SOAP, len(body), "Content-Encoding: gzip") + body)
+    return True
+
+
+async def badzip(reader, writer):
+    writer.write(head(200, SOAP, 9, "Content-Encoding: gzip") + b"no gzip..")
+    return True
+
+
 async def loop(reader, writer):
     writer.write(head(307, SOAP, 0, "Location: /loop"))
     return True
@@ -145,13 +160,24 @@ async def moved307(reader, writer):
     return True
 
 
+async def downgrade(reader, writer):
+    writer.write(head(307, SOAP, 0, f"Location: {addresses['http']}open"))
+    return True
+
+
+async def nowhere(reader, writer):
+    writer.write(head(302, SOAP, 0, "Location: http://[1"))
+    return True
+
+
 async def elsewhere(reader, writer):
     writer.write(head(302, SOAP, 0, "Location: file:///etc/passwd"))
     return True
 
 
 BEHAVIOURS = {name: globals()[name] for name in (
-    "silent half cut reset close garbage endless headers drip bomb zipped loop moved302 elsewhere"
+    "silent half cut reset close garbage endless headers drip bomb zipped badzip flood loop"
+    " moved302 downgrade nowhere elsewhere"
 ).split()}
 
 
@@ -228,6 +254,26 @@ async def serve_http2(reader, writer):
         await writer.drain()
 
 
+def hesitant(context):
+    """Serves TLS, but keeps the first connection waiting for it."""
+    first = True
+
+    async def accept(reader, writer):
+        nonlocal first
+        if first:
+            first = False
+            await asyncio.sleep(3600)
+        await writer.start_tls(context)
+        await serve(reader, writer)
+    return accept
+
+
+async def greet(reader, writer):
+    """As a server that speaks no TLS."""
+    writer.write(b"220 ready\r\n")
+    writer.close()
+
+
 async def serve(reader, writer):
     global connections, open_now, open_most
     connections += 1
@@ -292,6 +338,10 @@ async def main(folder):
         server = await asyncio.start_server(serve, "127.0.0.1", 0, ssl=context, backlog=4096)
         scheme = "https" if context else "http"
         ready[name] = f"{scheme}://localhost:{server.sockets[0].getsockname()[1]}/"
+    for name, accept in (("hesitant", hesitant(contexts["https"])), ("greeter", greet)):
+        server = await asyncio.start_server(accept, "127.0.0.1", 0, backlog=4096)
+        ready[name] = f"https://localhost:{server.sockets[0].getsockname()[1]}/"
+    addresses.update(ready)
     print(json.dumps(ready), flush=True)
     loop_now = asyncio.get_running_loop()
     await loop_now.run_in_executor(None, sys.stdin.buffer.read)

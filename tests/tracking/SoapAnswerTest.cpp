@@ -195,6 +195,7 @@ private Q_SLOTS:
         expected.dataNadania = "2025-03-10";
         expected.urzadNadania = "UP 1";
         expected.zakonczonoObsluge = true;
+        expected.isAnswered = true;
         QCOMPARE(parseSOAP(outside + element("danePrzesylki", details)), expected);
 
         // Without that block the whole answer is searched; events need not stand in it.
@@ -221,6 +222,7 @@ private Q_SLOTS:
         TrackingResult unknown;
         unknown.status = "Nie znaleziono";
         unknown.lastEvent = "Brak danych dla tego numeru";
+        unknown.isAnswered = true;
         QCOMPARE(result == unknown, isUnknown);
         QCOMPARE(result.status == "A", !isUnknown);
     }
@@ -249,6 +251,25 @@ private Q_SLOTS:
         unreadable.status = "Błąd";
         unreadable.lastEvent = "Nie można odczytać odpowiedzi";
         QCOMPARE(parseAnswer(bytes) != unreadable, isRead);
+    }
+
+    void ofTooMuchTheEssentialIsKept() {
+        QString many = eventOf("0|first|||") + eventOf("1|decisive|||true");
+        for (int i = 2; i < 1'000; ++i)
+            many += eventOf(QStringLiteral("%1|x|||").arg(i));
+        const TrackingResult result = parseSOAP(many);
+        QCOMPARE(result.events.size(), TrackingResult::maxEvents);
+        QCOMPARE(result.status, "decisive");
+        QCOMPARE(result.events.first().time, "1");
+        QCOMPARE(result.events[1].time, QString::number(1'001 - TrackingResult::maxEvents));
+        QCOMPARE(result.events.last().time, "999");
+
+        const QString astral = QStringLiteral("\U0001F4E6").repeated(1'000);
+        const QString kept = astral.first(TrackingResult::maxTextLength);
+        QCOMPARE(parseSOAP(eventOf("|" + astral + "|W||")).events[0].name, kept);
+        QCOMPARE(parseSOAP(eventOf("|" + astral + "|W||")).events[0].place, "");
+        QCOMPARE(parseSOAP(eventOf("|x" + astral + "|||")).events[0].name, "x" + kept.chopped(2));
+        QCOMPARE(parseSOAP(element("masa", astral)).masa, kept);
     }
 
     void hostileAnswersTakeLinearTime_data() {

@@ -89,7 +89,12 @@ private Q_SLOTS:
         expectChange(TrackingTableModel::statusColumn, TrackingTableModel::placeColumn);
         QCOMPARE(m_model->index(1, 2).data(TrackingTableModel::StatusColorRole).toInt(),
                  static_cast<int>(StatusColor::success));
+        QCOMPARE(m_model->index(1, 4).data(), "a");
         QCOMPARE(m_model->index(1, 4).data(TrackingTableModel::PlaceSecondLineRole), "b");
+        m_model->merge(id, resultOf("doręczono", "5", "a\nc"));
+        expectChange(TrackingTableModel::placeColumn, TrackingTableModel::placeColumn);
+        m_model->merge(id, resultOf("doręczono", "5", "a\nb"));
+        expectChange(TrackingTableModel::placeColumn, TrackingTableModel::placeColumn);
         m_model->merge(id, resultOf("doręczono", "6", "a\nb"));
         expectChange(TrackingTableModel::dateColumn, TrackingTableModel::dateColumn);
 
@@ -111,7 +116,12 @@ private Q_SLOTS:
         const QPersistentModelIndex selected = m_model->index(0, 1);
         QSignalSpy data(m_model.get(), &QAbstractItemModel::dataChanged);
         QSignalSpy moved(m_model.get(), &QAbstractItemModel::rowsMoved);
+        QStringList announcedAt;
+        connect(m_model.get(), &QAbstractItemModel::rowsAboutToBeMoved, this,
+                [&] { announcedAt = column(*m_model, 2) + column(*m_model, 3); });
+        const QStringList before = column(*m_model, 2) + column(*m_model, 3);
         m_model->merge(id, resultOf("A", "5"));
+        QCOMPARE(announcedAt, before); // nothing has changed yet
         QCOMPARE(column(*m_model, 1), QStringList({"2", "3", "4", "1"}));
         QCOMPARE(column(*m_model, 0), QStringList({"1", "2", "3", "4"}));
         QCOMPARE(moved.size(), 1);
@@ -146,6 +156,12 @@ private Q_SLOTS:
         QCOMPARE(column(*m_model, 2), QStringList({"—", "—"}));
         m_model->setRows({});
         QCOMPARE(m_model->rowCount(), 0);
+
+        const QList<TrackingRow> twins{{{old, {}, {}, "1"}, {}}, {{old, {}, {}, "2"}, {}}};
+        m_model->setRows(twins);
+        for (const TrackingRow& row : QList(m_model->rows()))
+            m_model->merge(row.id(), resultOf("of " + row.trackingNumber, "1"));
+        QCOMPARE(column(*m_model, 2), QStringList({"of 1", "of 2"}));
     }
 
     void staysSortedThroughManyAnswers_data() {
