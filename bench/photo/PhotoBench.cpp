@@ -39,11 +39,11 @@ QJsonArray toJson(const PlacedCode& placed) {
 int make(const QStringList& arguments) {
     const QDir folder(arguments.at(0));
     QDir().mkpath(folder.path());
-    static const QStringList levels{"easy", "medium", "hard", "closeup", "codeless"};
+    static const QStringList levels{"easy", "medium", "hard", "closeup", "codeless", "matrices"};
     const auto level = levels.indexOf(arguments.at(1));
     PhotoRecipe recipe;
     recipe.difficulty = static_cast<Difficulty>(level <= 2 ? level : 1);
-    recipe.subject = level == 3 ? Subject::closeUp : level == 4 ? Subject::codeless : Subject::page;
+    recipe.subject = static_cast<Subject>(std::max<qsizetype>(0, level - 2));
     if (arguments.size() > 4)
         recipe.megapixels = arguments.at(4).toDouble();
     for (recipe.seed = arguments.at(2).toULongLong(); recipe.seed <= arguments.at(3).toULongLong();

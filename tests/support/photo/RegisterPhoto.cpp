@@ -87,6 +87,10 @@ Page drawSheet(const PhotoRecipe& recipe, cv::RNG& random) {
     options.tilt = 2 + 3 * level;
     options.stamps = random.uniform(0, 2 + 2 * level);
     options.strokes = level * random.uniform(0, 3);
+    if (recipe.subject == Subject::matrices) {
+        options.otherPercent = 0;
+        options.matrixPercent = 100;
+    }
     return registerPage(random, options);
 }
 
