@@ -7,7 +7,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
-#include <array>
+#include <functional>
 #include <mutex>
 
 namespace kopertal {
@@ -72,15 +72,28 @@ std::vector<MatrixReading> readAll(cv::Mat picture, const CodeRegion& part) {
     return found;
 }
 
+/// Whether the code corrects errors, and so proves that there were few. The small one only detects
+/// some, and noise has passed for it.
+bool provesItself(const MatrixReading& code) {
+    return code.reading.format != QLatin1String("MicroQRCode");
+}
+
 std::vector<MatrixReading> readRegion(const cv::Mat& photo, const CodeRegion& region) {
     const CodeRegion part = withMargin(region);
     const float natural = std::min(1.0F, mostPixels / std::max(part.length, part.height));
     std::vector<MatrixReading> found = readAll(scaled(photo, part, natural), part);
+    if (std::ranges::any_of(found, provesItself))
+        return found;
     const float larger =
         std::min(mostEnlarged, clearPixels / std::min(region.length, region.height));
-    if (found.empty() && larger > natural)
-        found = readAll(scaled(photo, part, larger), part);
-    return found;
+    if (found.empty() && larger < natural)
+        return found;
+    std::vector<MatrixReading> again = readAll(scaled(photo, part, larger), part);
+    std::erase_if(again, [&](const MatrixReading& code) {
+        return !provesItself(code) &&
+               std::ranges::find(found, code.reading, &MatrixReading::reading) == found.end();
+    });
+    return again;
 }
 
 /// Whether what stands there is a linear code, perhaps with its text.
@@ -133,7 +146,9 @@ std::vector<MatrixReading> findMatrixCodes(const cv::Mat& photo,
     std::erase_if(regions, [&](const CodeRegion& region) { return isLinear(region, linearCodes); });
     Found found;
     // A code that fills the photo.
-    found.add(readAll(reduced(photo, mostPixels).clone(), whole(photo)));
+    std::vector<MatrixReading> large = readAll(reduced(photo, mostPixels).clone(), whole(photo));
+    std::erase_if(large, std::not_fn(provesItself));
+    found.add(std::move(large));
     const int count = static_cast<int>(regions.size());
     const auto work = [&](const cv::Range& range) {
         for (int i = range.start; i < range.end; ++i) {

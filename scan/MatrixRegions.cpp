@@ -16,12 +16,13 @@ constexpr int window = 3;    // cells over which directions are compared
 constexpr int opening = 4;   // cells; lines of text are thinner
 constexpr int fewest = 20;   // cells in all
 constexpr float longest = 8; // times as long as high
-constexpr size_t mostRegions = 48;
+constexpr size_t mostRegions = 64;
+constexpr float smallest = 5; // cells
 
 /// Mean squared slopes, against the brightness squared, of the weaker of two directions across each
 /// other: a code has edges both ways, bars and table lines have not. From strict to lenient, so
 /// that a code is found alone before it is found together with the text beside it.
-constexpr std::array leastCrossing{0.06F, 0.025F};
+constexpr std::array leastCrossing{0.1F, 0.05F, 0.02F};
 /// Of all directions together: stacked codes are mostly bars.
 constexpr float leastEdges = 0.05F;
 
@@ -73,7 +74,7 @@ void addRegions(const SlopeLevel& level, const cv::Mat& mask, std::vector<CodeRe
             angleOfEdges(level.picture, {box.tl() * level.cell, box.br() * level.cell});
         const CodeRegion region = boxAround(cells, angle, 0.01, 0.01, level.cellSize);
         const auto [shorter, longer] = std::minmax(region.length, region.height);
-        if (longer < longest * shorter &&
+        if (shorter >= smallest * level.cellSize && longer < longest * shorter &&
             std::ranges::none_of(regions,
                                  [&](const CodeRegion& other) { return isAlmost(region, other); }))
             regions.push_back(region);
