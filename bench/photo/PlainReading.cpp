@@ -19,8 +19,8 @@ QStringList readWithZXing(const QImage& grey) {
     const ZXing::ImageView view(grey.constBits(), grey.width(), grey.height(),
                                 ZXing::ImageFormat::Lum, static_cast<int>(grey.bytesPerLine()));
     for (const ZXing::Result& result : ZXing::ReadBarcodes(view))
-        codes.append(
-            QString::fromStdString(ZXing::ToString(result.format()) + ' ' + result.text()));
+        codes.append(QString::fromLatin1(ZXing::ToString(result.format())) + u' ' +
+                     QString::fromStdString(result.text()));
     return codes;
 }
 
