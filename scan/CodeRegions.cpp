@@ -31,18 +31,13 @@ float noiseFloor(const cv::Mat& energy) {
 
 /// The energy of cells with one direction of edges; 0 where there are several.
 cv::Mat coherentEnergy(const SlopeGrid& grid) {
-    cv::Mat xx;
-    cv::Mat yy;
-    cv::Mat xy;
-    cv::boxFilter(grid.xx, xx, -1, {window, window});
-    cv::boxFilter(grid.yy, yy, -1, {window, window});
-    cv::boxFilter(grid.xy, xy, -1, {window, window});
-    const float noise = noiseFloor(xx + yy);
-    cv::Mat energy(xx.size(), CV_32F);
+    const SlopeGrid around = smoothed(grid, window);
+    const float noise = noiseFloor(around.xx + around.yy);
+    cv::Mat energy(around.xx.size(), CV_32F);
     for (int row = 0; row < energy.rows; ++row) {
-        const auto* a = xx.ptr<float>(row);
-        const auto* b = yy.ptr<float>(row);
-        const auto* c = xy.ptr<float>(row);
+        const auto* a = around.xx.ptr<float>(row);
+        const auto* b = around.yy.ptr<float>(row);
+        const auto* c = around.xy.ptr<float>(row);
         auto* out = energy.ptr<float>(row);
         for (int i = 0; i < energy.cols; ++i) {
             const float sum = std::max(0.0F, a[i] + b[i] - noise);

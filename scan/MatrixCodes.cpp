@@ -16,8 +16,7 @@ namespace {
 constexpr int mostPixels = 640;    // a side of what is given to the reader
 constexpr float clearPixels = 360; // of a code's shorter side: its cells are then ten or more
 constexpr float mostEnlarged = 3;
-constexpr float margin =
-    0.12F; // of the shorter side, around a region: cells at its edges are missed
+constexpr float margin = 0.25F; // of the shorter side: cells at a code's edges are often missed
 constexpr size_t mostCodesInPart = 6;
 
 CodeRegion whole(const cv::Mat& photo) {
