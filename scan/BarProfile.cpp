@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace kopertal {
 namespace {
@@ -14,6 +15,31 @@ cv::Mat averaged(const cv::Mat& patch, int bands) {
     cv::resize(patch, rows, {patch.cols, std::min(bands, patch.rows)}, 0, 0, cv::INTER_AREA);
     rows.convertTo(rows, CV_32F);
     return rows;
+}
+
+/// `bands` rows, each of what is light somewhere along the bars. They share no sample: each takes
+/// every so many-th row of the patch.
+cv::Mat lightest(const cv::Mat& patch, int bands) {
+    constexpr int rowsOfBand = 8;
+    constexpr double coverable = 0.75; // the part of a bar's length
+    const int rows = std::min(bands * rowsOfBand, patch.rows);
+    cv::Mat fine;
+    cv::resize(patch, fine, {patch.cols, rows}, 0, 0, cv::INTER_AREA);
+    cv::Mat result(std::min(bands, rows), patch.cols, CV_32F);
+    std::vector<uchar> column;
+    for (int band = 0; band < result.rows; ++band) {
+        auto* const out = result.ptr<float>(band);
+        for (int x = 0; x < patch.cols; ++x) {
+            column.clear();
+            for (int y = band; y < rows; y += bands)
+                column.push_back(fine.at<uchar>(y, x));
+            const auto light =
+                column.begin() + static_cast<ptrdiff_t>(coverable * double(column.size() - 1));
+            std::nth_element(column.begin(), light, column.end());
+            out[x] = *light;
+        }
+    }
+    return result;
 }
 
 /// Wiener's filter against a Gaussian blur: what the blur left is raised again, as far as it stands
@@ -67,9 +93,13 @@ cv::Mat stretched(const cv::Mat& rows, int window) {
 
 } // namespace
 
-cv::Mat barProfiles(const cv::Mat& patch, int bands, float blur, float stroke) {
+cv::Mat barRows(const cv::Mat& patch, int bands, Along along) {
+    return along == Along::mean ? averaged(patch, bands) : lightest(patch, bands);
+}
+
+cv::Mat barProfiles(const cv::Mat& patch, int bands, Along along, float blur, float stroke) {
     constexpr float widestWindow = 8; // strokes
-    return stretched(sharpened(averaged(patch, bands), blur),
+    return stretched(sharpened(barRows(patch, bands, along), blur),
                      static_cast<int>(stroke * widestWindow) | 1);
 }
 

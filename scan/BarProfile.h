@@ -4,9 +4,18 @@
 
 namespace kopertal {
 
+/// What a line across the bars takes from its part of the patch.
+enum class Along {
+    mean,     ///< Noise goes.
+    lightest, ///< So does ink that lies over the bars: it hides no bar, and spaces shine beside it.
+};
+
+/// `bands` lines across upright bars, or fewer where the patch is low; 32-bit floats.
+cv::Mat barRows(const cv::Mat& patch, int bands, Along along);
+
 /// Lines across upright bars, ready for a fixed threshold: `bands` rows, each the mean of its part
 /// of the patch, with a Gaussian blur of `blur` samples taken back, and stretched between black and
 /// white. `stroke` is the usual width of a bar, in samples.
-cv::Mat barProfiles(const cv::Mat& patch, int bands, float blur, float stroke);
+cv::Mat barProfiles(const cv::Mat& patch, int bands, Along along, float blur, float stroke);
 
 } // namespace kopertal

@@ -34,14 +34,6 @@ QRectF boxAround(const std::vector<cv::Point2f>& points, const cv::Size& photo) 
             (right - left) / double(photo.width), (bottom - top) / double(photo.height)};
 }
 
-bool isInside(const cv::Point2f& point, const CodeRegion& region) {
-    const cv::Point2f d = point - region.centre;
-    const float c = std::cos(region.angle);
-    const float s = std::sin(region.angle);
-    return std::abs(d.x * c + d.y * s) < region.length / 2 &&
-           std::abs(-d.x * s + d.y * c) < region.height / 2;
-}
-
 bool overlap(const CodeRegion& a, const CodeRegion& b) {
     return isInside(a.centre, b) || isInside(b.centre, a);
 }
@@ -83,8 +75,9 @@ private:
     std::vector<CodeRegion> m_tried;
 };
 
-QList<Barcode> linearCodes(const cv::Mat& photo) {
-    const std::vector<CodeRegion> regions = findCodeRegions(photo);
+std::vector<LinearCode> findLinearCodes(const cv::Mat& photo,
+                                        const std::vector<SlopeLevel>& levels) {
+    const std::vector<CodeRegion> regions = findCodeRegions(levels);
     const int count = static_cast<int>(regions.size());
     Progress progress;
     const auto work = [&](const cv::Range& range) {
@@ -97,11 +90,7 @@ QList<Barcode> linearCodes(const cv::Mat& photo) {
         }
     };
     cv::parallel_for_({0, count}, work, count);
-    QList<Barcode> codes;
-    for (const LinearCode& code : progress.codes())
-        codes.append({code.reading.text, code.reading.format,
-                      boxAround(corners(code.region), photo.size())});
-    return codes;
+    return progress.codes();
 }
 
 } // namespace
@@ -116,14 +105,19 @@ QList<Barcode> detectBarcodes(const QImage& picture,
     // Only read from: OpenCV has no view of constant pixels.
     const cv::Mat photo(grey.height(), grey.width(), CV_8U, const_cast<uchar*>(grey.constBits()),
                         static_cast<size_t>(grey.bytesPerLine()));
-    QList<Barcode> codes = linearCodes(photo);
+    const std::vector<SlopeLevel> levels = slopeLevels(photo);
+    QList<Barcode> codes;
+    std::vector<CodeRegion> taken;
+    for (const LinearCode& code : findLinearCodes(photo, levels)) {
+        codes.append({code.reading.text, code.reading.format,
+                      boxAround(corners(code.region), photo.size())});
+        taken.push_back(code.region);
+    }
     if (onLinearCodes)
         onLinearCodes(codes);
-    for (const MatrixReading& code : findMatrixCodes(photo)) {
-        const cv::Rect2f box(code.box);
-        codes.append({code.reading.text, code.reading.format,
-                      boxAround({box.tl(), box.br()}, photo.size())});
-    }
+    for (const MatrixReading& code : findMatrixCodes(photo, levels, taken))
+        codes.append(
+            {code.reading.text, code.reading.format, boxAround(code.corners, photo.size())});
     return codes;
 }
 

@@ -1,5 +1,6 @@
 #include "scan/Code128Matching.h"
 
+#include "scan/BarProfile.h"
 #include "scan/CheckDigits.h"
 #include "scan/Code128Text.h"
 
@@ -20,7 +21,12 @@ constexpr int templateModules = code128Modules + 2 * context;
 constexpr int templateSize = templateModules * perModule;
 constexpr int stopModules = 13;
 /// Many bands part what is hidden from what is not; few bear more noise.
-constexpr std::array bandCounts{12, 3};
+struct Bands {
+    int count;
+    Along along;
+};
+constexpr std::array bandings{Bands{12, Along::mean}, Bands{3, Along::mean},
+                              Bands{4, Along::lightest}};
 
 /// Zero mean, unit length.
 void normalise(cv::Mat row) {
@@ -198,11 +204,7 @@ std::optional<QString> match(const cv::Mat& bands, Grid grid, int count, const c
     return letterNumber(symbols);
 }
 
-std::optional<QString> matchBands(const cv::Mat& patch, int bandCount, float start, float end,
-                                  float stroke) {
-    cv::Mat upright;
-    cv::resize(patch, upright, {patch.cols, std::min(bandCount, patch.rows)}, 0, 0, cv::INTER_AREA);
-    upright.convertTo(upright, CV_32F);
+std::optional<QString> matchBands(const cv::Mat& upright, float start, float end, float stroke) {
     cv::Mat turned;
     cv::flip(upright, turned, 1);
     // Both kinds of number take 13 symbols before the stop symbol in what prints them; a postal
@@ -215,8 +217,8 @@ std::optional<QString> matchBands(const cv::Mat& patch, int bandCount, float sta
         for (const cv::Mat& patterns : templates()) {
             for (const bool isTurned : {false, true}) {
                 const cv::Mat& bands = isTurned ? turned : upright;
-                const double from = isTurned ? static_cast<float>(patch.cols) - end : start;
-                const double to = isTurned ? static_cast<float>(patch.cols) - start : end;
+                const double from = isTurned ? static_cast<float>(upright.cols) - end : start;
+                const double to = isTurned ? static_cast<float>(upright.cols) - start : end;
                 const std::optional<Grid> grid = aligned(bands, from, to, modules, patterns);
                 if (!grid)
                     continue;
@@ -232,8 +234,9 @@ std::optional<QString> matchBands(const cv::Mat& patch, int bandCount, float sta
 
 std::optional<QString> matchLetterNumber(const cv::Mat& patch, float start, float end,
                                          float stroke) {
-    for (const int bandCount : bandCounts) {
-        if (std::optional<QString> text = matchBands(patch, bandCount, start, end, stroke))
+    for (const Bands& bands : bandings) {
+        if (std::optional<QString> text =
+                matchBands(barRows(patch, bands.count, bands.along), start, end, stroke))
             return text;
     }
     return std::nullopt;

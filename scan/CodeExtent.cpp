@@ -210,7 +210,14 @@ std::optional<CodeRegion> codeExtent(const cv::Mat& photo, const CodeRegion& reg
     const std::optional<CodeRegion> length = fullLength(photo, uprighted(photo, region));
     if (!length)
         return std::nullopt;
-    const CodeRegion result = fullHeight(photo, *length);
+    CodeRegion result = fullHeight(photo, *length);
+    // The higher the bars are, the better is seen how they stand.
+    const CodeRegion again = uprighted(photo, result);
+    constexpr float noticeable = 0.02F;
+    if (std::abs(again.angle - result.angle) > noticeable) {
+        if (const std::optional<CodeRegion> better = fullLength(photo, again))
+            result = fullHeight(photo, *better);
+    }
     // Letters are about as high as four of their strokes.
     if (result.height < std::max(4.0F, 6 * result.stroke) || result.height > result.length)
         return std::nullopt;

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <opencv2/core/mat.hpp>
+#include "scan/SlopeLevels.h"
+
 #include <opencv2/core/types.hpp>
 
 #include <vector>
@@ -17,8 +18,10 @@ struct CodeRegion {
     float stroke = 0; ///< The usual width of a bar or space, where it is known: one to two modules.
 };
 
-/// The clearest first, many of them no code. `photo` is 8-bit grey.
-std::vector<CodeRegion> findCodeRegions(const cv::Mat& photo);
+/// The clearest first, many of them no code.
+std::vector<CodeRegion> findCodeRegions(const std::vector<SlopeLevel>& levels);
+
+bool isInside(const cv::Point2f& point, const CodeRegion& region);
 
 /// The corners of the region, clockwise from the first.
 std::vector<cv::Point2f> corners(const CodeRegion& region);

@@ -1,6 +1,7 @@
 #include "scan/SlopeGrid.h"
 
 #include <opencv2/core/utility.hpp>
+#include <opencv2/imgproc.hpp>
 
 #include <algorithm>
 #include <vector>
@@ -62,6 +63,14 @@ SlopeGrid slopeGrid(const cv::Mat& picture, int cell) {
         }
     });
     return grid;
+}
+
+SlopeGrid smoothed(const SlopeGrid& grid, int window) {
+    SlopeGrid result;
+    cv::boxFilter(grid.xx, result.xx, -1, {window, window});
+    cv::boxFilter(grid.yy, result.yy, -1, {window, window});
+    cv::boxFilter(grid.xy, result.xy, -1, {window, window});
+    return result;
 }
 
 } // namespace kopertal

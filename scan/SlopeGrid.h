@@ -16,4 +16,7 @@ struct SlopeGrid {
 /// `picture` is 8-bit grey; `cell` is in its pixels.
 SlopeGrid slopeGrid(const cv::Mat& picture, int cell);
 
+/// Every cell with the mean of the square of `window` cells around it.
+SlopeGrid smoothed(const SlopeGrid& grid, int window);
+
 } // namespace kopertal

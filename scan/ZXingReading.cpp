@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <exception>
 #include <utility>
-#include <vector>
 
 namespace kopertal {
 namespace {
@@ -58,13 +57,10 @@ std::optional<MatrixReading> readMatrixCode(const cv::Mat& picture) {
         std::optional<LineReading> reading = toReading(result);
         if (!reading)
             return std::nullopt;
-        std::vector<cv::Point> around;
+        MatrixReading code{*std::move(reading), {}};
         for (const ZXing::PointI& corner : result.position())
-            around.emplace_back(corner.x, corner.y);
-        cv::Rect box(around[0], around[2]);
-        for (const cv::Point& corner : around)
-            box |= cv::Rect(corner, cv::Size(1, 1));
-        return MatrixReading{*std::move(reading), box & cv::Rect({0, 0}, picture.size())};
+            code.corners.emplace_back(static_cast<float>(corner.x), static_cast<float>(corner.y));
+        return code;
     } catch (const std::exception&) {
         return std::nullopt;
     }

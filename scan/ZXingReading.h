@@ -5,6 +5,7 @@
 #include <opencv2/core/mat.hpp>
 
 #include <optional>
+#include <vector>
 
 namespace kopertal {
 
@@ -19,7 +20,7 @@ std::optional<LineCode> readLine(const cv::Mat& row);
 
 struct MatrixReading {
     LineReading reading;
-    cv::Rect box; // in the picture
+    std::vector<cv::Point2f> corners; ///< Around the code, in the picture.
 };
 
 /// The first two-dimensional code in an 8-bit grey picture. The library may abort the process on

@@ -1,5 +1,7 @@
-// photo_bench make FOLDER LEVEL FIRST LAST [MEGAPIXELS]   writes made-up photos and what is on them
-// photo_bench run FOLDER... [--plain] [--missed]          reads them and prints how well
+// PhotoBench make FOLDER LEVEL FIRST LAST [MEGAPIXELS]   writes made-up photos and what is on them
+// PhotoBench run FOLDER... [--ours] [--missed]           reads them and prints how well, beside
+//                                                        libraries on their own unless --ours
+#include "bench/photo/PlainReading.h"
 #include "scan/BarcodeDetector.h"
 #include "scan/PhotoDecoding.h"
 #include "tests/support/photo/RegisterPhoto.h"
@@ -10,16 +12,11 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QTextStream>
 
-#define ZX_USE_UTF8
-#include <ZXing/ReadBarcode.h>
-
 #include <algorithm>
-#include <functional>
 #include <sys/resource.h>
-#include <sys/wait.h>
-#include <unistd.h>
 #include <vector>
 
 using namespace kopertal;
@@ -39,11 +36,11 @@ QJsonArray toJson(const PlacedCode& placed) {
 int make(const QStringList& arguments) {
     const QDir folder(arguments.at(0));
     QDir().mkpath(folder.path());
-    static const QStringList levels{"easy", "medium", "hard", "closeup", "codeless"};
+    static const QStringList levels{"easy", "medium", "hard", "closeup", "codeless", "matrices"};
     const auto level = levels.indexOf(arguments.at(1));
     PhotoRecipe recipe;
     recipe.difficulty = static_cast<Difficulty>(level <= 2 ? level : 1);
-    recipe.subject = level == 3 ? Subject::closeUp : level == 4 ? Subject::codeless : Subject::page;
+    recipe.subject = static_cast<Subject>(std::max<qsizetype>(0, level - 2));
     if (arguments.size() > 4)
         recipe.megapixels = arguments.at(4).toDouble();
     for (recipe.seed = arguments.at(2).toULongLong(); recipe.seed <= arguments.at(3).toULongLong();
@@ -62,92 +59,112 @@ int make(const QStringList& arguments) {
     return 0;
 }
 
-using Codes = QStringList; // "format text"
-using Reader = std::function<Codes(const QByteArray&)>;
-
-Codes readOurs(const QByteArray& bytes) {
-    Codes codes;
-    for (const Barcode& code : detectBarcodes(decodePhoto(bytes)))
+QStringList readOurs(const QImage& grey) {
+    QStringList codes;
+    for (const Barcode& code : detectBarcodes(grey))
         codes.append(code.format + ' ' + code.text);
     return codes;
 }
 
-/// The library on the whole page; in a child, for it may abort.
-Codes readPlain(const QByteArray& bytes) {
-    const QImage photo = decodePhoto(bytes);
-    int pipeEnds[2];
-    if (pipe(pipeEnds) != 0)
-        return {};
-    const pid_t child = fork();
-    if (child == 0) {
-        const ZXing::DecodeHints hints = ZXing::DecodeHints().setTryDownscale(false);
-        QByteArray text;
-        for (const ZXing::Result& result :
-             ZXing::ReadBarcodes({photo.constBits(), photo.width(), photo.height(),
-                                  ZXing::ImageFormat::Lum, static_cast<int>(photo.bytesPerLine())},
-                                 hints))
-            text += ZXing::ToString(result.format()) + (' ' + result.text()) + '\n';
-        [[maybe_unused]] const auto written =
-            write(pipeEnds[1], text.constData(), static_cast<size_t>(text.size()));
-        _exit(0);
+struct Score {
+    int linear = 0;
+    int linearRead = 0;
+    int matrix = 0;
+    int matrixRead = 0;
+    int wrong = 0;
+    int died = 0; ///< Photos that ended the reader's process.
+    std::vector<double> seconds;
+};
+
+QList<PlacedCode> readTruth(const QString& path) {
+    QFile file(path);
+    QList<PlacedCode> codes;
+    if (!file.open(QIODevice::ReadOnly))
+        return codes;
+    for (const QJsonValue& value : QJsonDocument::fromJson(file.readAll()).array()) {
+        PlacedCode placed{{value[0].toString(), value[1].toString()}, {}};
+        for (int i = 0; i < 4; ++i)
+            placed.corners[size_t(i)] = {float(value[2][i][0].toDouble()),
+                                         float(value[2][i][1].toDouble())};
+        codes.append(placed);
     }
-    close(pipeEnds[1]);
-    QFile in;
-    in.open(pipeEnds[0], QIODevice::ReadOnly, QFileDevice::AutoCloseHandle);
-    const QByteArray text = in.readAll();
-    waitpid(child, nullptr, 0);
-    return QString::fromUtf8(text).split('\n', Qt::SkipEmptyParts);
+    return codes;
 }
 
+void count(Score& score, QStringList found, const QList<PlacedCode>& truth, const QString& photo,
+           bool named) {
+    found.replaceInStrings(QRegularExpression("[\\x00-\\x1f]"), "");
+    found.removeDuplicates();
+    for (const PlacedCode& placed : truth) {
+        const bool isRead = found.removeOne(placed.code.format + ' ' + placed.code.text);
+        (isLinear(placed.code) ? score.linear : score.matrix) += 1;
+        (isLinear(placed.code) ? score.linearRead : score.matrixRead) += isRead ? 1 : 0;
+        if (isRead || !named)
+            continue;
+        out << photo << " missed " << placed.code.format << ' ' << placed.code.text << " at";
+        for (const cv::Point2f& corner : placed.corners)
+            out << ' ' << corner.x << ',' << corner.y;
+        out << '\n';
+    }
+    for (const QString& code : found) {
+        if (named)
+            out << photo << " FALSE " << code << '\n';
+    }
+    score.wrong += int(found.size());
+}
+
+void print(const QString& folder, const char* reader, Score& score) {
+    std::ranges::sort(score.seconds);
+    const auto percent = [](int part, int all) { return all ? 100.0 * part / all : 0; };
+    out << QString::asprintf("%-14s %-12s %6d %6.1f %% %6d %6.1f %% %6d %6d %8.2f %8.2f\n",
+                             qPrintable(folder), reader, score.linear,
+                             percent(score.linearRead, score.linear), score.matrix,
+                             percent(score.matrixRead, score.matrix), score.wrong, score.died,
+                             score.seconds[score.seconds.size() / 2],
+                             score.seconds[score.seconds.size() * 95 / 100])
+        << Qt::flush;
+}
+
+/// All readers take each photo in turn, so that what else the machine does slows all alike.
 int run(const QStringList& arguments) {
-    const Reader reader = arguments.contains("--plain") ? readPlain : readOurs;
-    out << "folder                    linear    read          2D    read   false   median s    p95 "
-           "s\n";
+    const std::vector<PlainReader> plain =
+        arguments.contains("--ours") ? std::vector<PlainReader>() : plainReaders();
+    out << "folder         reader       linear   read      2D   read     false   died   median s  "
+           " p95 s\n";
     for (const QString& path : arguments) {
         if (path.startsWith('-'))
             continue;
         const QDir folder(path);
-        int linear = 0, linearRead = 0, matrix = 0, matrixRead = 0, wrong = 0;
-        std::vector<double> times;
+        Score ours;
+        std::vector<Score> theirs(plain.size());
         for (const QString& name : folder.entryList({"*.jpg"})) {
             QFile picture(folder.filePath(name));
-            QFile truth(folder.filePath(QString(name).replace(".jpg", ".json")));
-            picture.open(QIODevice::ReadOnly);
-            truth.open(QIODevice::ReadOnly);
+            if (!picture.open(QIODevice::ReadOnly))
+                return 1;
             const QByteArray bytes = picture.readAll();
+            const QList<PlacedCode> truth =
+                readTruth(folder.filePath(QString(name).replace(".jpg", ".json")));
             QElapsedTimer timer;
             timer.start();
-            Codes found = reader(bytes);
-            times.push_back(double(timer.nsecsElapsed()) / 1e9);
-            found.removeDuplicates();
-            for (const QJsonValue& value : QJsonDocument::fromJson(truth.readAll()).array()) {
-                const CodeText code{value.toArray()[0].toString(), value.toArray()[1].toString()};
-                const bool isRead = found.removeOne(code.format + ' ' + code.text);
-                (isLinear(code) ? linear : matrix) += 1;
-                (isLinear(code) ? linearRead : matrixRead) += isRead ? 1 : 0;
-                if (!isRead && arguments.contains("--missed")) {
-                    const QJsonArray corner = value.toArray()[2].toArray()[0].toArray();
-                    out << name << " missed " << code.format << ' ' << code.text << " at "
-                        << corner[0].toInt() << ',' << corner[1].toInt() << '\n';
-                    for (const QJsonValue& c : value.toArray()[2].toArray())
-                        out << c.toArray()[0].toDouble() << ' ' << c.toArray()[1].toDouble()
-                            << "  ";
-                    out << '\n';
-                }
+            const auto spent = [&] { return double(timer.nsecsElapsed()) / 1e9; };
+            const QImage photo = decodePhoto(bytes);
+            const double decoding = spent();
+            const QStringList found = readOurs(photo);
+            ours.seconds.push_back(spent());
+            count(ours, found, truth, name, arguments.contains("--missed"));
+            for (size_t i = 0; i < plain.size(); ++i) {
+                timer.start();
+                const std::optional<QStringList> read = readInChild(plain[i], photo);
+                theirs[i].seconds.push_back(decoding + spent());
+                theirs[i].died += read ? 0 : 1;
+                count(theirs[i], read.value_or(QStringList()), truth, name, false);
             }
-            for (const QString& code : found)
-                out << name << " FALSE " << code << '\n';
-            wrong += int(found.size());
         }
-        std::ranges::sort(times);
-        if (times.empty())
+        if (ours.seconds.empty())
             continue;
-        out << qSetFieldWidth(22) << Qt::left << folder.dirName() << qSetFieldWidth(0) << Qt::right
-            << QString::asprintf("%10d %6.1f %% %9d %6.1f %% %6d %10.2f %8.2f\n", linear,
-                                 linear ? 100.0 * linearRead / linear : 0, matrix,
-                                 matrix ? 100.0 * matrixRead / matrix : 0, wrong,
-                                 times[times.size() / 2], times[times.size() * 95 / 100])
-            << Qt::flush;
+        print(folder.dirName(), "Kopertal", ours);
+        for (size_t i = 0; i < plain.size(); ++i)
+            print(folder.dirName(), plain[i].name, theirs[i]);
     }
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);

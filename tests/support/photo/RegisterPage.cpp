@@ -144,11 +144,11 @@ void drawForm(cv::Mat& page, double scale, cv::RNG& random) {
     }
 }
 
-CodeText anyCode(cv::RNG& random, bool otherCodes) {
+CodeText anyCode(cv::RNG& random, const PageOptions& options) {
     const int kind = random.uniform(0, 100);
-    if (otherCodes && kind < 8)
+    if (kind < options.otherPercent)
         return otherLinear(random);
-    if (otherCodes && kind < 12)
+    if (kind < options.otherPercent + options.matrixPercent)
         return otherMatrix(random);
     return kind < 70 ? registeredLetter(random) : internationalLetter(random);
 }
@@ -170,7 +170,7 @@ Page registerPage(cv::RNG& random, const PageOptions& options) {
         std::swap(rows[i - 1], rows[static_cast<size_t>(random.uniform(0, static_cast<int>(i)))]);
     std::sort(rows.begin(), rows.begin() + options.labels);
     for (int i = 0; i < options.labels; ++i) {
-        const CodeText text = anyCode(random, options.otherCodes);
+        const CodeText text = anyCode(random, options);
         const double fitting = std::min(0.33, (numberColumnWidth + random.uniform(-3.0, 6.0)) /
                                                   (modulesOf(text) + 20));
         const double moduleSize =

@@ -26,7 +26,8 @@ struct PageOptions {
     double moduleSize = 0;  ///< Millimetres; 0 for what fits the form's column.
     int stamps = 1;         ///< Round office stamps pressed half over labels, and
     int strokes = 0;        ///< pen strokes across them.
-    bool otherCodes = true; ///< Also codes of other kinds than letters carry.
+    int otherPercent = 8;   ///< Codes of other kinds than letters carry: linear
+    int matrixPercent = 4;  ///< and two-dimensional.
 };
 
 /// The dispatch register of ten rows, A4, with a label stuck on `labels` of them.

@@ -8,6 +8,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 
 namespace kopertal::test {
@@ -15,62 +16,57 @@ namespace {
 
 constexpr double photoRatio = 4.0 / 3;
 
-/// The shot at 12 megapixels; other sizes scale what is a length.
-Shot drawShot(Difficulty difficulty, cv::RNG& random) {
-    Shot shot;
-    const auto between = [&](double low, double high) { return random.uniform(low, high); };
-    switch (difficulty) {
-    case Difficulty::easy:
-        shot.fill = between(0.9, 1.0);
-        shot.turn = between(-3, 3);
-        shot.perspective = between(0, 0.04);
-        shot.blur = between(0.4, 0.9);
-        shot.noise = between(1, 4);
-        shot.shadow = between(0, 0.2);
-        shot.exposure = between(0.85, 1);
-        shot.sharpening = between(0, 0.6);
-        break;
-    case Difficulty::medium:
-        shot.fill = between(0.85, 1.0);
-        shot.turn = between(-20, 20);
-        shot.perspective = between(0.02, 0.12);
-        shot.bend = between(0, 12);
-        shot.blur = between(0.4, 0.75);
-        shot.motion = between(0, 1.2);
-        shot.noise = between(3, 7);
-        shot.shadow = between(0.1, 0.5);
-        shot.vignette = between(0.1, 0.3);
-        shot.exposure = between(0.7, 1);
-        shot.contrast = between(0.7, 1);
-        shot.glares = random.uniform(0, 2);
-        break;
-    case Difficulty::hard:
-        shot.fill = between(0.85, 1.0);
-        shot.turn = between(-25, 25);
-        shot.perspective = between(0.05, 0.15);
-        shot.bend = between(0, 25);
-        shot.blur = between(0.6, 1.1);
-        shot.motion = between(0, 2);
-        shot.noise = between(4, 10);
-        shot.shadow = between(0.2, 0.6);
-        shot.vignette = between(0.1, 0.4);
-        shot.exposure = between(0.55, 0.95);
-        shot.contrast = between(0.5, 0.9);
-        shot.glares = random.uniform(0, 4);
-        break;
-    }
-    return shot;
-}
+struct Span {
+    double low;
+    double high;
+};
 
-int jpegQuality(Difficulty difficulty, cv::RNG& random) {
-    switch (difficulty) {
-    case Difficulty::easy:
-        return random.uniform(88, 96);
-    case Difficulty::medium:
-        return random.uniform(75, 92);
-    default:
-        return random.uniform(60, 88);
-    }
+/// What a level of difficulty draws its shots from, at 12 megapixels.
+struct Conditions {
+    Span fill, turn, perspective, bend;
+    Span blur, motion, noise;
+    Span shadow, vignette, exposure, contrast, sharpening;
+    int mostGlares;
+    cv::Range quality; ///< Of the JPEG.
+};
+
+// clang-format off
+/// From easy to hard, in the order above.
+const std::array<Conditions, 3> levels{{
+    {{0.9, 1.0}, {-3, 3}, {0, 0.04}, {0, 0},
+     {0.4, 0.9}, {0, 0}, {1, 4},
+     {0, 0.2}, {0.1, 0.1}, {0.85, 1}, {1, 1}, {0, 0.6},
+     0, {88, 96}},
+    {{0.85, 1.0}, {-20, 20}, {0.02, 0.12}, {0, 12},
+     {0.4, 0.75}, {0, 1.2}, {3, 7},
+     {0.1, 0.5}, {0.1, 0.3}, {0.7, 1}, {0.7, 1}, {0, 0},
+     1, {75, 92}},
+    {{0.85, 1.0}, {-25, 25}, {0.05, 0.15}, {0, 25},
+     {0.6, 1.1}, {0, 2}, {4, 10},
+     {0.2, 0.6}, {0.1, 0.4}, {0.55, 0.95}, {0.5, 0.9}, {0, 0},
+     3, {60, 88}},
+}};
+// clang-format on
+
+Shot drawShot(const Conditions& level, cv::RNG& random) {
+    const auto within = [&](const Span& span) {
+        return span.low < span.high ? random.uniform(span.low, span.high) : span.low;
+    };
+    Shot shot;
+    shot.fill = within(level.fill);
+    shot.turn = within(level.turn);
+    shot.perspective = within(level.perspective);
+    shot.bend = within(level.bend);
+    shot.blur = within(level.blur);
+    shot.motion = within(level.motion);
+    shot.noise = within(level.noise);
+    shot.shadow = within(level.shadow);
+    shot.vignette = within(level.vignette);
+    shot.exposure = within(level.exposure);
+    shot.contrast = within(level.contrast);
+    shot.glares = level.mostGlares > 0 ? random.uniform(0, level.mostGlares + 1) : 0;
+    shot.sharpening = within(level.sharpening);
+    return shot;
 }
 
 Page drawSheet(const PhotoRecipe& recipe, cv::RNG& random) {
@@ -87,6 +83,10 @@ Page drawSheet(const PhotoRecipe& recipe, cv::RNG& random) {
     options.tilt = 2 + 3 * level;
     options.stamps = random.uniform(0, 2 + 2 * level);
     options.strokes = level * random.uniform(0, 3);
+    if (recipe.subject == Subject::matrices) {
+        options.otherPercent = 0;
+        options.matrixPercent = 100;
+    }
     return registerPage(random, options);
 }
 
@@ -100,7 +100,8 @@ RegisterPhoto makeRegisterPhoto(const PhotoRecipe& recipe) {
         random.next();
     const double detail = std::sqrt(recipe.megapixels / 12);
     const Page sheet = drawSheet(recipe, random);
-    Shot shot = drawShot(recipe.difficulty, random);
+    const Conditions& level = levels[static_cast<size_t>(recipe.difficulty)];
+    Shot shot = drawShot(level, random);
     const int longSide =
         static_cast<int>(std::lround(std::sqrt(recipe.megapixels * 1e6 * photoRatio)));
     const int shortSide = static_cast<int>(std::lround(longSide / photoRatio));
@@ -113,7 +114,7 @@ RegisterPhoto makeRegisterPhoto(const PhotoRecipe& recipe) {
         shot.turn += 90 * random.uniform(1, 4);
     }
     const Page photo = photograph(sheet, shot, random);
-    return {encodePage(photo.ink, "jpeg", jpegQuality(recipe.difficulty, random)),
+    return {encodePage(photo.ink, "jpeg", random.uniform(level.quality.start, level.quality.end)),
             {photo.ink.cols, photo.ink.rows},
             photo.codes};
 }

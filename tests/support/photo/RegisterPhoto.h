@@ -12,6 +12,7 @@ enum class Subject {
     page,     ///< A register with one to ten labels.
     closeUp,  ///< One label, filling the frame.
     codeless, ///< A register without any code.
+    matrices, ///< A page of two-dimensional codes.
 };
 
 struct PhotoRecipe {
