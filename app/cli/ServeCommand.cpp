@@ -35,8 +35,8 @@ const char* const serveHelp =
     R"(Użycie: kopertal serve [--port N] [--save-photos FOLDER]
 
 Odbiera zdjęcia z telefonu w tej samej sieci: otwórz na nim podany adres albo
-zeskanuj kod QR. Wypisuje numery z każdego zdjęcia. Działa do Ctrl+C; odebrane
-zdjęcia odczytuje jeszcze do końca, chyba że naciśniesz Ctrl+C drugi raz.
+zeskanuj kod QR. Wypisuje numery z każdego zdjęcia. Działa do Ctrl+C; zdjęcia
+już odebrane odczytuje jeszcze przez chwilę, drugie Ctrl+C kończy od razu.
 
       --port N              port serwera, 1–65535 (domyślnie: dowolny wolny)
       --save-photos FOLDER  zapisuj zdjęcia w FOLDERZE jako zdjecie_RRRRMMDD_GGMMSS,
