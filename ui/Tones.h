@@ -30,7 +30,7 @@ inline constexpr QColor rowSelectedInactive{0xED, 0xF0, 0xF4};
 
 /// `color` with `share` (0 to 1) of its opacity.
 inline QColor faded(QColor color, double share) {
-    color.setAlpha(static_cast<int>(color.alpha() * share + 0.5));
+    color.setAlpha(qRound(color.alpha() * share));
     return color;
 }
 
