@@ -36,6 +36,10 @@ void* operator new(std::size_t size) {
     return memory;
 }
 
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return isRefused() ? nullptr : std::malloc(size ? size : 1);
+}
+
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
