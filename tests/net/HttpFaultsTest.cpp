@@ -119,8 +119,8 @@ private:
 
     static bool hasFailed(QFuture<HttpAnswer>& answer) {
         try {
-            const HttpFailure failure = answer.result().failure;
-            return failure != HttpFailure::none;
+            answer.waitForFinished(); // result() misses an exception that comes while it waits
+            return answer.result().failure != HttpFailure::none;
         } catch (const std::bad_alloc&) {
             return true;
         }
