@@ -207,7 +207,7 @@ void CurlLoop::completeFinished() {
 void CurlLoop::complete(CURL* handle, CURLcode code) try {
     curl_multi_remove_handle(m_multi.get(), handle);
     const auto found = m_transfers.find(handle);
-    const std::unique_ptr<CurlTransfer> transfer = std::move(found->second);
+    std::unique_ptr<CurlTransfer> transfer = std::move(found->second);
     m_transfers.erase(found);
     m_lastUse = Clock::now();
     const bool isShort = transfer->lacksDescriptor(code);
@@ -216,8 +216,9 @@ void CurlLoop::complete(CURL* handle, CURLcode code) try {
         m_shortUntil = Clock::now() + shortageBreak;
         transfer->putBack();
     } else if (isShort && m_mayKeepConnections) { // to servers that nobody asks now
-        close();
         transfer->putBack();
+        transfer.reset();
+        close();
     } else {
         m_mayKeepConnections = m_mayKeepConnections || code == CURLE_OK;
         transfer->finish(code);

@@ -51,9 +51,7 @@ private Q_SLOTS:
         request.url = standIn.address(QStringLiteral("http"), QStringLiteral("open%20after%200.3"))
                           .toStdString();
         QCOMPARE(client.send(request).result().failure, HttpFailure::none);
-        std::vector<int> taken;
-        for (int fd; (fd = ::open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;)
-            taken.push_back(fd);
+        std::vector<int> taken = allDescriptors();
         for (int i = 0; i < 6; ++i) {
             ::close(taken.back());
             taken.pop_back();
@@ -73,6 +71,32 @@ private Q_SLOTS:
         for (QFuture<HttpAnswer>& answer : answers)
             QCOMPARE(answer.result().failure, HttpFailure::none);
         QVERIFY2(clock.elapsed() < 3'000, "as few at a time as in the shortage");
+    }
+
+    void keptConnectionsGiveWay() {
+        TrackingStandIn standIn;
+        QVERIFY(standIn.isReady());
+        HttpClient client;
+        HttpClient other;
+        HttpRequest request;
+        request.url = standIn.address("http", "open").toStdString();
+        QCOMPARE(client.send(request).result().failure, HttpFailure::none);
+        const std::vector<int> taken = allDescriptors();
+        request.url =
+            standIn.address("http", "open").replace("localhost", "127.0.0.1").toStdString();
+        QCOMPARE(client.send(request).result().failure, HttpFailure::none);
+        QCOMPARE(other.send(request).result().failure, HttpFailure::noDescriptor);
+        for (const int fd : taken)
+            ::close(fd);
+        QCOMPARE(other.send(request).result().failure, HttpFailure::none);
+    }
+
+private:
+    static std::vector<int> allDescriptors() {
+        std::vector<int> taken;
+        for (int fd; (fd = ::open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;)
+            taken.push_back(fd);
+        return taken;
     }
 };
 

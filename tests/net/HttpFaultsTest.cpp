@@ -36,6 +36,10 @@ void* operator new(std::size_t size) {
     return memory;
 }
 
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    return isRefused() ? nullptr : std::malloc(size ? size : 1);
+}
+
 void operator delete(void* memory) noexcept {
     std::free(memory);
 }
@@ -115,8 +119,8 @@ private:
 
     static bool hasFailed(QFuture<HttpAnswer>& answer) {
         try {
-            const HttpFailure failure = answer.result().failure;
-            return failure != HttpFailure::none;
+            answer.waitForFinished(); // result() misses an exception that comes while it waits
+            return answer.result().failure != HttpFailure::none;
         } catch (const std::bad_alloc&) {
             return true;
         }

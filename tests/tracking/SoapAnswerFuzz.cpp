@@ -1,5 +1,6 @@
-// Feeds hostile answers to the text functions and holds them against plain, slow ones. To be started
-// with -dict=tests/tracking/SoapAnswerFuzz.dict and a folder of real answers, or it finds no tag.
+// Feeds hostile answers to the text functions and holds them against plain, slow ones. To be
+// started with -dict=tests/tracking/SoapAnswerFuzz.dict and a folder of real answers, or it finds
+// no tag.
 #include "tracking/SoapAnswer.h"
 #include "tracking/SoapText.h"
 
