@@ -13,23 +13,8 @@ namespace {
 
 constexpr QStringView relayMarker = u"Centralny System";
 
-/// Takes texts out of an answer, up to so many characters together.
-class Texts {
-public:
-    QString of(QStringView tag, QStringView xml) {
-        QStringView text = extractTag(tag, xml).value_or(QStringView());
-        if (text.size() > m_left)
-            text = text.first(m_left > 0 && text[m_left].isLowSurrogate() ? m_left - 1 : m_left);
-        m_left -= text.size();
-        return text.toString();
-    }
-
-private:
-    qsizetype m_left = TrackingResult::maxTextLength;
-};
-
 QString textOf(QStringView tag, QStringView xml) {
-    return Texts().of(tag, xml);
+    return extractTag(tag, xml).value_or(QStringView()).toString();
 }
 
 bool isTrue(QStringView tag, QStringView xml) {
@@ -40,47 +25,33 @@ QString joined(const QString& left, QStringView separator, const QString& right)
     return left.isEmpty() || right.isEmpty() ? left + right : left % separator % right;
 }
 
-bool isFinal(QStringView event) {
-    return isTrue(u"ax21:konczace", event);
-}
-
 TrackingEvent parseEvent(QStringView xml) {
     const auto unitTag = u"ax21:jednostka";
     const auto unit = extractFirstBlock(unitTag, xml);
     const QStringView unitXml = unit.value_or(QStringView());
 
     TrackingEvent event;
-    Texts texts;
     // The unit has a name of its own, which may stand first.
-    event.name = unit ? texts.of(u"ax21:nazwa", withoutBlock(unitTag, unitXml, xml))
-                      : texts.of(u"ax21:nazwa", xml);
-    event.time = texts.of(u"ax21:czas", xml);
-    event.code = texts.of(u"ax21:kod", xml);
-    event.isFinal = isFinal(xml);
-    const QString locality = texts.of(u"ax21:miejscowosc", unitXml);
-    event.place = joined(locality, u" — ", texts.of(u"ax21:nazwa", unitXml));
-    const QString street = texts.of(u"ax21:ulica", unitXml);
-    const QString house = texts.of(u"ax21:nrDomu", unitXml);
-    const QString postalCode = texts.of(u"ax21:pna", unitXml);
+    event.name = unit ? textOf(u"ax21:nazwa", withoutBlock(unitTag, unitXml, xml))
+                      : textOf(u"ax21:nazwa", xml);
+    event.time = textOf(u"ax21:czas", xml);
+    event.code = textOf(u"ax21:kod", xml);
+    event.isFinal = isTrue(u"ax21:konczace", xml);
+    const QString locality = textOf(u"ax21:miejscowosc", unitXml);
+    event.place = joined(locality, u" — ", textOf(u"ax21:nazwa", unitXml));
+    const QString street = textOf(u"ax21:ulica", unitXml);
+    const QString house = textOf(u"ax21:nrDomu", unitXml);
+    const QString postalCode = textOf(u"ax21:pna", unitXml);
     event.placeAddress = joined(street.isEmpty() ? street : joined(street, u" ", house), u", ",
                                 joined(postalCode, u" ", locality));
     return event;
 }
 
 QList<TrackingEvent> parseEvents(QStringView xml) {
-    QList<QStringView> blocks = extractAllBlocks(u"ax21:zdarzenie", xml);
-    const qsizetype excess = blocks.size() - TrackingResult::maxEvents;
-    if (excess > 0) {
-        // The one that tells the status is kept in any case.
-        const auto kept = blocks.begin() + excess;
-        const auto final = std::find_if(blocks.begin(), kept, isFinal);
-        if (final != kept)
-            *kept = *final;
-        blocks.erase(blocks.begin(), kept);
-    }
+    const QList<QStringView> blocks = extractAllBlocks(u"ax21:zdarzenie", xml);
     QList<TrackingEvent> events;
     events.reserve(blocks.size());
-    for (const QStringView block : std::as_const(blocks))
+    for (const QStringView block : blocks)
         events.append(parseEvent(block));
     return events;
 }

@@ -17,8 +17,7 @@ struct TrackingEvent {
     bool operator==(const TrackingEvent&) const = default;
 };
 
-/// What is known of one number. Texts are empty where a value is missing, and cut where they are
-/// beyond all reason (maxTextLength).
+/// What is known of one number. Texts are empty where a value is missing.
 struct TrackingResult {
     QString status;
     QString lastEvent; ///< Or what went wrong.
@@ -28,18 +27,13 @@ struct TrackingResult {
     QString urzadNadania;
     QString urzadPrzeznaczenia;
     bool zakonczonoObsluge = false;
-    QList<TrackingEvent> events; ///< In the service's order; of more than maxEvents the latest.
+    QList<TrackingEvent> events; ///< In the service's order.
     QString lastPlace;           ///< Where it was seen last; the address on a second line.
     /// Whether the service spoke of the shipment, if only to say that it knows none: false for a
     /// fault, an error page and whatever else can come instead.
     bool isAnswered = false;
 
     bool operator==(const TrackingResult&) const = default;
-
-    // What is kept of an answer, which may be made to exhaust the memory: thousands are kept at a
-    // time. Real shipments have some dozens of events, and an event's texts some 150 characters.
-    static constexpr qsizetype maxEvents = 200;
-    static constexpr qsizetype maxTextLength = 400; ///< Of an event together; of a detail.
 };
 
 /// The texts of TrackingResult::status that are not the names of events.

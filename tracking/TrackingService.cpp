@@ -39,7 +39,7 @@ TrackingResult emptyNumberResult() {
 } // namespace
 
 TrackingService::TrackingService(HttpClient& client, TrackingAccess access)
-    : m_client(client), m_access(std::move(access)) {
+    : m_client(client), m_access(std::move(access)), m_budget(std::make_shared<ResultBudget>()) {
 }
 
 QFuture<TrackingResult> TrackingService::fetch(const QString& trackingNumber) const {
@@ -50,7 +50,11 @@ QFuture<TrackingResult> TrackingService::fetch(const QString& trackingNumber) co
     request.url = m_access.endpoint.toStdString();
     request.bodyHeaders = {"Content-Type: text/xml; charset=utf-8", "SOAPAction: \"\""};
     request.body = trackingEnvelope(m_access, number).toStdString();
-    return m_client.send(std::move(request)).then(QtFuture::Launch::Async, readAnswer);
+    m_budget->started();
+    return m_client.send(std::move(request))
+        .then(QtFuture::Launch::Async, [budget = m_budget](const QFuture<HttpAnswer>& answer) {
+            return budget->finished(readAnswer(answer));
+        });
 }
 
 } // namespace kopertal

@@ -1,11 +1,14 @@
 #pragma once
 
 #include "net/HttpClient.h"
+#include "tracking/ResultBudget.h"
 #include "tracking/TrackingAccess.h"
 #include "tracking/TrackingResult.h"
 
 #include <QFuture>
 #include <QString>
+
+#include <memory>
 
 namespace kopertal {
 
@@ -17,12 +20,14 @@ public:
 
     /// What the service says of the number, by one request. Never fails: whatever goes wrong
     /// becomes a result with a status text of its own. May be called any number of times at once,
-    /// from any thread; answers are read off the caller's thread.
+    /// from any thread; answers are read off the caller's thread, and kept whole as far as
+    /// ResultBudget goes.
     QFuture<TrackingResult> fetch(const QString& trackingNumber) const;
 
 private:
     HttpClient& m_client;
     TrackingAccess m_access;
+    std::shared_ptr<ResultBudget> m_budget; // outlives the service with the last answer
 };
 
 } // namespace kopertal

@@ -1,5 +1,6 @@
 #include "tracking/SoapAnswer.h"
 
+#include "tracking/ResultBudget.h"
 #include "tracking/SoapText.h"
 
 #include <QElapsedTimer>
@@ -257,19 +258,30 @@ private Q_SLOTS:
         QString many = eventOf("0|first|||") + eventOf("1|decisive|||true");
         for (int i = 2; i < 1'000; ++i)
             many += eventOf(QStringLiteral("%1|x|||").arg(i));
-        const TrackingResult result = parseSOAP(many);
-        QCOMPARE(result.events.size(), TrackingResult::maxEvents);
+        const TrackingResult whole = parseSOAP(many);
+        QCOMPARE(whole.events.size(), 1'000);
+        const TrackingResult result = shortened(whole);
+        QCOMPARE(result.events.size(), 200);
         QCOMPARE(result.status, "decisive");
         QCOMPARE(result.events.first().time, "1");
-        QCOMPARE(result.events[1].time, QString::number(1'001 - TrackingResult::maxEvents));
+        QCOMPARE(result.events[1].time, "801");
         QCOMPARE(result.events.last().time, "999");
 
         const QString astral = QStringLiteral("\U0001F4E6").repeated(1'000);
-        const QString kept = astral.first(TrackingResult::maxTextLength);
-        QCOMPARE(parseSOAP(eventOf("|" + astral + "|W||")).events[0].name, kept);
-        QCOMPARE(parseSOAP(eventOf("|" + astral + "|W||")).events[0].place, "");
-        QCOMPARE(parseSOAP(eventOf("|x" + astral + "|||")).events[0].name, "x" + kept.chopped(2));
-        QCOMPARE(parseSOAP(element("masa", astral)).masa, kept);
+        const TrackingResult cut =
+            shortened(parseSOAP(element("masa", astral) + eventOf("|x" + astral + "|W||")));
+        QCOMPARE(cut.masa, astral.first(100));
+        QCOMPARE(cut.events[0].name, "x" + astral.first(98));
+        QCOMPARE(cut.events[0].place, "W");
+
+        ResultBudget budget(400'000);
+        for (int i = 0; i < 3; ++i)
+            budget.started();
+        QCOMPARE(budget.finished(whole), whole);
+        QCOMPARE(budget.finished(whole).events.size(), 200); // there is room for one
+        QCOMPARE(budget.finished(cut), cut);
+        budget.started();
+        QCOMPARE(budget.finished(whole), whole); // others
     }
 
     void hostileAnswersTakeLinearTime_data() {
