@@ -155,7 +155,8 @@ int main(int argc, char** argv) {
     timer.start();
     QMap<QString, int> outcomes;
     int findings = 0;
-    for (int photos = 0; isCount ? photos < bound.toInt() : timer.elapsed() < bound.toInt() * 1000;
+    for (int photos = 0;
+         isCount ? photos < bound.toInt() : timer.elapsed() < bound.toInt() * qint64(1000);
          ++photos) {
         const QByteArray photo = damage.next();
         const Outcome outcome = recognize(program, photo);
