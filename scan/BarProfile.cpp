@@ -58,7 +58,8 @@ cv::Mat sharpened(const cv::Mat& rows, float blur) {
     // The packed form: one real number, then pairs of a real and an imaginary part.
     cv::Mat gain(1, wide.cols, CV_32F);
     for (int i = 0; i < wide.cols; ++i) {
-        const double frequency = 2 * CV_PI * ((i + 1) / 2) / wide.cols;
+        const int harmonic = (i + 1) / 2;
+        const double frequency = 2 * CV_PI * harmonic / wide.cols;
         const auto left = static_cast<float>(std::exp(-0.5 * blur * blur * frequency * frequency));
         gain.at<float>(0, i) = left / (left * left + noise) * (1 + noise);
     }

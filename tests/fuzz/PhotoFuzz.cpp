@@ -10,12 +10,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     require(photo.format() == QImage::Format_Grayscale8, "a photo is grey");
     require(qint64(photo.width()) * photo.height() <= largestJpeg, "a photo is not too large");
     // Every sample can be read.
-    unsigned sum = 0;
+    quint64 sum = 0;
     for (int y = 0; y < photo.height(); ++y) {
         const uchar* row = photo.constScanLine(y);
         for (int x = 0; x < photo.width(); ++x)
             sum += row[x];
     }
-    require(sum <= 255U * unsigned(photo.width()) * unsigned(photo.height()), "samples are bytes");
+    require(sum <= quint64(255) * quint64(photo.width()) * quint64(photo.height()),
+            "samples are bytes");
     return 0;
 }
