@@ -1,23 +1,26 @@
 #pragma once
 
-#include "net/HttpMessage.h"
-#include "net/HttpTransfers.h"
+#include "net/HttpCarrier.h"
 
 #include <QFuture>
 #include <QString>
 
+#include <memory>
+
 namespace kopertal {
 
-/// The program's HTTP client: HttpTransfers with futures. Every future finishes with one answer;
+/// The program's HTTP client: a carrier with futures. Every future finishes with one answer;
 /// those under way when the client is destroyed finish as cancelled.
 class HttpClient {
 public:
+    /// Over HttpTransfers.
     explicit HttpClient(HttpOptions options = {});
+    explicit HttpClient(std::unique_ptr<HttpCarrier> carrier);
 
     QFuture<HttpAnswer> send(HttpRequest request);
 
 private:
-    HttpTransfers m_transfers;
+    std::unique_ptr<HttpCarrier> m_carrier;
 };
 
 /// Why there is no answer, for the user, in Polish.

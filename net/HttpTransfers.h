@@ -1,8 +1,7 @@
 #pragma once
 
-#include "net/HttpMessage.h"
+#include "net/HttpCarrier.h"
 
-#include <functional>
 #include <memory>
 
 namespace kopertal {
@@ -13,19 +12,15 @@ namespace kopertal {
 /// and shared where a server offers it, connections are kept for a while, certificates are checked,
 /// redirects (at most 20) are followed, proxies of the environment are used except for this
 /// machine. All functions may be called from any thread.
-class HttpTransfers {
+class HttpTransfers : public HttpCarrier {
 public:
-    /// Gets the answer, exactly once, on the worker thread; must not block and not throw.
-    using Completion = std::function<void(HttpAnswer)>;
-
     /// Raises the process's limit of descriptors.
     explicit HttpTransfers(HttpOptions options);
     /// Answers everything that is left as cancelled, and does not wait for the network.
-    ~HttpTransfers();
-    HttpTransfers(const HttpTransfers&) = delete;
-    HttpTransfers& operator=(const HttpTransfers&) = delete;
+    ~HttpTransfers() override;
 
-    void send(HttpRequest request, Completion completion);
+    /// Completions are called on the worker thread.
+    void send(HttpRequest request, Completion completion) override;
 
 private:
     struct State;
