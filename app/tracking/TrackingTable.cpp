@@ -25,7 +25,7 @@
 namespace kopertal {
 namespace {
 
-constexpr int rowHeight = 40;
+constexpr int twoLineRow = 40;
 constexpr int numberColumnWidth = 36;
 constexpr int leastPlaceWidth = 140;
 
@@ -60,7 +60,7 @@ TrackingTable::TrackingTable(TrackingTableModel& model, QWidget* parent)
     : TableView(parent), m_model(model) {
     setItemDelegate(new TrackingCellDelegate(this));
     setModel(&model);
-    setRowHeight(rowHeight);
+    setRowHeight(twoLineRow);
     setSelectionMode(SingleSelection);
     setAccessibleName(QStringLiteral("Przesyłki"));
     QHeaderView* header = horizontalHeader();
