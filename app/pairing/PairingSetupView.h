@@ -1,24 +1,25 @@
 #pragma once
 
+#include "app/scanning/ServerStart.h"
 #include "net/HttpClient.h"
 
-#include <QElapsedTimer>
+#include <QDeadlineTimer>
 #include <QWidget>
 
 #include <memory>
 
 class QLabel;
+class QVBoxLayout;
 
 namespace morvik {
 class LimeBorderedButton;
-}
+class SelectableText;
+} // namespace morvik
 
 namespace kopertal {
 
 class AddressField;
 class QrCodeView;
-class ScanServer;
-struct PairingAddresses;
 
 /// The content of the sheet that sets a phone up: the address to open on it, and a server that
 /// answers there while the sheet is shown, where none does yet.
@@ -28,31 +29,34 @@ class PairingSetupView : public QWidget {
 public:
     /// `pairingPage` is what pairingURL() takes.
     explicit PairingSetupView(const QString& pairingPage, QWidget* parent = nullptr);
-    /// However the sheet was closed, its server is gone and the paired port free.
+    /// However the sheet was closed, its server ends and lets the paired port go.
     ~PairingSetupView() override;
 
     /// What gets the keyboard first.
     QWidget* defaultButton() const;
 
 Q_SIGNALS:
-    /// "Gotowe" was pressed. The paired port is free again if this view held it. Comes before
-    /// closeRequested(), and not at all when the sheet is dismissed otherwise.
+    /// "Gotowe" was pressed; the view's own server, if any, has let the paired port go. Comes
+    /// before closeRequested(), and not at all when the sheet is dismissed otherwise.
     void done();
     void closeRequested();
 
 private:
-    QWidget* makeSteps();
-    void showAddresses(const PairingAddresses& addresses);
+    void addSteps(QVBoxLayout* column);
+    void addQrPart(QVBoxLayout* column);
+    void showAddresses(const QString& pairingPage, const QString& hostname);
     void startTestServer();
     void startOwnServer();
-    void setStatus(const QString& text, bool isReady);
+    void setStatus(const QString& text, bool isServerReady);
+    void stopServer();
     void finish();
 
-    HttpClient m_probe;
-    QElapsedTimer m_probing;
+    HttpClient m_client;
+    QDeadlineTimer m_probing; ///< Until then a server may still be starting.
+    QFuture<StartedServer> m_start;
     std::shared_ptr<ScanServer> m_server;
     AddressField* m_address;
-    QLabel* m_directAddress;
+    morvik::SelectableText* m_directAddress;
     QWidget* m_qrPart;
     QrCodeView* m_qrCode;
     QLabel* m_status;

@@ -5,11 +5,15 @@
 #include <QList>
 #include <QWidget>
 
+#include <chrono>
+
 class QLabel;
+class QVBoxLayout;
 
 namespace morvik {
 class LimeBorderedButton;
-}
+class Spinner;
+} // namespace morvik
 
 namespace kopertal {
 
@@ -32,16 +36,40 @@ class IPhoneScanView : public QWidget {
 public:
     /// `recognizer` may go at any time; without it no more photos are recognised.
     IPhoneScanView(PhotoRecognizer& recognizer, bool usePairedMode, QWidget* parent = nullptr);
-    ~IPhoneScanView() override;
 
     /// What gets the keyboard first.
     QWidget* defaultButton() const;
+
+    /// After how long without a phone the usual reasons are named; 30 s unless set, before the
+    /// event loop runs.
+    void setHintDelay(std::chrono::milliseconds delay);
 
 Q_SIGNALS:
     /// The numbers of one photo, in ascending order; none when all its codes cleaned to nothing.
     /// May come more than once, and after closeRequested().
     void scanned(const QList<ScannedEntry>& entries);
     void closeRequested();
+
+private:
+    void addQrPart(QVBoxLayout* column);
+    void addPairedPart(QVBoxLayout* column);
+    void startServer(PhotoRecognizer& recognizer);
+    void showAddress(const QString& address);
+    void showFailure(const QString& description);
+    void handleResult(const PhotoResult& result);
+    void setStatus(const QString& text);
+    void leave();
+    void cancel();
+
+    QLabel* m_status;
+    morvik::LimeBorderedButton* m_close;
+    // Only in QR mode:
+    ScanSession* m_session = nullptr;
+    QrCodeView* m_qrCode = nullptr;
+    morvik::Spinner* m_spinner = nullptr;
+    QLabel* m_url = nullptr;
+    QLabel* m_hint = nullptr;
+    bool m_isClosing = false;
 };
 
 } // namespace kopertal
