@@ -14,6 +14,7 @@ struct HttpRequest {
     std::optional<std::string> body;  ///< With one the method is POST, else GET.
     /// For all of it, counted from the request's own start: waiting for a descriptor is not in it.
     std::chrono::milliseconds timeout{20'000};
+    bool followsRedirects = true; ///< Else a redirect is the answer.
 };
 
 /// Why there is no answer.

@@ -128,6 +128,7 @@ void ConnectionLoop::accepted(const asio::error_code& error, tcp::socket socket)
         return accept();
     if (error)
         return acceptAfterPause();
+    m_wasVisited = true;
     m_next = std::move(socket);
     admitNext();
 }

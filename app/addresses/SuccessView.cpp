@@ -3,6 +3,7 @@
 #include "app/addresses/CountLine.h"
 #include "ui/Fonts.h"
 #include "ui/LimeActionButton.h"
+#include "ui/TextLabel.h"
 #include "ui/Tones.h"
 
 #include <QFileInfo>
@@ -17,13 +18,8 @@ constexpr int padding = 20;
 constexpr int buttonGap = 16;
 
 QLabel* label(const QString& text, const QFont& font, const QColor& color) {
-    auto* line = new QLabel(text);
-    line->setTextFormat(Qt::PlainText);
-    line->setFont(font);
+    QLabel* line = morvik::textLabel(text, font, color);
     line->setWordWrap(true);
-    QPalette ink = line->palette();
-    ink.setColor(QPalette::WindowText, color);
-    line->setPalette(ink);
     return line;
 }
 

@@ -7,6 +7,7 @@
 #include "ui/LimeBorderedButton.h"
 #include "ui/MorvikStyle.h"
 #include "ui/PanelHelper.h"
+#include "ui/TextLabel.h"
 #include "ui/Tones.h"
 
 #include <QAccessible>
@@ -20,6 +21,9 @@
 #include <algorithm>
 
 namespace kopertal {
+
+using morvik::textLabel;
+
 namespace {
 
 constexpr int padding = 28;
@@ -36,16 +40,6 @@ QString trimmedOfBlanks(const QString& text) {
     return first < last ? QString(first, last - first) : QString();
 }
 
-QLabel* plainLabel(const QString& text, const QFont& font, const QColor& color) {
-    auto* label = new QLabel(text);
-    label->setTextFormat(Qt::PlainText);
-    label->setFont(font);
-    QPalette ink = label->palette();
-    ink.setColor(QPalette::WindowText, color);
-    label->setPalette(ink);
-    return label;
-}
-
 /// The message in its pale red box.
 class ErrorBox : public QLabel {
 public:
@@ -54,9 +48,7 @@ public:
         setFont(morvik::smallFont());
         setWordWrap(true);
         setMargin(8);
-        QPalette ink = palette();
-        ink.setColor(QPalette::WindowText, red());
-        setPalette(ink);
+        morvik::setTextColor(this, red());
         hide();
     }
 
@@ -89,10 +81,10 @@ SenderSetupView::SenderSetupView(AppSettings& settings, bool isSettingsMode, QWi
     auto* header = new QVBoxLayout;
     header->setSpacing(6);
     header->addWidget(
-        plainLabel(QStringLiteral("Dane nadawcy"), morvik::sheetTitleFont(), Theme::primary));
+        textLabel(QStringLiteral("Dane nadawcy"), morvik::sheetTitleFont(), Theme::primary));
     auto* explanation =
-        plainLabel(QStringLiteral("Podaj dane, które będą drukowane w nagłówku każdej kopertal."),
-                   morvik::textFont(), Theme::textMuted);
+        textLabel(QStringLiteral("Podaj dane, które będą drukowane w nagłówku każdej kopertal."),
+                  morvik::textFont(), Theme::textMuted);
     explanation->setWordWrap(true);
     header->addWidget(explanation);
 
@@ -135,7 +127,7 @@ QWidget* SenderSetupView::makeForm() {
     grid->setColumnMinimumWidth(0, labelWidth);
     grid->setColumnStretch(1, 1);
     const auto addRow = [&](int row, const QString& title, QLineEdit* field) {
-        auto* label = plainLabel(title, morvik::textFont(), Theme::textMuted);
+        auto* label = textLabel(title, morvik::textFont(), Theme::textMuted);
         label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         label->setBuddy(field);
         field->setAccessibleName(title.chopped(1));

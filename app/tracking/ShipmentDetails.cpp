@@ -149,9 +149,8 @@ void ShipmentDetails::writeEvent(const TrackingEvent& event) {
     m_end.insertBlock(blockFormat(eventGap, left));
     m_end.block().setUserState(event.isFinal ? finalEventMark : eventMark);
     m_end.insertText(shownText(event.name),
-                     event.isFinal
-                         ? charFormat(morvik::uiFont(12, QFont::DemiBold), Theme::success)
-                         : charFormat(morvik::uiFont(12), Theme::textMain));
+                     event.isFinal ? charFormat(morvik::uiFont(12, QFont::DemiBold), Theme::success)
+                                   : charFormat(morvik::uiFont(12), Theme::textMain));
     m_end.insertBlock(blockFormat(timeGap, left));
     m_end.insertText(shownText(event.time), charFormat(morvik::monoFont(10), Theme::textMuted));
     if (!event.place.isEmpty()) {

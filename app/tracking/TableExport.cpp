@@ -33,8 +33,7 @@ QString onOneLine(QString cell) {
 /// Spreadsheets skip blanks before they decide, and some take the wide forms for the plain ones.
 bool looksLikeFormula(const QString& cell) {
     static const QString starts = QStringLiteral("=+-@＝＋－＠");
-    const auto first =
-        std::find_if(cell.begin(), cell.end(), [](QChar c) { return !c.isSpace(); });
+    const auto first = std::find_if(cell.begin(), cell.end(), [](QChar c) { return !c.isSpace(); });
     return first != cell.end() && starts.contains(*first);
 }
 

@@ -4,8 +4,9 @@
 #include "engine/Whitespace.h"
 #include "ui/Fonts.h"
 #include "ui/LimeBorderedButton.h"
-#include "ui/PlainText.h"
+#include "ui/PlainToolTip.h"
 #include "ui/SmallButtons.h"
+#include "ui/TextLabel.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -24,8 +25,8 @@ constexpr int scanIconGap = 4;
 
 TrackingBar::TrackingBar(QWidget* parent) : QWidget(parent) {
     using morvik::LimeBorderedButton;
-    auto* label = morvik::plainLabel(QStringLiteral("Nr nadawczy:"), morvik::textFont(),
-                                     Theme::textMuted);
+    auto* label =
+        morvik::textLabel(QStringLiteral("Nr nadawczy:"), morvik::textFont(), Theme::textMuted);
     m_number = new QLineEdit;
     m_number->setPlaceholderText(QStringLiteral("np. 00990011223344556677"));
     m_number->setMaximumWidth(morvik::textPixels(widestField));

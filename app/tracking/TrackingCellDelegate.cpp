@@ -4,7 +4,7 @@
 #include "app/tracking/ShownText.h"
 #include "tracking/TrackingTableModel.h"
 #include "ui/Fonts.h"
-#include "ui/PlainText.h"
+#include "ui/PlainToolTip.h"
 
 #include <QHelpEvent>
 #include <QPainter>
@@ -54,8 +54,7 @@ Cell brokenText(const QString& text, const QFont& font, const QColor& ink, int w
 Cell elidedLines(std::vector<CellLine> lines, int width) {
     Cell cell{std::move(lines)};
     for (CellLine& line : cell.lines) {
-        const QString elided =
-            QFontMetrics(line.font).elidedText(line.text, Qt::ElideRight, width);
+        const QString elided = QFontMetrics(line.font).elidedText(line.text, Qt::ElideRight, width);
         cell.isCut = cell.isCut || elided != line.text;
         line.text = elided;
     }
@@ -82,7 +81,7 @@ Cell cellAt(const QModelIndex& index, int width) {
     }
     const PlaceLines place = placeLines(whole);
     const bool isUnknown = whole == u"—";
-    std::vector<CellLine> lines{{shownText(place.first), 
+    std::vector<CellLine> lines{{shownText(place.first),
                                  morvik::uiFont(11, isUnknown ? QFont::Normal : QFont::Medium),
                                  isUnknown ? Theme::textMuted : Theme::textMain}};
     if (!place.second.isEmpty())
@@ -107,8 +106,8 @@ void TrackingCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& 
     for (const CellLine& line : cell.lines)
         height += QFontMetrics(line.font).height();
     int top = room.top() + std::max(0, room.height() - height) / 2;
-    const int alignment = index.column() == TrackingTableModel::rowNumberColumn ? Qt::AlignRight
-                                                                                : Qt::AlignLeft;
+    const int alignment =
+        index.column() == TrackingTableModel::rowNumberColumn ? Qt::AlignRight : Qt::AlignLeft;
     for (const CellLine& line : cell.lines) {
         const int lineHeight = QFontMetrics(line.font).height();
         painter->setFont(line.font);

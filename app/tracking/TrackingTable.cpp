@@ -49,9 +49,8 @@ QString writeWhole(const QString& path, const QByteArray& bytes) {
 
 QString proposedFile() {
     const QDir folder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
-    return folder.filePath(
-        QStringLiteral("sledzenie_%1.csv")
-            .arg(QDate::currentDate().toString(QStringLiteral("yyyyMMdd"))));
+    return folder.filePath(QStringLiteral("sledzenie_%1.csv")
+                               .arg(QDate::currentDate().toString(QStringLiteral("yyyyMMdd"))));
 }
 
 } // namespace

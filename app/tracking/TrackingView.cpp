@@ -1,5 +1,8 @@
 #include "app/tracking/TrackingView.h"
 
+#include "app/pairing/PairingChoiceView.h"
+#include "app/pairing/PairingSetupView.h"
+#include "app/scanning/IPhoneScanView.h"
 #include "app/settings/AppSettings.h"
 #include "app/shell/Theme.h"
 #include "app/tracking/PairedServer.h"
@@ -15,8 +18,9 @@
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
-#include "ui/PlainText.h"
+#include "ui/Sheet.h"
 #include "ui/Splitter.h"
+#include "ui/TextLabel.h"
 #include "ui/Tones.h"
 
 #include <QAction>
@@ -59,6 +63,14 @@ QWidget* makePane(QWidget* content, int leastWidth) {
     ring.inset = QMargins(2, 2, 2, 2);
     morvik::addFocusRing(content, ring);
     return pane;
+}
+
+template <typename View>
+void openSheet(View* view, const QString& name, QWidget* window) {
+    auto* sheet = new morvik::Sheet(view, name, window);
+    sheet->setClosesOnEscape(true);
+    QObject::connect(view, &View::closeRequested, sheet, &morvik::Sheet::dismiss);
+    sheet->open(view->defaultButton());
 }
 
 bool hasNumber(const TrackingRow& row) {
@@ -141,12 +153,11 @@ QWidget* TrackingView::makeEmptyState() {
     column->addWidget(
         new morvik::IconLabel(QStringLiteral("shippingbox"), emptyIcon, Theme::textMuted), 0,
         Qt::AlignHCenter);
-    auto* title =
-        morvik::plainLabel(QStringLiteral("Brak przesyłek do śledzenia"),
-                           morvik::uiFont(14, QFont::Medium), Theme::textMain);
+    auto* title = morvik::textLabel(QStringLiteral("Brak przesyłek do śledzenia"),
+                                    morvik::uiFont(14, QFont::Medium), Theme::textMain);
     auto* hint =
-        morvik::plainLabel(QStringLiteral("Dodaj numery ręcznie lub zeskanuj kody kreskowe."),
-                           morvik::smallFont(), Theme::textMuted);
+        morvik::textLabel(QStringLiteral("Dodaj numery ręcznie lub zeskanuj kody kreskowe."),
+                          morvik::smallFont(), Theme::textMuted);
     for (QLabel* line : {title, hint}) {
         line->setAlignment(Qt::AlignHCenter);
         line->setWordWrap(true);
@@ -255,6 +266,41 @@ void TrackingView::importScanned(const QList<ScannedEntry>& entries) {
 }
 
 void TrackingView::handleScanTap() {
+    startPairedServerIfNeeded(); // if it could not be had before
+    const QString& mode = m_settings.iphoneMode();
+    if (mode == u"paired" || mode == u"qr")
+        showIPhoneScan();
+    else
+        showPairingChoice();
+}
+
+void TrackingView::showPairingChoice() {
+    auto* view = new PairingChoiceView;
+    connect(view, &PairingChoiceView::choice, this, [this](const QString& mode) {
+        m_settings.setIphoneMode(mode);
+        // When this sheet has given the keyboard back.
+        QMetaObject::invokeMethod(this,
+                                  mode == u"paired" ? &TrackingView::showPairingSetup
+                                                    : &TrackingView::showIPhoneScan,
+                                  Qt::QueuedConnection);
+    });
+    openSheet(view, QStringLiteral("Sparuj iPhone'a"), window());
+}
+
+/// While it is shown, its own server may hold the paired port.
+void TrackingView::showPairingSetup() {
+    auto* view = new PairingSetupView(m_parts.pairingPage);
+    connect(view, &QObject::destroyed, this, &TrackingView::startPairedServerIfNeeded);
+    openSheet(view, QStringLiteral("Parowanie iPhone'a"), window());
+}
+
+void TrackingView::showIPhoneScan() {
+    const bool isPaired = m_settings.iphoneMode() == u"paired";
+    auto* view = new IPhoneScanView(*m_recognizer, isPaired);
+    connect(view, &IPhoneScanView::scanned, this, &TrackingView::importScanned);
+    openSheet(view,
+              isPaired ? QStringLiteral("Sparowany iPhone") : QStringLiteral("Skanuj z iPhone"),
+              window());
 }
 
 void TrackingView::selectRow(const std::optional<QUuid>& id) {

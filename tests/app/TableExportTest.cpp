@@ -25,9 +25,10 @@ private Q_SLOTS:
         row("quotes, tabs and more line ends", "a\"b\tc", "p\nq\r\nr", "a\"b c\t\tp\tq  r",
             R"("a""b c";"";"p";"q  r")");
         row("formulas", "=cmd|' /C calc'!A0", "\t@SUM(1)\n-1", "=cmd|' /C calc'!A0\t\t @SUM(1)\t-1",
-            R"("'=cmd|' /C calc'!A0";"";"' @SUM(1)";"'-1")");
-        row("formulas in wide characters", "＝1", "+48\n‐1", "＝1\t\t+48\t‐1",
-            R"("'＝1";"";"'+48";"‐1")");
+            R"("'=cmd|' /C calc'!A0";"";"' @SUM(1)";
+            "'-1") ");
+            row("formulas in wide characters", "＝1", "+48\n‐1", "＝1\t\t+48\t‐1",
+                R"("'＝1";"";"'+48";"‐1")");
     }
 
     void cellsHoldWhateverTheServiceSent() {

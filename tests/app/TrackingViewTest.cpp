@@ -1,10 +1,11 @@
+#include "app/tracking/TrackingView.h"
+
 #include "app/http/LoadedHttpCarrier.h"
 #include "app/settings/AppSettings.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/Theme.h"
 #include "app/tracking/ShipmentDetails.h"
 #include "app/tracking/TrackingTable.h"
-#include "app/tracking/TrackingView.h"
 #include "tests/support/RealKeys.h"
 #include "tests/support/TrackingStandIn.h"
 #include "tracking/TrackingTableModel.h"
@@ -35,8 +36,8 @@ QStringList shownRows(const TrackingView& view) {
     QStringList rows;
     for (int row = 0; row < model.rowCount(); ++row) {
         QStringList cells;
-        for (const int column : {Model::trackingNumberColumn, Model::statusColumn,
-                                 Model::dateColumn})
+        for (const int column :
+             {Model::trackingNumberColumn, Model::statusColumn, Model::dateColumn})
             cells << model.index(row, column).data().toString();
         rows << cells.join(u'|');
     }
@@ -148,7 +149,8 @@ private Q_SLOTS:
         clickHeader(Model::dateColumn);
         QTRY_COMPARE(m_view->model().rowAt(0).trackingNumber, QStringLiteral("pickedup after 0.2"));
         clickHeader(Model::statusColumn); // sorts nothing
-        QCOMPARE(m_view->table().horizontalHeader()->sortIndicatorSection(), int(Model::dateColumn));
+        QCOMPARE(m_view->table().horizontalHeader()->sortIndicatorSection(),
+                 int(Model::dateColumn));
         QCOMPARE(m_view->table().currentIndex().row(), 2);
         details()->setFocus();
         pressKeys({"ctrl+a", "ctrl+c"});
