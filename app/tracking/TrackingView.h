@@ -45,7 +45,7 @@ public:
     TrackingView(AppSettings& settings, TrackingParts parts, QWidget* parent = nullptr);
     ~TrackingView() override;
 
-    const TrackingTableModel& model() const { return *m_model; }
+    TrackingTableModel& model() { return *m_model; }
     TrackingTable& table() { return *m_table; }
     bool isRefreshing() const { return m_isRefreshing; }
     PairedServer& pairedServer() { return *m_pairedServer; }

@@ -11,6 +11,7 @@
 #include "app/shell/MainWindow.h"
 #include "scan/LocalAddress.h"
 #include "scan/PhotoRecognizer.h"
+#include "tests/app/TrackingScreens.h"
 #include "ui/LimeActionButton.h"
 #include "ui/MorvikStyle.h"
 #include "ui/Sheet.h"
@@ -127,6 +128,8 @@ int main(int argc, char** argv) {
     window.resize(1000, 688);
     editor.replaceText(sampleAddresses());
     isSaved &= PhoneSheets(screens, window).save();
+    isSaved &= saveTrackingScreens(
+        settings, [&](QWidget& shown, const QString& name) { return screens.save(shown, name); });
     openSuccess(window);
     isSaved &= screens.save(window, QStringLiteral("success"));
     SenderSetupView form(settings, true);

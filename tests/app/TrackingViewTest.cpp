@@ -31,7 +31,7 @@ namespace {
 using Model = TrackingTableModel;
 
 /// What the table shows, a row a text: "number|status|date".
-QStringList shownRows(const TrackingView& view) {
+QStringList shownRows(TrackingView& view) {
     const TrackingTableModel& model = view.model();
     QStringList rows;
     for (int row = 0; row < model.rowCount(); ++row) {
@@ -214,8 +214,7 @@ private Q_SLOTS:
         result.status = QStringLiteral("<img src=x> ") + QString(1'000'000, u'W');
         result.lastPlace = QStringLiteral("Łódź\u2028<i>Kręta</i>\n\nul.\r1");
         result.events = {{"2025", "<a href='x'>Nadanie</a>\nz przerwą", "p", "", "", true}};
-        const_cast<TrackingTableModel&>(m_view->model())
-            .merge(m_view->model().rows()[0].id(), result);
+        m_view->model().merge(m_view->model().rows()[0].id(), result);
         m_view->table().selectRow(0);
         QTest::qWait(50);
         const QString text = details()->toPlainText();
