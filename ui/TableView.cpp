@@ -98,6 +98,9 @@ TableView::TableView(QWidget* parent) : QTableView(parent) {
     setShowGrid(false);
     setWordWrap(false);
     setFont(smallFont());
+    QPalette ground = palette();
+    ground.setColor(QPalette::Window, Tones::field); // beside the scroll bars too
+    setPalette(ground);
     setMouseTracking(true);
     setTabKeyNavigation(false);
     setCornerButtonEnabled(false);

@@ -25,7 +25,9 @@ constexpr int padding = 16;
 constexpr int idealWidth = 320;
 constexpr int labelWidth = 90;
 constexpr int labelGap = 8;
-constexpr int detailGap = 8;
+constexpr int detailGap = 9;
+constexpr int numberGap = 4;
+constexpr int historyGap = 5;
 constexpr int dotColumn = 12;
 constexpr int dotGap = 8;
 constexpr double dotSize = 8;
@@ -69,6 +71,9 @@ ShipmentDetails::ShipmentDetails(QWidget* parent) : QTextEdit(parent) {
     setTabChangesFocus(true);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    QPalette ground = palette();
+    ground.setColor(QPalette::Window, Tones::field); // beside the scroll bar too
+    setPalette(ground);
     setAccessibleName(QStringLiteral("Szczegóły przesyłki"));
     document()->setDocumentMargin(padding);
     document()->setUndoRedoEnabled(false);
@@ -99,7 +104,7 @@ void ShipmentDetails::writeHead() {
     m_end.setBlockFormat(blockFormat(0));
     m_end.insertText(QStringLiteral("Szczegóły przesyłki"),
                      charFormat(morvik::headlineFont(), Theme::textMain));
-    m_end.insertBlock(blockFormat(2));
+    m_end.insertBlock(blockFormat(numberGap));
     m_end.insertText(shownText(m_row->trackingNumber),
                      charFormat(morvik::monoFont(12), Theme::textMain));
     writeDivider();
@@ -117,7 +122,7 @@ void ShipmentDetails::writeHead() {
                 false);
     if (!m_row->events().isEmpty()) {
         writeDivider();
-        m_end.insertBlock(blockFormat(0));
+        m_end.insertBlock(blockFormat(historyGap));
         m_end.insertText(QStringLiteral("Historia zdarzeń"),
                          charFormat(morvik::paneTitleFont(), Theme::primary));
     }

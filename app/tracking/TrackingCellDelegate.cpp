@@ -74,8 +74,10 @@ Cell cellAt(const QModelIndex& index, int width) {
         return brokenText(text, morvik::uiFont(12, QFont::Medium),
                           statusInk(static_cast<StatusColor>(color)), width);
     }
-    case TrackingTableModel::dateColumn:
-        return elidedLines({{text, morvik::monoFont(11), Theme::textMuted}}, width);
+    case TrackingTableModel::dateColumn: // a dash of the interface's own width
+        return elidedLines(
+            {{text, text == u"—" ? morvik::uiFont(11) : morvik::monoFont(11), Theme::textMuted}},
+            width);
     default:
         break;
     }

@@ -199,6 +199,8 @@ void TrackingTable::keyPressEvent(QKeyEvent* event) {
         copy();
     else if (event->key() == Qt::Key_Escape)
         clearSelection();
+    else if ((event->key() == Qt::Key_Down || event->key() == Qt::Key_Up) && !selectedPosition())
+        selectRow(std::max(0, currentIndex().row())); // not the row after it
     else
         TableView::keyPressEvent(event);
 }

@@ -25,6 +25,7 @@
 
 #include <QAction>
 #include <QDate>
+#include <QElapsedTimer>
 #include <QLabel>
 #include <QLineEdit>
 #include <QRegularExpression>
@@ -42,7 +43,9 @@ constexpr int leastTableWidth = 400;
 constexpr int leastDetailsWidth = 280;
 constexpr int idealDetailsWidth = 320;
 constexpr int emptyIcon = 36;
-constexpr int emptyGap = 12;
+constexpr int emptyIconGap = 16;
+constexpr int emptyLineGap = 6;
+constexpr qint64 mergingTime = 8; // milliseconds at a time: half a frame
 
 QWidget* makeDivider() {
     auto* line = new QWidget;
@@ -128,6 +131,8 @@ TrackingView::TrackingView(AppSettings& settings, TrackingParts parts, QWidget* 
         if (id == m_selectedRowID)
             showDetails();
     });
+    m_merging.setInterval(0);
+    connect(&m_merging, &QTimer::timeout, this, &TrackingView::mergeAnswers);
     connect(m_pairedServer, &PairedServer::started, this, &TrackingView::showPhoneMode);
     connect(m_pairedServer, &PairedServer::photoReceived, this, &TrackingView::handlePairedPhoto);
     connect(&settings, &AppSettings::changed, this, [this] {
@@ -148,7 +153,7 @@ TrackingView::~TrackingView() = default;
 QWidget* TrackingView::makeEmptyState() {
     auto* page = new QWidget;
     auto* column = new QVBoxLayout(page);
-    column->setSpacing(emptyGap);
+    column->setSpacing(0);
     column->addStretch();
     column->addWidget(
         new morvik::IconLabel(QStringLiteral("shippingbox"), emptyIcon, Theme::textMuted), 0,
@@ -158,11 +163,10 @@ QWidget* TrackingView::makeEmptyState() {
     auto* hint =
         morvik::textLabel(QStringLiteral("Dodaj numery ręcznie lub zeskanuj kody kreskowe."),
                           morvik::smallFont(), Theme::textMuted);
-    for (QLabel* line : {title, hint}) {
-        line->setAlignment(Qt::AlignHCenter);
-        line->setWordWrap(true);
-        column->addWidget(line);
-    }
+    column->addSpacing(emptyIconGap);
+    column->addWidget(title, 0, Qt::AlignHCenter);
+    column->addSpacing(emptyLineGap);
+    column->addWidget(hint, 0, Qt::AlignHCenter);
     column->addStretch();
     return page;
 }
@@ -237,15 +241,28 @@ void TrackingView::refreshStatuses() {
         if (!hasNumber(row))
             continue;
         deliver(m_client->fetch(row.trackingNumber), this,
-                [this, left, id = row.id()](const QFuture<TrackingResult>& answer) {
-                    if (!answer.isCanceled())
-                        m_model->merge(id, answer.result());
-                    if (--*left > 0)
-                        return;
-                    m_isRefreshing = false;
-                    showRows();
+                [this, left, id = row.id()](const TrackingResult& result) {
+                    m_answers.enqueue({id, result, left});
+                    if (!m_merging.isActive())
+                        m_merging.start();
                 });
     }
+}
+
+/// A thousand answers may come in one moment: between two portions the window paints and listens.
+void TrackingView::mergeAnswers() {
+    QElapsedTimer clock;
+    clock.start();
+    while (!m_answers.isEmpty() && clock.elapsed() < mergingTime) {
+        const Answer answer = m_answers.dequeue();
+        m_model->merge(answer.rowID, answer.result);
+        if (--*answer.left == 0) {
+            m_isRefreshing = false;
+            showRows();
+        }
+    }
+    if (m_answers.isEmpty())
+        m_merging.stop();
 }
 
 void TrackingView::startPairedServerIfNeeded() {

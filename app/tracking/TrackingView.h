@@ -3,7 +3,10 @@
 #include "scan/ReceivedPhoto.h"
 #include "scan/ScannedEntry.h"
 #include "tracking/TrackingAccess.h"
+#include "tracking/TrackingResult.h"
 
+#include <QQueue>
+#include <QTimer>
 #include <QUuid>
 #include <QWidget>
 
@@ -66,10 +69,18 @@ public Q_SLOTS:
     void handleScanTap();
 
 private:
+    /// An answer on its way into its row.
+    struct Answer {
+        QUuid rowID;
+        TrackingResult result;
+        std::shared_ptr<qsizetype> left; ///< How many answers its refresh still waits for.
+    };
+
     QWidget* makeEmptyState();
     QWidget* makeTablePane();
     void startPairedServerIfNeeded();
     void handlePairedPhoto(const ReceivedPhoto& photo);
+    void mergeAnswers();
     void importScanned(const QList<ScannedEntry>& entries);
     void showPairingChoice();
     void showPairingSetup();
@@ -88,6 +99,8 @@ private:
     std::unique_ptr<StatusClient> m_client;
     std::optional<QUuid> m_selectedRowID;
     bool m_isRefreshing = false;
+    QQueue<Answer> m_answers;
+    QTimer m_merging; // runs while there are answers
 
     TrackingBar* m_bar;
     QStackedWidget* m_pages;

@@ -11,6 +11,7 @@
 #include "tracking/TrackingTableModel.h"
 #include "ui/KitButton.h"
 
+#include <QAbstractEventDispatcher>
 #include <QApplication>
 #include <QClipboard>
 #include <QFile>
@@ -21,6 +22,7 @@
 #include <QTemporaryDir>
 #include <QToolTip>
 
+#include <ctime>
 #include <memory>
 
 using namespace kopertal;
@@ -57,6 +59,47 @@ QList<ScannedEntry> entries(const QStringList& numbers) {
         all.append({number, {}});
     return all;
 }
+
+/// How long the main thread works from one wait for events to the next.
+class StallMeter {
+public:
+    StallMeter() {
+        const auto* dispatcher = QAbstractEventDispatcher::instance();
+        for (const auto signal :
+             {&QAbstractEventDispatcher::awake, &QAbstractEventDispatcher::aboutToBlock})
+            QObject::connect(dispatcher, signal, &m_context, [this] { look(); });
+        m_last = now();
+    }
+
+    /// Prints the longest stall since the last report.
+    void report(const char* what) {
+        look();
+        QTest::qWait(50);
+        qInfo("%s: %.1f ms at a time", what, m_stall);
+        m_longest = std::max(m_longest, m_stall);
+        m_stall = 0;
+        m_last = now();
+    }
+
+    double longest() const { return m_longest; }
+
+private:
+    void look() {
+        const double time = now();
+        m_stall = std::max(m_stall, time - std::exchange(m_last, time));
+    }
+
+    static double now() {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+    }
+
+    QObject m_context;
+    double m_last = 0;
+    double m_stall = 0;
+    double m_longest = 0;
+};
 
 } // namespace
 
@@ -200,7 +243,8 @@ private Q_SLOTS:
                 break;
             pressKeys({"Return"});
             QFile file(m_folder->filePath(QStringLiteral("tabela.csv")));
-            QTRY_VERIFY(file.open(QIODevice::ReadOnly));
+            QTRY_VERIFY(file.exists());
+            QVERIFY(file.open(QIODevice::ReadOnly));
             QVERIFY(file.readAll().contains("\"1\";\"1\";"));
             QTRY_VERIFY(!m_view->findChild<QFileDialog*>());
         }
@@ -228,6 +272,48 @@ private Q_SLOTS:
         QVERIFY2(QToolTip::text().contains(QStringLiteral("&lt;b&gt;x&lt;/b&gt;&amp;amp;999")),
                  qPrintable(QToolTip::text()));
         QToolTip::hideText();
+    }
+
+    /// Measured in the main thread's own processor time, so that other work on the computer does
+    /// not count; the bound is generous for unoptimised and instrumented builds.
+    void aThousandRowsStayFluid() {
+        openTab();
+        QStringList numbers;
+        for (int i = 0; i < 1'000; ++i)
+            numbers
+                << QStringLiteral("009900112233445%1").arg(i * 7'919 % 100'000, 5, 10, QChar(u'0'));
+        StallMeter meter;
+        m_view->addTrackingEntries(entries(numbers));
+        meter.report("adding 1 000 rows at once");
+        m_view->refreshStatuses();
+        meter.report("starting a refresh");
+        QTRY_VERIFY_WITH_TIMEOUT(!m_view->isRefreshing(), 60'000);
+        meter.report("merging its answers, by number");
+        clickHeader(Model::dateColumn);
+        meter.report("sorting");
+        clickHeader(Model::dateColumn);
+        m_view->addTrackingEntries(entries({"unknown"}));
+        m_view->refreshStatuses();
+        QTRY_VERIFY_WITH_TIMEOUT(!m_view->isRefreshing(), 60'000);
+        meter.report("a refresh, by date");
+        m_view->table().setFocus();
+        pressKeys({"Home"});
+        pressKeys(QStringList(20, "Down") + QStringList(10, "Next"));
+        meter.report("selecting and scrolling");
+        TrackingResult result;
+        for (int i = 0; i < 200; ++i)
+            result.events.append({QStringLiteral("2025-03-11 06:15"),
+                                  QStringLiteral("Nadejście do placówki pocztowej"),
+                                  QStringLiteral("Warszawa — UP Warszawa 1"),
+                                  {},
+                                  {},
+                                  i == 199});
+        const QUuid id = m_view->model().rowAt(3).id();
+        m_view->model().merge(id, result);
+        m_view->table().selectRow(m_view->model().positionOf(id).value());
+        QTRY_COMPARE(details()->toPlainText().count(QStringLiteral("Nadejście")), 200);
+        meter.report("opening 200 events");
+        QVERIFY2(meter.longest() < 400, "the main thread was held up");
     }
 
 private:
