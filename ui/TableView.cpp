@@ -101,6 +101,7 @@ TableView::TableView(QWidget* parent) : QTableView(parent) {
     QPalette ground = palette();
     ground.setColor(QPalette::Window, Tones::field); // beside the scroll bars too
     setPalette(ground);
+    setAutoFillBackground(true);
     setMouseTracking(true);
     setTabKeyNavigation(false);
     setCornerButtonEnabled(false);

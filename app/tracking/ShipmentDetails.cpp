@@ -74,6 +74,7 @@ ShipmentDetails::ShipmentDetails(QWidget* parent) : QTextEdit(parent) {
     QPalette ground = palette();
     ground.setColor(QPalette::Window, Tones::field); // beside the scroll bar too
     setPalette(ground);
+    setAutoFillBackground(true);
     setAccessibleName(QStringLiteral("Szczegóły przesyłki"));
     document()->setDocumentMargin(padding);
     document()->setUndoRedoEnabled(false);

@@ -71,6 +71,7 @@ TrackingTable::TrackingTable(TrackingTableModel& model, QWidget* parent)
     setColumnWidth(TrackingTableModel::statusColumn, morvik::textPixels(160));
     setColumnWidth(TrackingTableModel::dateColumn, morvik::textPixels(130));
     connect(header, &QHeaderView::sectionClicked, this, &TrackingTable::sortBy);
+    connect(header, &QHeaderView::sectionDoubleClicked, this, &TrackingTable::sortBy);
     connect(header, &QHeaderView::sectionResized, this, [this](int column) {
         if (column != TrackingTableModel::placeColumn)
             fitColumns();
