@@ -12,6 +12,7 @@
 #include "ui/Tones.h"
 
 #include <QAccessible>
+#include <QHideEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QTimer>
@@ -127,6 +128,13 @@ PairingSetupView::~PairingSetupView() {
     stopServer();
 }
 
+/// A window that is only minimised keeps its server.
+void PairingSetupView::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    if (!event->spontaneous())
+        stopServer();
+}
+
 void PairingSetupView::addSteps(QVBoxLayout* column) {
     column->addLayout(step(1, QStringLiteral("Otwórz przeglądarkę na iPhone i wpisz adres:")));
     column->addSpacing(8);
@@ -163,7 +171,8 @@ QWidget* PairingSetupView::defaultButton() const {
 void PairingSetupView::showAddresses(const QString& pairingPage, const QString& hostname) {
     const QString address = pairingURL(pairingPage, hostname);
     m_address->setAddress(address);
-    m_directAddress->setPlainText(QStringLiteral("Bez tej strony: ") + directPairingURL(hostname));
+    m_directAddress->setPlainText(QStringLiteral("Adres bezpośredni: ") +
+                                  directPairingURL(hostname));
     m_qrPart->setVisible(m_qrCode->setText(address));
 }
 

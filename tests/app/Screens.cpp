@@ -81,6 +81,7 @@ private:
         QTest::qWait(static_cast<int>(settling.count()));
         const bool isSaved = m_screens.save(m_window, name);
         sheet->dismiss();
+        QTest::qWait(10); // until it is gone, and its server
         return isSaved;
     }
 
