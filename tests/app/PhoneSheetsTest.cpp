@@ -433,7 +433,7 @@ private:
         sheet->open(view->defaultButton());
         for (QWidget* each : view->template findChildren<QWidget*>()) {
             const QAccessibleInterface* node = QAccessible::queryAccessibleInterface(each);
-            if (node->state().focusable && node->text(QAccessible::Name).isEmpty())
+            if ((each->focusPolicy() & Qt::TabFocus) && node->text(QAccessible::Name).isEmpty())
                 qFatal("A %s has no name for a screen reader", each->metaObject()->className());
         }
         return sheet;
