@@ -17,9 +17,11 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QSemaphore>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThreadPool>
 
 using namespace kopertal;
 
@@ -51,6 +53,22 @@ void openSuccess(MainWindow& window) {
     sheet->open(view->defaultButton());
 }
 
+/// While it lives, nothing that runs in the background starts.
+class BusyThreads {
+public:
+    BusyThreads() {
+        for (int thread = 0; thread < QThreadPool::globalInstance()->maxThreadCount(); ++thread)
+            QThreadPool::globalInstance()->start([this] { m_end.acquire(); });
+    }
+    ~BusyThreads() {
+        m_end.release(QThreadPool::globalInstance()->maxThreadCount());
+        QThreadPool::globalInstance()->waitForDone();
+    }
+
+private:
+    QSemaphore m_end;
+};
+
 /// The phone's sheets, each in its states.
 class PhoneSheets {
 public:
@@ -61,6 +79,13 @@ public:
         const QString page = QStringLiteral("https://kopertal.example/zq/");
         PhotoRecognizer recognizer({});
         bool isSaved = save(new PairingChoiceView, QStringLiteral("pairing-choice"), 0s);
+        {
+            const BusyThreads busy;
+            isSaved &=
+                save(new PairingSetupView(page), QStringLiteral("pairing-setup-starting"), 0s);
+            isSaved &=
+                save(new IPhoneScanView(recognizer, false), QStringLiteral("scan-qr-starting"), 0s);
+        }
         isSaved &= save(new PairingSetupView(page), QStringLiteral("pairing-setup"), 3s);
         QTcpServer foreign;
         foreign.listen(QHostAddress::AnyIPv4, pairedPort);

@@ -67,7 +67,7 @@ class PairingPageTest(unittest.TestCase):
                  'local', '-a.local', 'a-.local', 'a' * 64 + '.local', 'a_b.local', 'a.local.',
                  'a.local%0A', ' a.local', 'a.localx', 'a%00.local', 'żółw.local', '127.0.0.1',
                  'javascript:alert(1)//.local']
-        ports = ['', '0', '65536', '080', '-1', '+80', '8e1', '80 ', '80%0A', '80/x', '80@evil.com',
+        ports = ['', '0', '65536', '080', '-1', '+80', '8e1', '80%20', '80%0A', '80/x', '80@evil.com',
                  '0x50', '٨٠']
         queries = ['', '?', f'?{good}&h=evil.com', f'?{good}&p=80', f'?p={self.port}',
                    f'?h={COMPUTER}', f'#{good}']
