@@ -3,6 +3,7 @@
 #include "app/pairing/AddressField.h"
 #include "app/scanning/QrCodeView.h"
 #include "app/shell/Theme.h"
+#include "app/shell/WaitingThreads.h"
 #include "net/Deliver.h"
 #include "scan/LocalAddress.h"
 #include "ui/Fonts.h"
@@ -119,7 +120,7 @@ PairingSetupView::PairingSetupView(const QString& pairingPage, QWidget* parent)
     column->addSpacing(12);
     column->addWidget(m_done, 0, Qt::AlignHCenter);
 
-    deliver(QtConcurrent::run(&localHostname), this,
+    deliver(QtConcurrent::run(&waitingThreads(), &localHostname), this,
             [this, pairingPage](const QString& name) { showAddresses(pairingPage, name); });
     startTestServer();
 }

@@ -9,6 +9,7 @@
 #include "app/sender/SenderSetupView.h"
 #include "app/settings/AppSettings.h"
 #include "app/shell/MainWindow.h"
+#include "app/shell/WaitingThreads.h"
 #include "scan/LocalAddress.h"
 #include "scan/PhotoRecognizer.h"
 #include "ui/LimeActionButton.h"
@@ -53,16 +54,16 @@ void openSuccess(MainWindow& window) {
     sheet->open(view->defaultButton());
 }
 
-/// While it lives, nothing that runs in the background starts.
+/// While it lives, nothing that is waited for comes.
 class BusyThreads {
 public:
     BusyThreads() {
-        for (int thread = 0; thread < QThreadPool::globalInstance()->maxThreadCount(); ++thread)
-            QThreadPool::globalInstance()->start([this] { m_end.acquire(); });
+        for (int thread = 0; thread < waitingThreads().maxThreadCount(); ++thread)
+            waitingThreads().start([this] { m_end.acquire(); });
     }
     ~BusyThreads() {
-        m_end.release(QThreadPool::globalInstance()->maxThreadCount());
-        QThreadPool::globalInstance()->waitForDone();
+        m_end.release(waitingThreads().maxThreadCount());
+        waitingThreads().waitForDone();
     }
 
 private:
