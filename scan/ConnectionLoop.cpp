@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <fcntl.h>
 #include <utility>
 
 namespace kopertal {
@@ -27,6 +28,12 @@ asio::error_code bindAndListen(tcp::acceptor& listener, const tcp::endpoint& end
     if (!error)
         listener.listen(tcp::acceptor::max_listen_connections, error);
     return error;
+}
+
+/// Programs that this one starts get no hold on the port or on a phone's connection.
+template <typename Socket>
+void keepFromChildren(Socket& socket) {
+    fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
 }
 
 /// A listener on `port` of all addresses; closed when the port cannot be had.
@@ -80,6 +87,7 @@ std::optional<std::uint16_t> ConnectionLoop::listen(std::uint16_t port) {
     const auto listener = std::make_shared<tcp::acceptor>(openListener(*m_context, port));
     if (!listener->is_open())
         return {};
+    keepFromChildren(*listener);
     listener->non_blocking(true);
     const std::uint16_t bound = listener->local_endpoint().port();
     asio::post(*m_context, [this, listener] { replaceListener(listener); });
@@ -129,6 +137,7 @@ void ConnectionLoop::accepted(const asio::error_code& error, tcp::socket socket)
     if (error)
         return acceptAfterPause();
     m_wasVisited = true;
+    keepFromChildren(socket);
     m_next = std::move(socket);
     admitNext();
 }

@@ -4,6 +4,7 @@
 #include "app/pairing/AddressField.h"
 #include "app/scanning/QrCodeView.h"
 #include "app/shell/Theme.h"
+#include "app/shell/WaitingThreads.h"
 #include "net/Deliver.h"
 #include "scan/LocalAddress.h"
 #include "ui/Fonts.h"
@@ -13,6 +14,7 @@
 #include "ui/Tones.h"
 
 #include <QAccessible>
+#include <QHideEvent>
 #include <QLabel>
 #include <QPainter>
 #include <QTimer>
@@ -120,13 +122,20 @@ PairingSetupView::PairingSetupView(const QString& pairingPage, QWidget* parent)
     column->addSpacing(12);
     column->addWidget(m_done, 0, Qt::AlignHCenter);
 
-    deliver(QtConcurrent::run(&localHostname), this,
+    deliver(QtConcurrent::run(&waitingThreads(), &localHostname), this,
             [this, pairingPage](const QString& name) { showAddresses(pairingPage, name); });
     startTestServer();
 }
 
 PairingSetupView::~PairingSetupView() {
     stopServer();
+}
+
+/// A window that is only minimised keeps its server.
+void PairingSetupView::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    if (!event->spontaneous())
+        stopServer();
 }
 
 void PairingSetupView::addSteps(QVBoxLayout* column) {
@@ -165,7 +174,8 @@ QWidget* PairingSetupView::defaultButton() const {
 void PairingSetupView::showAddresses(const QString& pairingPage, const QString& hostname) {
     const QString address = pairingURL(pairingPage, hostname);
     m_address->setAddress(address);
-    m_directAddress->setPlainText(QStringLiteral("Bez tej strony: ") + directPairingURL(hostname));
+    m_directAddress->setPlainText(QStringLiteral("Adres bezpośredni: ") +
+                                  directPairingURL(hostname));
     m_qrPart->setVisible(m_qrCode->setText(address));
 }
 

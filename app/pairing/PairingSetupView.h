@@ -22,24 +22,27 @@ class AddressField;
 class QrCodeView;
 
 /// The content of the sheet that sets a phone up: the address to open on it, and a server that
-/// answers there while the sheet is shown, where none does yet.
+/// answers there while the sheet is shown, where none does yet. When it is hidden, however the
+/// sheet was closed, that server has let the paired port go.
 class PairingSetupView : public QWidget {
     Q_OBJECT
 
 public:
     /// `pairingPage` is what pairingURL() takes.
     explicit PairingSetupView(const QString& pairingPage, QWidget* parent = nullptr);
-    /// However the sheet was closed, its server ends and lets the paired port go.
     ~PairingSetupView() override;
 
     /// What gets the keyboard first.
     QWidget* defaultButton() const;
 
 Q_SIGNALS:
-    /// "Gotowe" was pressed; the view's own server, if any, has let the paired port go. Comes
-    /// before closeRequested(), and not at all when the sheet is dismissed otherwise.
+    /// "Gotowe" was pressed and the view's own server has ended. Comes before closeRequested(), and
+    /// not at all when the sheet is dismissed otherwise.
     void done();
     void closeRequested();
+
+protected:
+    void hideEvent(QHideEvent* event) override;
 
 private:
     void addSteps(QVBoxLayout* column);

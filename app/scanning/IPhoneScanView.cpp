@@ -73,7 +73,7 @@ IPhoneScanView::IPhoneScanView(PhotoRecognizer& recognizer, bool usePairedMode, 
         column->addSpacing(8);
         column->addWidget(m_hint);
     }
-    column->addSpacing(usePairedMode ? 20 : 12);
+    column->addSpacing(20);
     m_close->setMinimumWidth(buttonWidth);
     connect(m_close, &morvik::LimeBorderedButton::clicked, this, &IPhoneScanView::cancel);
     column->addWidget(m_close, 0, Qt::AlignHCenter);

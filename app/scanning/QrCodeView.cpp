@@ -43,7 +43,7 @@ void QrCodeView::paintEvent(QPaintEvent*) {
     painter.setRenderHint(QPainter::Antialiasing, false);
     painter.setRenderHint(QPainter::SmoothPixmapTransform, false);
     m_code.setDevicePixelRatio(devicePixelRatioF());
-    painter.setClipRect(rect().adjusted(border, border, -border, -border));
+    painter.setCompositionMode(QPainter::CompositionMode_Multiply); // leaves the corners round
     painter.drawImage(QPointF(border, border), m_code);
 }
 

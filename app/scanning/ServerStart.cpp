@@ -1,5 +1,7 @@
 #include "app/scanning/ServerStart.h"
 
+#include "app/shell/WaitingThreads.h"
+
 #include <QDeadlineTimer>
 #include <QtConcurrent>
 
@@ -38,7 +40,7 @@ void start(QPromise<StartedServer>& promise, std::optional<std::uint16_t> fixedP
 
 QFuture<StartedServer> startScanServer(std::optional<std::uint16_t> fixedPort,
                                        ScanServer::PhotoCallback onPhoto) {
-    return QtConcurrent::run(&start, fixedPort, std::move(onPhoto));
+    return QtConcurrent::run(&waitingThreads(), &start, fixedPort, std::move(onPhoto));
 }
 
 } // namespace kopertal

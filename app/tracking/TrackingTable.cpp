@@ -1,6 +1,7 @@
 #include "app/tracking/TrackingTable.h"
 
 #include "app/shell/ErrorAlert.h"
+#include "app/shell/WaitingThreads.h"
 #include "app/tracking/TableExport.h"
 #include "app/tracking/TrackingCellDelegate.h"
 #include "net/Deliver.h"
@@ -160,7 +161,7 @@ void TrackingTable::saveCsv() {
     panel->setAcceptMode(QFileDialog::AcceptSave);
     panel->setDefaultSuffix(QStringLiteral("csv"));
     connect(panel, &QFileDialog::fileSelected, this, [this](const QString& path) {
-        deliver(QtConcurrent::run(writeWhole, path, tableAsCsv(m_model)), this,
+        deliver(QtConcurrent::run(&waitingThreads(), writeWhole, path, tableAsCsv(m_model)), this,
                 [path](const QString& failure) {
                     if (!failure.isEmpty())
                         showError(QStringLiteral("Nie udało się zapisać pliku %1: %2")

@@ -15,6 +15,7 @@
 #include "ui/Sheet.h"
 #include "ui/SmallButtons.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QLabel>
@@ -319,8 +320,8 @@ private Q_SLOTS:
         rlimit none = limit;
         none.rlim_cur = static_cast<rlim_t>(dup(0)); // what is free is above
         ::close(static_cast<int>(none.rlim_cur));
-        IPhoneScanView* view = openScan(recognition(), false);
         setrlimit(RLIMIT_NOFILE, &none);
+        IPhoneScanView* view = openScan(recognition(), false);
         const bool isSaid = QTest::qWaitFor([&] {
             for (const QLabel* label : view->findChildren<QLabel*>()) {
                 if (label->text().startsWith(QStringLiteral("Błąd: ")) && label->text().size() > 10)
@@ -415,8 +416,8 @@ private Q_SLOTS:
             QVERIFY(text->document()->size().width() <= text->width());
         }
         QCOMPARE(texts.value(0), address);
-        QVERIFY(
-            texts.value(1).endsWith(QStringLiteral(" http://%1:8745/pair").arg(localHostname())));
+        QCOMPARE(texts.value(1),
+                 QStringLiteral("Adres bezpośredni: http://%1:8745/pair").arg(localHostname()));
         QGuiApplication::clipboard()->clear();
         clickAt(view->findChild<morvik::IconButton*>());
         QTRY_COMPARE(QGuiApplication::clipboard()->text(), address);
@@ -430,6 +431,11 @@ private:
         sheet->setClosesOnEscape(true);
         connect(view, &View::closeRequested, sheet, &morvik::Sheet::dismiss);
         sheet->open(view->defaultButton());
+        for (QWidget* each : view->template findChildren<QWidget*>()) {
+            const QAccessibleInterface* node = QAccessible::queryAccessibleInterface(each);
+            if ((each->focusPolicy() & Qt::TabFocus) && node->text(QAccessible::Name).isEmpty())
+                qFatal("A %s has no name for a screen reader", each->metaObject()->className());
+        }
         return sheet;
     }
 

@@ -9,6 +9,7 @@
 #include "app/sender/SenderSetupView.h"
 #include "app/settings/AppSettings.h"
 #include "app/shell/MainWindow.h"
+#include "app/shell/WaitingThreads.h"
 #include "scan/LocalAddress.h"
 #include "scan/PhotoRecognizer.h"
 #include "tests/app/TrackingScreens.h"
@@ -18,9 +19,11 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QSemaphore>
 #include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThreadPool>
 
 using namespace kopertal;
 
@@ -52,6 +55,22 @@ void openSuccess(MainWindow& window) {
     sheet->open(view->defaultButton());
 }
 
+/// While it lives, nothing that is waited for comes.
+class BusyThreads {
+public:
+    BusyThreads() {
+        for (int thread = 0; thread < waitingThreads().maxThreadCount(); ++thread)
+            waitingThreads().start([this] { m_end.acquire(); });
+    }
+    ~BusyThreads() {
+        m_end.release(waitingThreads().maxThreadCount());
+        waitingThreads().waitForDone();
+    }
+
+private:
+    QSemaphore m_end;
+};
+
 /// The phone's sheets, each in its states.
 class PhoneSheets {
 public:
@@ -62,6 +81,13 @@ public:
         const QString page = QStringLiteral("https://kopertal.example/zq/");
         PhotoRecognizer recognizer({});
         bool isSaved = save(new PairingChoiceView, QStringLiteral("pairing-choice"), 0s);
+        {
+            const BusyThreads busy;
+            isSaved &=
+                save(new PairingSetupView(page), QStringLiteral("pairing-setup-starting"), 0s);
+            isSaved &=
+                save(new IPhoneScanView(recognizer, false), QStringLiteral("scan-qr-starting"), 0s);
+        }
         isSaved &= save(new PairingSetupView(page), QStringLiteral("pairing-setup"), 3s);
         QTcpServer foreign;
         foreign.listen(QHostAddress::AnyIPv4, pairedPort);
@@ -82,6 +108,7 @@ private:
         QTest::qWait(static_cast<int>(settling.count()));
         const bool isSaved = m_screens.save(m_window, name);
         sheet->dismiss();
+        QTest::qWait(10); // until it is gone, and its server
         return isSaved;
     }
 
