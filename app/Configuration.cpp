@@ -23,4 +23,8 @@ HttpOptions httpOptions() {
     return options;
 }
 
+QString pairingPage() {
+    return QStringLiteral(KOPERTAL_PAIRING_PAGE);
+}
+
 } // namespace kopertal

@@ -15,4 +15,7 @@ TrackingAccess trackingAccess();
 /// than the system's.
 HttpOptions httpOptions();
 
+/// The web page that brings a phone to this computer; see pairingURL().
+QString pairingPage();
+
 } // namespace kopertal

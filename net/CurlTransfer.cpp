@@ -106,7 +106,7 @@ void CurlTransfer::setTransportOptions(const TransferContext& context) {
     const bool overTls = isHttps(m_order.request.url.c_str());
     set(CURLOPT_PROTOCOLS_STR, "http,https");
     set(CURLOPT_REDIR_PROTOCOLS_STR, overTls ? "https" : "http,https");
-    set(CURLOPT_FOLLOWLOCATION, 1L);
+    set(CURLOPT_FOLLOWLOCATION, m_order.request.followsRedirects ? 1L : 0L);
     set(CURLOPT_MAXREDIRS, maxRedirects);
     set(CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
     if (!options.userAgent.empty())

@@ -9,13 +9,13 @@
 
 namespace kopertal {
 
-HttpClient::HttpClient(HttpOptions options) : m_transfers(std::move(options)) {
+HttpClient::HttpClient(std::unique_ptr<HttpCarrier> carrier) : m_carrier(std::move(carrier)) {
 }
 
 QFuture<HttpAnswer> HttpClient::send(HttpRequest request) {
     const auto promise = std::make_shared<QPromise<HttpAnswer>>();
     promise->start();
-    m_transfers.send(std::move(request), [promise](HttpAnswer answer) {
+    m_carrier->send(std::move(request), [promise](HttpAnswer answer) {
         try {
             promise->addResult(std::move(answer));
         } catch (const std::bad_alloc&) {

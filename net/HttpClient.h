@@ -1,25 +1,27 @@
 #pragma once
 
-#include "net/HttpMessage.h"
-#include "net/HttpTransfers.h"
+#include "net/HttpCarrier.h"
 
 #include <QFuture>
 #include <QString>
 
+#include <memory>
+
 namespace kopertal {
 
-/// The program's HTTP client: HttpTransfers with futures. Every future finishes with one answer;
+/// The program's HTTP client: a carrier with futures. Every future finishes with one answer;
 /// those under way when the client is destroyed finish as cancelled.
 class HttpClient {
 public:
-    /// Throws std::runtime_error as HttpTransfers does.
+    /// Over HttpTransfers, whose exceptions it throws.
     explicit HttpClient(HttpOptions options = {});
+    explicit HttpClient(std::unique_ptr<HttpCarrier> carrier);
 
     /// From any thread, but not once the destruction has begun.
     QFuture<HttpAnswer> send(HttpRequest request);
 
 private:
-    HttpTransfers m_transfers;
+    std::unique_ptr<HttpCarrier> m_carrier;
 };
 
 /// Why there is no answer, for the user, in Polish.

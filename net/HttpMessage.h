@@ -18,6 +18,7 @@ struct HttpRequest {
     std::vector<std::string> bodyHeaders;
     /// For all of it, counted from the request's own start: waiting for a descriptor is not in it.
     std::chrono::milliseconds timeout{20'000};
+    bool followsRedirects = true; ///< Else a redirect is the answer.
 };
 
 /// Why there is no answer.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <fcntl.h>
 #include <future>
 #include <tuple>
 #include <utility>
@@ -30,6 +31,12 @@ asio::error_code bindAndListen(tcp::acceptor& listener, const tcp::endpoint& end
     if (!error)
         listener.listen(tcp::acceptor::max_listen_connections, error);
     return error;
+}
+
+/// Programs that this one starts get no hold on the port or on a phone's connection.
+template <typename Socket>
+void keepFromChildren(Socket& socket) {
+    fcntl(socket.native_handle(), F_SETFD, FD_CLOEXEC);
 }
 
 /// A listener on `port` of all addresses; closed when the port cannot be had.
@@ -84,6 +91,7 @@ std::optional<std::uint16_t> ConnectionLoop::listen(std::uint16_t port) {
     const auto listener = std::make_shared<tcp::acceptor>(openListener(*m_context, port));
     if (!listener->is_open())
         return {};
+    keepFromChildren(*listener);
     listener->non_blocking(true);
     const std::uint16_t bound = listener->local_endpoint().port();
     asio::post(*m_context, [this, listener] { replaceListener(listener); });
@@ -142,6 +150,8 @@ void ConnectionLoop::acceptPending() {
         return accept();
     if (error)
         return makeWay() ? accept() : acceptAfterPause();
+    m_wasVisited = true;
+    keepFromChildren(socket);
     m_next = std::move(socket);
     admitNext();
 }

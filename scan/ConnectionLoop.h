@@ -7,6 +7,7 @@
 #include <asio/ip/tcp.hpp>
 #include <asio/steady_timer.hpp>
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <list>
@@ -36,6 +37,9 @@ public:
     /// Closes the listener: its port is free when this returns. Accepted connections go on.
     void stopListening();
 
+    /// Whether a connection was ever accepted.
+    bool wasVisited() const { return m_wasVisited; }
+
 private:
     using Connections = std::list<std::shared_ptr<PhoneConnection>>;
 
@@ -56,6 +60,7 @@ private:
     Connections m_connections;
     std::optional<asio::ip::tcp::socket> m_next; // accepted while there was no room
     bool m_isAccepting = false;
+    std::atomic<bool> m_wasVisited = false;
     std::thread m_thread;
 };
 

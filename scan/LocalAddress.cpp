@@ -115,8 +115,17 @@ QString localHostname() {
 }
 
 QString pairingURL(const QString& pairingPage) {
-    return pairingPage + QStringLiteral("?h=") + localHostname() + QStringLiteral("&p=") +
+    return pairingURL(pairingPage, localHostname());
+}
+
+QString pairingURL(const QString& pairingPage, const QString& hostname) {
+    return pairingPage + QStringLiteral("?h=") + hostname + QStringLiteral("&p=") +
            QString::number(pairedPort);
+}
+
+QString directPairingURL(const QString& hostname) {
+    return QStringLiteral("http://") + hostname + u':' + QString::number(pairedPort) +
+           QStringLiteral("/pair");
 }
 
 } // namespace kopertal

@@ -25,4 +25,10 @@ QString localHostname();
 /// computer's name and the paired port.
 QString pairingURL(const QString& pairingPage);
 
+/// The same with the name `hostname` that localHostname() gave.
+QString pairingURL(const QString& pairingPage, const QString& hostname);
+
+/// This computer's own pairing page, which the other leads to.
+QString directPairingURL(const QString& hostname);
+
 } // namespace kopertal

@@ -12,6 +12,10 @@ PhotoBytes photoBytes(const QByteArray& photo) {
     return {*owner, *owner, owner};
 }
 
+PhotoBytes photoBytes(const ReceivedPhoto& photo) {
+    return {photo.photo(), photo.whole(), std::make_shared<ReceivedPhoto>(photo)};
+}
+
 PhotoRecognizer::PhotoRecognizer(RecognizerOptions options, QObject* parent)
     : QObject(parent), m_options(std::move(options)) {
 }

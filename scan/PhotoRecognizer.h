@@ -1,6 +1,7 @@
 #pragma once
 
 #include "scan/PhotoResult.h"
+#include "scan/ReceivedPhoto.h"
 
 #include <QByteArrayView>
 #include <QFuture>
@@ -22,6 +23,8 @@ struct PhotoBytes {
 };
 
 PhotoBytes photoBytes(const QByteArray& photo);
+/// Without a copy.
+PhotoBytes photoBytes(const ReceivedPhoto& photo);
 
 struct RecognizerOptions {
     QString program; ///< Answers as runPhotoWorker() does.

@@ -63,4 +63,8 @@ void ScanServer::stop() {
         m_loop->stopListening();
 }
 
+bool ScanServer::wasVisited() const {
+    return m_loop && m_loop->wasVisited();
+}
+
 } // namespace kopertal

@@ -50,6 +50,9 @@ public:
     /// The bound port; 0 before the first successful start, and never again after it.
     std::uint16_t port() const { return m_port; }
 
+    /// Whether anyone has connected yet.
+    bool wasVisited() const;
+
 private:
     struct Receiver;
 

@@ -197,6 +197,9 @@ QVariant TrackingTableModel::headerData(int section, Qt::Orientation orientation
     static const std::array titles = {QStringLiteral("Lp."), QStringLiteral("Nr nadawczy"),
                                       QStringLiteral("Status"), QStringLiteral("Data statusu"),
                                       QStringLiteral("Ostatnia placówka")};
+    if (orientation == Qt::Horizontal && role == Qt::TextAlignmentRole &&
+        section == rowNumberColumn)
+        return int(Qt::AlignRight | Qt::AlignVCenter);
     if (orientation != Qt::Horizontal || role != Qt::DisplayRole || section < 0 ||
         section >= columns)
         return {};

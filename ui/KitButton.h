@@ -1,7 +1,8 @@
 #pragma once
 
+#include "ui/Spinner.h"
+
 #include <QPushButton>
-#include <QTimer>
 
 class QPainter;
 
@@ -34,9 +35,8 @@ private:
     void updateTimer();
 
     QString m_iconName;
-    QTimer m_spinnerTimer;
+    SpinnerClock m_spinner;
     bool m_isSpinning = false;
-    int m_spinnerStep = 0;
 };
 
 } // namespace morvik

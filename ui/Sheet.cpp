@@ -87,7 +87,10 @@ void Sheet::dismiss() {
 /// In the middle, its top a tenth to a third of the way down; all of it is seen where there is
 /// room.
 void Sheet::placePanel() {
-    const QSize wanted = m_content->sizeHint().expandedTo(m_content->minimumSize());
+    QSize wanted = m_content->sizeHint().expandedTo(m_content->minimumSize());
+    if (m_content->hasHeightForWidth()) // a hint alone takes wrapped texts for narrower ones
+        wanted.setHeight(
+            std::max(m_content->heightForWidth(wanted.width()), m_content->minimumHeight()));
     const QSize size = wanted.boundedTo(this->size());
     const int free = height() - size.height();
     const int top = std::clamp(free * 2 / 5, std::min(height() / 10, std::max(0, free)),

@@ -9,10 +9,14 @@
 
 #include <QPainter>
 
+#include <algorithm>
+
 namespace morvik {
 namespace {
 
 constexpr double smallRadius = 6;
+constexpr int textSidePadding = 12;
+constexpr int textVerticalPadding = 6;
 constexpr int tabSidePadding = 20;
 constexpr int tabVerticalPadding = 10;
 constexpr int tabBar = 3;
@@ -77,6 +81,31 @@ void IconButton::paintEvent(QPaintEvent*) {
     const QRectF picture((width() - m_iconSize) / 2, (height() - m_iconSize) / 2, m_iconSize,
                          m_iconSize);
     paintIcon(painter, iconName(), picture, ink);
+}
+
+TextButton::TextButton(const QString& title, QWidget* parent) : KitButton(title, {}, parent) {
+    setFont(textFont());
+    addFocusRing(this, navyRing(smallRadius, 0));
+}
+
+QSize TextButton::sizeHint() const {
+    return {fontMetrics().horizontalAdvance(text()) + 2 * textSidePadding,
+            std::max(textPixels(20), fontMetrics().height()) + 2 * textVerticalPadding};
+}
+
+void TextButton::paintEvent(QPaintEvent*) {
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.setPen(Qt::NoPen);
+    if (isDown())
+        painter.setBrush(Tones::faded(MorvikTheme::Colors::lime, 0.15));
+    else if (isPointed())
+        painter.setBrush(Tones::faded(Tones::label, 0.05));
+    painter.drawRoundedRect(rect(), smallRadius, smallRadius);
+    painter.setPen(!isEnabled()              ? Tones::disabledLabel
+                   : isPointed() || isDown() ? Tones::label
+                                             : Tones::secondaryLabel);
+    painter.drawText(rect(), Qt::AlignCenter | Qt::TextHideMnemonic, text());
 }
 
 TabButton::TabButton(const QString& title, QWidget* parent) : KitButton(title, {}, parent) {

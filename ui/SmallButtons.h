@@ -50,6 +50,20 @@ private:
     int m_iconSize = 16;
 };
 
+/// A title alone that is pressed, for the lesser of two answers.
+class TextButton : public KitButton {
+    Q_OBJECT
+
+public:
+    explicit TextButton(const QString& title, QWidget* parent = nullptr);
+
+    QSize sizeHint() const override;
+    QSize minimumSizeHint() const override { return sizeHint(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+};
+
 /// A tab's button: bold over a lime bar while it is checked.
 class TabButton : public KitButton {
     Q_OBJECT

@@ -1,6 +1,7 @@
 #include "ui/TableView.h"
 
 #include "ui/Fonts.h"
+#include "ui/Icons.h"
 #include "ui/MorvikTheme.h"
 #include "ui/Tones.h"
 
@@ -17,7 +18,8 @@ namespace morvik {
 namespace {
 
 constexpr int headerHeight = 30;
-constexpr int cellPadding = 8;
+constexpr int cellPadding = TableCellDelegate::cellPadding;
+constexpr int sortMark = 10;
 constexpr int selectionBar = 3;
 constexpr double radius = 10;
 
@@ -50,7 +52,16 @@ protected:
         painter->setPen(isSorted ? Tones::label : Tones::mutedLabel);
         const QVariant alignment =
             model()->headerData(section, Qt::Horizontal, Qt::TextAlignmentRole);
-        const QRect cell = rect.adjusted(cellPadding, 0, -cellPadding, 0);
+        QRect cell = rect.adjusted(cellPadding, 0, -cellPadding, 0);
+        if (isSorted) {
+            const bool isAscending = sortIndicatorOrder() == Qt::AscendingOrder;
+            const QRect mark(cell.right() - sortMark, (rect.height() - sortMark) / 2, sortMark,
+                             sortMark);
+            paintIcon(*painter,
+                      isAscending ? QStringLiteral("chevron.up") : QStringLiteral("chevron.down"),
+                      mark, Tones::label);
+            cell.setRight(mark.left() - cellPadding / 2);
+        }
         const QString title = model()->headerData(section, Qt::Horizontal).toString();
         painter->drawText(cell, alignment.isValid() ? alignment.toInt() : int(defaultAlignment()),
                           painter->fontMetrics().elidedText(title, Qt::ElideRight, cell.width()));
@@ -90,6 +101,10 @@ TableView::TableView(QWidget* parent) : QTableView(parent) {
     setShowGrid(false);
     setWordWrap(false);
     setFont(smallFont());
+    QPalette ground = palette();
+    ground.setColor(QPalette::Window, Tones::field); // beside the scroll bars too
+    setPalette(ground);
+    setAutoFillBackground(true);
     setMouseTracking(true);
     setTabKeyNavigation(false);
     setCornerButtonEnabled(false);

@@ -46,6 +46,9 @@ class TableCellDelegate : public QStyledItemDelegate {
     Q_OBJECT
 
 public:
+    /// At the left and right of every cell's text.
+    static constexpr int cellPadding = 8;
+
     explicit TableCellDelegate(TableView* table);
 
     void paint(QPainter* painter, const QStyleOptionViewItem& option,

@@ -12,6 +12,7 @@ inline constexpr QColor mutedLabel{0x6B, 0x7B, 0x99};
 inline constexpr QColor disabledLabel{0x8C, 0x98, 0xB0};
 inline constexpr QColor placeholder{0x8A, 0x97, 0xAF};
 inline constexpr QColor onLime{0x00, 0x00, 0x00};
+inline constexpr QColor inProgress{0xB2, 0x5E, 0x09};
 inline constexpr QColor info{0x25, 0x63, 0xC9};
 inline constexpr QColor link = info;
 

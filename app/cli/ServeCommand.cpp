@@ -158,11 +158,6 @@ bool receive(const ReceivedPhoto& photo, const std::optional<QString>& folder) {
     }
 }
 
-/// The received photo for the recogniser, without a copy.
-PhotoBytes photoBytes(const ReceivedPhoto& photo) {
-    return {photo.photo(), photo.whole(), std::make_shared<ReceivedPhoto>(photo)};
-}
-
 RecognizerOptions recognizerOptions() {
     RecognizerOptions options;
     options.program = QCoreApplication::applicationFilePath();

@@ -1,13 +1,16 @@
 #include "app/shell/WindowProgram.h"
 
 #include "app/BuildConfig.h"
+#include "app/Configuration.h"
 #include "app/ModuleEntry.h"
 #include "app/addresses/AddressView.h"
+#include "app/http/LoadedHttpCarrier.h"
 #include "app/settings/AppSettings.h"
 #include "app/settings/PreferencesStore.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/SingleInstance.h"
 #include "app/shell/TerminationSignals.h"
+#include "app/tracking/TrackingView.h"
 #include "ui/Icons.h"
 #include "ui/MorvikStyle.h"
 
@@ -45,10 +48,16 @@ void speakPolish(QApplication& application) {
         application.installTranslator(translator);
 }
 
+TrackingParts trackingParts() {
+    return {trackingAccess(), [] { return loadHttpCarrier(httpOptions()); },
+            QApplication::applicationFilePath(), pairingPage()};
+}
+
 int runFirst(SingleInstance& instance, const QString& file) {
     AppSettings& settings = AppSettings::shared();
     removeRegister(settings);
     MainWindow window(settings);
+    window.addTrackingTab(new TrackingView(settings, trackingParts()));
     QObject::connect(&instance, &SingleInstance::started, &window,
                      [&](const StartMessage& message) {
                          if (!message.activationToken.isEmpty())

@@ -3,17 +3,27 @@
 #include "app/addresses/AddressTextEditor.h"
 #include "app/addresses/AddressView.h"
 #include "app/addresses/SuccessView.h"
+#include "app/pairing/PairingChoiceView.h"
+#include "app/pairing/PairingSetupView.h"
+#include "app/scanning/IPhoneScanView.h"
 #include "app/sender/SenderSetupView.h"
 #include "app/settings/AppSettings.h"
 #include "app/shell/MainWindow.h"
+#include "app/shell/WaitingThreads.h"
+#include "scan/LocalAddress.h"
+#include "scan/PhotoRecognizer.h"
+#include "tests/app/TrackingScreens.h"
 #include "ui/LimeActionButton.h"
 #include "ui/MorvikStyle.h"
 #include "ui/Sheet.h"
 
 #include <QApplication>
 #include <QFile>
+#include <QSemaphore>
+#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThreadPool>
 
 using namespace kopertal;
 
@@ -44,6 +54,67 @@ void openSuccess(MainWindow& window) {
     auto* sheet = new morvik::Sheet(view, QStringLiteral("Kopertal wygenerowana"), &window);
     sheet->open(view->defaultButton());
 }
+
+/// While it lives, nothing that is waited for comes.
+class BusyThreads {
+public:
+    BusyThreads() {
+        for (int thread = 0; thread < waitingThreads().maxThreadCount(); ++thread)
+            waitingThreads().start([this] { m_end.acquire(); });
+    }
+    ~BusyThreads() {
+        m_end.release(waitingThreads().maxThreadCount());
+        waitingThreads().waitForDone();
+    }
+
+private:
+    QSemaphore m_end;
+};
+
+/// The phone's sheets, each in its states.
+class PhoneSheets {
+public:
+    PhoneSheets(Screens& screens, MainWindow& window) : m_screens(screens), m_window(window) {}
+
+    bool save() {
+        using namespace std::chrono_literals;
+        const QString page = QStringLiteral("https://kopertal.example/zq/");
+        PhotoRecognizer recognizer({});
+        bool isSaved = save(new PairingChoiceView, QStringLiteral("pairing-choice"), 0s);
+        {
+            const BusyThreads busy;
+            isSaved &=
+                save(new PairingSetupView(page), QStringLiteral("pairing-setup-starting"), 0s);
+            isSaved &=
+                save(new IPhoneScanView(recognizer, false), QStringLiteral("scan-qr-starting"), 0s);
+        }
+        isSaved &= save(new PairingSetupView(page), QStringLiteral("pairing-setup"), 3s);
+        QTcpServer foreign;
+        foreign.listen(QHostAddress::AnyIPv4, pairedPort);
+        isSaved &= save(new PairingSetupView(page + QString(60, u'x')),
+                        QStringLiteral("pairing-setup-failed"), 5s);
+        isSaved &= save(new IPhoneScanView(recognizer, true), QStringLiteral("scan-paired"), 0s);
+        isSaved &= save(new IPhoneScanView(recognizer, false), QStringLiteral("scan-qr"), 1s);
+        auto* waiting = new IPhoneScanView(recognizer, false);
+        waiting->setHintDelay(1s);
+        return save(waiting, QStringLiteral("scan-qr-no-phone"), 2s) && isSaved;
+    }
+
+private:
+    template <typename View>
+    bool save(View* view, const QString& name, std::chrono::milliseconds settling) {
+        auto* sheet = new morvik::Sheet(view, name, &m_window);
+        sheet->open(view->defaultButton());
+        QTest::qWait(static_cast<int>(settling.count()));
+        const bool isSaved = m_screens.save(m_window, name);
+        sheet->dismiss();
+        QTest::qWait(10); // until it is gone, and its server
+        return isSaved;
+    }
+
+    Screens& m_screens;
+    MainWindow& m_window;
+};
 
 } // namespace
 
@@ -83,6 +154,9 @@ int main(int argc, char** argv) {
     isSaved &= screens.save(window, QStringLiteral("addresses-smallest-many-warnings"));
     window.resize(1000, 688);
     editor.replaceText(sampleAddresses());
+    isSaved &= PhoneSheets(screens, window).save();
+    isSaved &= saveTrackingScreens(
+        settings, [&](QWidget& shown, const QString& name) { return screens.save(shown, name); });
     openSuccess(window);
     isSaved &= screens.save(window, QStringLiteral("success"));
     SenderSetupView form(settings, true);

@@ -129,7 +129,7 @@ private Q_SLOTS:
     }
 
     void withoutDescriptorsItFailsWithAReason() {
-        for (int limit = 4; limit <= 20; ++limit) {
+        for (int limit = 6; limit <= 20; ++limit) {
             const Outcome outcome = runInShell(
                 QStringLiteral("ulimit -n %1; exec " KOPERTAL_PROGRAM " track unknown").arg(limit));
             if (limit > 8 && outcome.exitCode == 0)

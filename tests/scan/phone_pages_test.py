@@ -77,13 +77,14 @@ class Server:
         return f'http://{host}:{self.port}{path}'
 
 
-def start_browser():
+def start_browser(hosts=INSECURE):
+    """Finds `hosts` on this computer."""
     options = webdriver.ChromeOptions()
     options.binary_location = '/usr/bin/chromium'
     for argument in ['--headless=new', '--no-sandbox', '--disable-gpu', '--disable-quic',
                      '--no-first-run', '--disable-background-networking',
                      '--disable-component-update', '--disable-sync', '--disable-dev-shm-usage',
-                     '--no-proxy-server', f'--host-resolver-rules=MAP {INSECURE} 127.0.0.1']:
+                     '--no-proxy-server', f'--host-resolver-rules=MAP {hosts} 127.0.0.1']:
         options.add_argument(argument)
     options.set_capability('goog:loggingPrefs', {'browser': 'ALL'})
     browser = webdriver.Chrome(service=Service('/usr/bin/chromedriver'), options=options)

@@ -1,0 +1,40 @@
+#include "app/http/LoadedHttpCarrier.h"
+
+#include <QCoreApplication>
+#include <QFile>
+
+#include <dlfcn.h>
+#include <string>
+#include <utility>
+
+namespace kopertal {
+namespace {
+
+class NoCarrier : public HttpCarrier {
+public:
+    explicit NoCarrier(std::string reason) : m_reason(std::move(reason)) {}
+
+    void send(HttpRequest, Completion completion) override {
+        HttpAnswer answer;
+        answer.failure = HttpFailure::other;
+        answer.detail = m_reason;
+        completion(std::move(answer));
+    }
+
+private:
+    std::string m_reason;
+};
+
+} // namespace
+
+std::unique_ptr<HttpCarrier> loadHttpCarrier(const HttpOptions& options) {
+    const QString path =
+        QCoreApplication::applicationDirPath() + QStringLiteral("/../lib/kopertal/http.so");
+    void* const module = dlopen(QFile::encodeName(path).constData(), RTLD_NOW | RTLD_LOCAL);
+    void* const make = module == nullptr ? nullptr : dlsym(module, "kopertalHttpCarrier");
+    if (make == nullptr)
+        return std::make_unique<NoCarrier>(dlerror());
+    return std::unique_ptr<HttpCarrier>(reinterpret_cast<MakeHttpCarrier>(make)(options));
+}
+
+} // namespace kopertal

@@ -1,0 +1,38 @@
+#include "app/tracking/ShownText.h"
+
+#include "app/shell/Theme.h"
+#include "ui/Tones.h"
+
+#include <algorithm>
+
+namespace kopertal {
+
+QString shownText(const QString& text, qsizetype most) {
+    QString shown = text.size() > most ? text.first(most) + QStringLiteral("…") : text;
+    const auto isLayout = [](QChar c) {
+        return c.category() == QChar::Other_Control || c.category() == QChar::Separator_Line ||
+               c.category() == QChar::Separator_Paragraph;
+    };
+    std::replace_if(shown.begin(), shown.end(), isLayout, QChar(u' '));
+    return shown;
+}
+
+QString shownTextOrDash(const QString& text) {
+    return text.isEmpty() ? QStringLiteral("—") : shownText(text);
+}
+
+QColor statusInk(StatusColor color) {
+    switch (color) {
+    case StatusColor::success:
+        return Theme::success;
+    case StatusColor::systemRed:
+        return morvik::MorvikTheme::Colors::error;
+    case StatusColor::systemOrange:
+        return morvik::Tones::inProgress;
+    case StatusColor::mainText:
+        break;
+    }
+    return Theme::textMain;
+}
+
+} // namespace kopertal

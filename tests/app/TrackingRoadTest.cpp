@@ -1,0 +1,244 @@
+#include "app/http/LoadedHttpCarrier.h"
+#include "app/settings/AppSettings.h"
+#include "app/shell/MainWindow.h"
+#include "app/tracking/PairedServer.h"
+#include "app/tracking/ShipmentDetails.h"
+#include "app/tracking/TrackingTable.h"
+#include "app/tracking/TrackingView.h"
+#include "scan/LocalAddress.h"
+#include "tests/support/RealKeys.h"
+#include "tests/support/TrackingStandIn.h"
+#include "tests/support/photo/RegisterPhoto.h"
+#include "tracking/TrackingNumber.h"
+#include "tracking/TrackingTableModel.h"
+#include "ui/KitButton.h"
+#include "ui/MorvikStyle.h"
+#include "ui/Sheet.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QScreen>
+#include <QTcpServer>
+#include <QTemporaryDir>
+
+#include <memory>
+
+using namespace kopertal;
+using namespace kopertal::test;
+using namespace kopertal::testing;
+
+namespace {
+
+constexpr int patience = 60'000; // milliseconds, on a loaded machine
+const QString pairedAddress = QStringLiteral("http://127.0.0.1:%1/").arg(pairedPort);
+
+/// The numbers on the photos, as the table has them.
+QStringList numbersOn(const QList<RegisterPhoto>& photos) {
+    QStringList numbers;
+    for (const RegisterPhoto& photo : photos) {
+        for (const PlacedCode& code : photo.codes)
+            numbers << cleanBarcode(code.code.text);
+    }
+    numbers.sort();
+    numbers.removeDuplicates();
+    return numbers;
+}
+
+} // namespace
+
+/// The whole road with real parts: the window, a phone's browser, photos, the recognition process,
+/// and the stand-in of the service. In a network of its own where that can be had.
+class TrackingRoadTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        QApplication::setQuitOnLastWindowClosed(false);
+        m_standIn = std::make_unique<TrackingStandIn>();
+        QVERIFY(m_standIn->isReady());
+    }
+
+    void init() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_settings = std::make_unique<AppSettings>(
+            PreferencesStore(m_folder->filePath(QStringLiteral("settings.json"))));
+        m_settings->setSenderName(QStringLiteral("N"));
+        m_settings->setSenderAddress(QStringLiteral("A"));
+        m_settings->setSaveFolder(m_folder->path());
+    }
+
+    void cleanup() {
+        m_window.reset();
+        m_settings.reset();
+    }
+
+    void byQrCode() {
+        openTab();
+        clickAt(button("Skanuj"));
+        clickAt(button("Nie, skanuj kod QR za każdym razem"));
+        QTRY_COMPARE(m_settings->iphoneMode(), QStringLiteral("qr"));
+        QString address;
+        QTRY_VERIFY_WITH_TIMEOUT(!(address = addressOnScreen()).isEmpty(), patience);
+        QVERIFY2(address.startsWith(QStringLiteral("http://")), qPrintable(address));
+
+        const RegisterPhoto photo = makeRegisterPhoto({5});
+        const QStringList expected = numbersOn({photo});
+        QVERIFY(expected.size() > 1);
+        sendFromPhone(address, {photo});
+        QTRY_VERIFY_WITH_TIMEOUT(!sheet(), patience);
+        QCOMPARE(storedNumbers(), expected);
+        QTRY_VERIFY_WITH_TIMEOUT(allRowsSay(QStringLiteral("Doręczono")), patience);
+        QTRY_VERIFY(!m_view->isRefreshing());
+        QCOMPARE(m_view->model().rowAt(0).trackingNumber, expected[0]);
+
+        clickAtRow(1);
+        const auto* details = m_view->findChild<ShipmentDetails*>();
+        QTRY_VERIFY(details->isVisible());
+        QVERIFY(details->toPlainText().contains(expected[1]));
+        QVERIFY(details->toPlainText().contains(
+            QStringLiteral("Historia zdarzeń\nNadanie\n2025-03-10 12:01 Gdańsk — UP Gdańsk 1\n")));
+
+        clickAt(button("Skanuj")); // straight to a new code now
+        QString next;
+        QTRY_VERIFY_WITH_TIMEOUT(!(next = addressOnScreen()).isEmpty(), patience);
+        pressKeys({"Escape"});
+        QTRY_VERIFY(!sheet());
+        QCOMPARE(storedNumbers(), expected);
+    }
+
+    void byPairedPhone() {
+        m_settings->setIphoneMode(QStringLiteral("paired"));
+        openTab();
+        QTRY_VERIFY(button("Skanuj")->toolTip().contains(QStringLiteral("Serwer aktywny")));
+        clickAt(button("Skanuj"));
+        QVERIFY(sheet());
+        const RegisterPhoto first = makeRegisterPhoto({2});
+        const RegisterPhoto second = makeRegisterPhoto({4});
+        sendFromPhone(pairedAddress, {first, second});
+        const QStringList expected = numbersOn({first, second});
+        const auto stored = [&] {
+            QStringList numbers = storedNumbers();
+            numbers.sort();
+            return numbers;
+        };
+        QTRY_COMPARE_WITH_TIMEOUT(stored(), expected, patience);
+        QTRY_VERIFY_WITH_TIMEOUT(allRowsSay(QStringLiteral("Doręczono")), patience);
+        clickAt(button("Gotowe"));
+        QTRY_VERIFY(!sheet());
+    }
+
+    /// The server that could not have its port gets it when the sheet that set the phone up closes.
+    void aBusyPortIsTriedAgain() {
+        QTcpServer other;
+        QVERIFY(other.listen(QHostAddress::Any, pairedPort));
+        openTab();
+        clickAt(button("Skanuj"));
+        clickAt(button("Tak, sparuj iPhone'a"));
+        QTRY_VERIFY_WITH_TIMEOUT(!m_view->pairedServer().status().isEmpty(), patience);
+        QVERIFY2(button("Skanuj")->toolTip().contains(
+                     QStringLiteral("Błąd serwera: port 8745 jest zajęty")),
+                 qPrintable(button("Skanuj")->toolTip()));
+        other.close();
+        QTRY_VERIFY(sheet());
+        clickAt(button("Gotowe"));
+        QTRY_COMPARE_WITH_TIMEOUT(m_view->pairedServer().status(), QStringLiteral("Serwer aktywny"),
+                                  patience);
+        m_window.reset();
+        // It has let the port go.
+        QTRY_VERIFY(other.isListening() || other.listen(QHostAddress::Any, pairedPort));
+    }
+
+private:
+    void openTab() {
+        m_window = std::make_unique<MainWindow>(*m_settings);
+        TrackingParts parts;
+        parts.access.endpoint = m_standIn->address(QStringLiteral("http"), "service");
+        parts.makeCarrier = [] { return loadHttpCarrier({}); };
+        parts.recognizerProgram = QStringLiteral(KOPERTAL_PROGRAM);
+        parts.pairingPage = QStringLiteral("https://kopertal.example/zq/");
+        m_view = new TrackingView(*m_settings, parts);
+        m_window->addTrackingTab(m_view);
+        m_window->show();
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        pressKeys({"ctrl+2"});
+        QTRY_VERIFY(m_view->isVisible());
+        QTest::qWait(300);
+    }
+
+    morvik::Sheet* sheet() const {
+        for (auto* each : m_window->findChildren<morvik::Sheet*>()) {
+            if (each->isVisible())
+                return each;
+        }
+        return nullptr;
+    }
+
+    const morvik::KitButton* button(const char* title) const {
+        for (const auto* each : m_window->findChildren<morvik::KitButton*>()) {
+            if (each->isVisible() && each->text() == QString::fromUtf8(title))
+                return each;
+        }
+        return nullptr;
+    }
+
+    /// Read from a picture of the screen by somebody else's reader.
+    QString addressOnScreen() const {
+        const QString file = m_folder->filePath(QStringLiteral("screen.png"));
+        m_window->screen()->grabWindow(0).save(file);
+        QProcess reader;
+        reader.start(QStringLiteral("zbarimg"),
+                     {QStringLiteral("--raw"), QStringLiteral("-q"), file});
+        reader.waitForFinished();
+        return QString::fromUtf8(reader.readAllStandardOutput()).trimmed();
+    }
+
+    void sendFromPhone(const QString& address, const QList<RegisterPhoto>& photos) {
+        QStringList arguments{address};
+        for (const RegisterPhoto& photo : photos) {
+            QFile file(m_folder->filePath(QStringLiteral("%1.jpg").arg(arguments.size())));
+            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(photo.jpeg) > 0);
+            arguments << file.fileName();
+        }
+        QProcess phone;
+        phone.setProcessChannelMode(QProcess::ForwardedChannels);
+        phone.start(QStringLiteral(KOPERTAL_SOURCE_DIR "/tests/support/phone.py"), arguments);
+        QTRY_COMPARE_WITH_TIMEOUT(phone.state(), QProcess::NotRunning, 2 * patience);
+        QCOMPARE(phone.exitCode(), 0);
+    }
+
+    QStringList storedNumbers() const {
+        QStringList numbers;
+        for (const TrackingRow& row : trackingRows(m_settings->loadSentBooks()))
+            numbers << row.trackingNumber;
+        return numbers;
+    }
+
+    bool allRowsSay(const QString& status) const {
+        const QList<TrackingRow>& rows = m_view->model().rows();
+        return std::all_of(rows.begin(), rows.end(),
+                           [&](const TrackingRow& row) { return row.status == status; });
+    }
+
+    void clickAtRow(int row) {
+        const TrackingTable& table = m_view->table();
+        const QPoint at =
+            table.viewport()->mapToGlobal(table.visualRect(m_view->model().index(row, 1)).center());
+        xdotool({QStringLiteral("mousemove"), QString::number(at.x()), QString::number(at.y()),
+                 QStringLiteral("click"), QStringLiteral("1")});
+    }
+
+    std::unique_ptr<TrackingStandIn> m_standIn;
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<AppSettings> m_settings;
+    std::unique_ptr<MainWindow> m_window;
+    TrackingView* m_view = nullptr;
+};
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    morvik::MorvikStyle::install(application);
+    TrackingRoadTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "TrackingRoadTest.moc"

@@ -1,0 +1,378 @@
+#include "app/tracking/TrackingView.h"
+
+#include "app/http/LoadedHttpCarrier.h"
+#include "app/settings/AppSettings.h"
+#include "app/shell/MainWindow.h"
+#include "app/shell/Theme.h"
+#include "app/tracking/ShipmentDetails.h"
+#include "app/tracking/TrackingTable.h"
+#include "tests/support/RealKeys.h"
+#include "tests/support/TrackingStandIn.h"
+#include "tracking/TrackingTableModel.h"
+#include "ui/KitButton.h"
+
+#include <QAbstractEventDispatcher>
+#include <QApplication>
+#include <QClipboard>
+#include <QFile>
+#include <QFileDialog>
+#include <QHeaderView>
+#include <QLabel>
+#include <QLineEdit>
+#include <QTemporaryDir>
+#include <QToolTip>
+
+#include <ctime>
+#include <memory>
+
+using namespace kopertal;
+using namespace kopertal::testing;
+
+namespace {
+
+using Model = TrackingTableModel;
+
+/// What the table shows, a row a text: "number|status|date".
+QStringList shownRows(TrackingView& view) {
+    const TrackingTableModel& model = view.model();
+    QStringList rows;
+    for (int row = 0; row < model.rowCount(); ++row) {
+        QStringList cells;
+        for (const int column :
+             {Model::trackingNumberColumn, Model::statusColumn, Model::dateColumn})
+            cells << model.index(row, column).data().toString();
+        rows << cells.join(u'|');
+    }
+    return rows;
+}
+
+QStringList storedNumbers(const AppSettings& settings) {
+    QStringList numbers;
+    for (const TrackingRow& row : trackingRows(settings.loadSentBooks()))
+        numbers << row.trackingNumber;
+    return numbers;
+}
+
+QList<ScannedEntry> entries(const QStringList& numbers) {
+    QList<ScannedEntry> all;
+    for (const QString& number : numbers)
+        all.append({number, {}});
+    return all;
+}
+
+/// How long the main thread works from one wait for events to the next.
+class StallMeter {
+public:
+    StallMeter() {
+        const auto* dispatcher = QAbstractEventDispatcher::instance();
+        for (const auto signal :
+             {&QAbstractEventDispatcher::awake, &QAbstractEventDispatcher::aboutToBlock})
+            QObject::connect(dispatcher, signal, &m_context, [this] { look(); });
+        m_last = now();
+    }
+
+    /// Prints the longest stall since the last report.
+    void report(const char* what) {
+        look();
+        QTest::qWait(50);
+        qInfo("%s: %.1f ms at a time", what, m_stall);
+        m_longest = std::max(m_longest, m_stall);
+        m_stall = 0;
+        m_last = now();
+    }
+
+    double longest() const { return m_longest; }
+
+private:
+    void look() {
+        const double time = now();
+        m_stall = std::max(m_stall, time - std::exchange(m_last, time));
+    }
+
+    static double now() {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+    }
+
+    QObject m_context;
+    double m_last = 0;
+    double m_stall = 0;
+    double m_longest = 0;
+};
+
+} // namespace
+
+/// The tracking tab in its window, by the X server's keys and pointer, against the stand-in of the
+/// service.
+class TrackingViewTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        QApplication::setQuitOnLastWindowClosed(false);
+        m_standIn = std::make_unique<TrackingStandIn>();
+        QVERIFY(m_standIn->isReady());
+    }
+
+    void init() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_settings = std::make_unique<AppSettings>(
+            PreferencesStore(m_folder->filePath(QStringLiteral("settings.json"))));
+        m_settings->setSenderName(QStringLiteral("N"));
+        m_settings->setSenderAddress(QStringLiteral("A"));
+        m_settings->setSaveFolder(m_folder->path());
+    }
+
+    void cleanup() {
+        m_window.reset();
+        m_settings.reset();
+    }
+
+    void numbersAreCleanedAndAddedOnce() {
+        openTab();
+        QVERIFY(showsText(QStringLiteral("Brak przesyłek do śledzenia")));
+        for (const char* title : {"Dodaj", "Sprawdź statusy", "Wyczyść dane śledzenia"})
+            QVERIFY2(!button(title)->isEnabled(), title);
+        typeText("  ");
+        QVERIFY(!button("Dodaj")->isEnabled());
+        pressKeys({"Return"}); // nothing to add
+        typeText(" (00)990011223344556677 ");
+        pressKeys({"Return"});
+        QTRY_COMPARE(shownRows(*m_view), QStringList{QStringLiteral("990011223344556677|—|—")});
+        typeText("990011223344556677");
+        clickAt(button("Dodaj"));
+        QCOMPARE(field().text(), QString());
+        QApplication::clipboard()->setText(QStringLiteral("RR2PL\r\n\n(00)10\n990011223344556677"));
+        pressKeys({"ctrl+v", "Return"});
+        const QStringList added{QStringLiteral("990011223344556677"), QStringLiteral("RR2PL"),
+                                QStringLiteral("10")};
+        QTRY_COMPARE(storedNumbers(*m_settings), added);
+        QCOMPARE(m_settings->loadSentBooks().size(), 1);
+        QCOMPARE(m_view->model().rowAt(0).trackingNumber, QStringLiteral("10"));
+
+        m_view->table().selectRow(1);
+        QVERIFY(details()->isVisible());
+        clickAt(button("Wyczyść dane śledzenia"));
+        QTRY_VERIFY(showsText(QStringLiteral("Brak przesyłek do śledzenia")));
+        QVERIFY(!details()->isVisible());
+        QCOMPARE(m_settings->loadSentBooks(), QList<SentBook>());
+        QCOMPARE(QApplication::focusWidget(), &field());
+    }
+
+    void everyStatusIsAskedForAndShown() {
+        openTab();
+        m_view->addTrackingEntries(entries({"unknown", "open after 0.3", "reset", "delivered",
+                                            "noevents", "latin2", "pickedup after 0.2"}));
+        clickAt(button("Sprawdź statusy"));
+        QVERIFY(m_view->isRefreshing());
+        QVERIFY(!button("Sprawdź statusy")->isEnabled());
+        const QStringList answered{
+            "delivered|Doręczono|2025-03-11 11:52",
+            "latin2|Błąd|—",
+            "noevents|Brak zdarzeń|—",
+            "open after 0.3|Przekazanie przesyłki doręczycielowi|2025-03-11 08:00",
+            "pickedup after 0.2|Awizowana — doręczono|2025-03-12 09:10",
+            "reset|Błąd sieci|—",
+            "unknown|Nie znaleziono|—"};
+        QTRY_COMPARE(shownRows(*m_view), answered);
+        QTRY_VERIFY(!m_view->isRefreshing());
+        QVERIFY(button("Sprawdź statusy")->isEnabled());
+
+        // By the keyboard: the third row, its number to the clipboard, the order of dates.
+        m_view->table().setFocus(Qt::TabFocusReason);
+        pressKeys({"Down", "Down", "Down", "Down"});
+        QTRY_VERIFY(details()->toPlainText().contains(QStringLiteral("open after 0.3")));
+        QVERIFY(details()->toPlainText().contains(
+            QStringLiteral("Rodzaj\tList polecony ekonomiczny\nMasa\t0.05 kg\n")));
+        pressKeys({"ctrl+c"});
+        QTRY_COMPARE(QApplication::clipboard()->text(), QStringLiteral("open after 0.3"));
+        clickHeader(Model::dateColumn);
+        clickHeader(Model::dateColumn);
+        QTRY_COMPARE(m_view->model().rowAt(0).trackingNumber, QStringLiteral("pickedup after 0.2"));
+        clickHeader(Model::statusColumn); // sorts nothing
+        QCOMPARE(m_view->table().horizontalHeader()->sortIndicatorSection(),
+                 int(Model::dateColumn));
+        QCOMPARE(m_view->table().currentIndex().row(), 2);
+        details()->setFocus();
+        pressKeys({"ctrl+a", "ctrl+c"});
+        QTRY_COMPARE(QApplication::clipboard()->text(), details()->toPlainText());
+
+        // A number more: what was learnt of the others is gone until the next refresh.
+        m_view->addTrackingEntries(entries({"relay"}));
+        QVERIFY(m_view->model().rowAt(0).status.isEmpty());
+        QVERIFY(details()->toPlainText().contains(QStringLiteral("Status\t—")));
+        QVERIFY(!details()->toPlainText().contains(QStringLiteral("Historia")));
+        field().setFocus();
+        pressKeys({"F5"});
+        QTRY_VERIFY(details()->toPlainText().contains(QStringLiteral("Historia zdarzeń\nNadanie")));
+        QTRY_VERIFY(!m_view->isRefreshing());
+    }
+
+    void rowsMayChangeWhileTheyAreAskedFor() {
+        openTab();
+        m_view->addTrackingEntries(entries({"open after 1", "delivered after 0.5"}));
+        m_view->refreshStatuses();
+        m_view->addTrackingEntries(entries({"relay after 0.1"})); // rebuilds the rows
+        m_view->refreshStatuses();
+        QTRY_COMPARE(m_view->model().rowAt(0).status, QStringLiteral("Doręczono"));
+        QTRY_VERIFY(!m_view->isRefreshing()); // when the first of both is done
+        QCOMPARE(m_view->model().rowAt(1).status,
+                 QStringLiteral("Przekazanie przesyłki doręczycielowi"));
+        m_view->refreshStatuses();
+        m_view->clearTrackingData();
+        m_view->addTrackingEntries(entries({"open after 1"}));
+        QTRY_VERIFY(!m_view->isRefreshing());
+        QCOMPARE(shownRows(*m_view), QStringList{QStringLiteral("open after 1|—|—")});
+        m_view->refreshStatuses();
+        m_window.reset(); // answers find nobody
+        QTest::qWait(200);
+    }
+
+    void theTableIsSavedWhole() {
+        openTab();
+        m_view->addTrackingEntries(entries({"2", "1"}));
+        for (const QString& name : {QStringLiteral("tabela"), QStringLiteral("brak/tabela")}) {
+            m_view->table().saveCsv();
+            auto* panel = m_view->findChild<QFileDialog*>();
+            QTRY_VERIFY(panel && panel->isActiveWindow());
+            pressKeys({"ctrl+a"});
+            typeText(m_folder->filePath(name));
+            if (name.contains(u'/'))
+                break;
+            pressKeys({"Return"});
+            QFile file(m_folder->filePath(QStringLiteral("tabela.csv")));
+            QTRY_VERIFY(file.exists());
+            QVERIFY(file.open(QIODevice::ReadOnly));
+            QVERIFY(file.readAll().contains("\"1\";\"1\";"));
+            QTRY_VERIFY(!m_view->findChild<QFileDialog*>());
+        }
+    }
+
+    /// Markup stays text, and long or broken texts stay in their place.
+    void textsAreShownAsTheyAre() {
+        openTab();
+        m_view->addTrackingEntries(entries({"<b>x</b>&amp;" + QString(400, u'9')}));
+        TrackingResult result;
+        result.status = QStringLiteral("<img src=x> ") + QString(1'000'000, u'W');
+        result.lastPlace = QStringLiteral("Łódź\u2028<i>Kręta</i>\n\nul.\r1");
+        result.events = {{"2025", "<a href='x'>Nadanie</a>\nz przerwą", "p", "", "", true}};
+        m_view->model().merge(m_view->model().rows()[0].id(), result);
+        m_view->table().selectRow(0);
+        QTest::qWait(50);
+        const QString text = details()->toPlainText();
+        QVERIFY(text.contains(QStringLiteral("<b>x</b>&amp;999")));
+        QVERIFY(text.contains(QStringLiteral("\n<a href='x'>Nadanie</a> z przerwą\n2025 p")));
+        QVERIFY(text.size() < 3'000);
+        const QModelIndex number = m_view->model().index(0, Model::trackingNumberColumn);
+        const QPoint at = m_view->table().visualRect(number).center();
+        QHelpEvent help(QEvent::ToolTip, at, m_view->table().viewport()->mapToGlobal(at));
+        QApplication::sendEvent(m_view->table().viewport(), &help);
+        QVERIFY2(QToolTip::text().contains(QStringLiteral("&lt;b&gt;x&lt;/b&gt;&amp;amp;999")),
+                 qPrintable(QToolTip::text()));
+        QToolTip::hideText();
+    }
+
+    /// Measured in the main thread's own processor time, so that other work on the computer does
+    /// not count; the bound is generous for unoptimised and instrumented builds.
+    void aThousandRowsStayFluid() {
+        openTab();
+        QStringList numbers;
+        for (int i = 0; i < 1'000; ++i)
+            numbers
+                << QStringLiteral("009900112233445%1").arg(i * 7'919 % 100'000, 5, 10, QChar(u'0'));
+        StallMeter meter;
+        m_view->addTrackingEntries(entries(numbers));
+        meter.report("adding 1 000 rows at once");
+        m_view->refreshStatuses();
+        meter.report("starting a refresh");
+        QTRY_VERIFY_WITH_TIMEOUT(!m_view->isRefreshing(), 60'000);
+        meter.report("merging its answers, by number");
+        clickHeader(Model::dateColumn);
+        meter.report("sorting");
+        clickHeader(Model::dateColumn);
+        m_view->addTrackingEntries(entries({"unknown"}));
+        m_view->refreshStatuses();
+        QTRY_VERIFY_WITH_TIMEOUT(!m_view->isRefreshing(), 60'000);
+        meter.report("a refresh, by date");
+        m_view->table().setFocus();
+        pressKeys({"Home"});
+        pressKeys(QStringList(20, "Down") + QStringList(10, "Next"));
+        meter.report("selecting and scrolling");
+        TrackingResult result;
+        for (int i = 0; i < 200; ++i)
+            result.events.append({QStringLiteral("2025-03-11 06:15"),
+                                  QStringLiteral("Nadejście do placówki pocztowej"),
+                                  QStringLiteral("Warszawa — UP Warszawa 1"),
+                                  {},
+                                  {},
+                                  i == 199});
+        const QUuid id = m_view->model().rowAt(3).id();
+        m_view->model().merge(id, result);
+        m_view->table().selectRow(m_view->model().positionOf(id).value());
+        QTRY_COMPARE(details()->toPlainText().count(QStringLiteral("Nadejście")), 200);
+        meter.report("opening 200 events");
+        QVERIFY2(meter.longest() < 400, "the main thread was held up");
+    }
+
+private:
+    void openTab() {
+        m_window = std::make_unique<MainWindow>(*m_settings);
+        TrackingParts parts;
+        parts.access.endpoint = m_standIn->address(QStringLiteral("http"), "service");
+        parts.makeCarrier = [] { return loadHttpCarrier({}); };
+        parts.recognizerProgram = QStringLiteral(KOPERTAL_PROGRAM);
+        m_view = new TrackingView(*m_settings, parts);
+        m_window->addTrackingTab(m_view);
+        m_window->show();
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        pressKeys({"ctrl+2"});
+        QTRY_COMPARE(QApplication::focusWidget(), &field());
+        QTest::qWait(200);
+    }
+
+    QLineEdit& field() { return *m_view->findChild<QLineEdit*>(); }
+    ShipmentDetails* details() { return m_view->findChild<ShipmentDetails*>(); }
+
+    morvik::KitButton* button(const char* title) {
+        for (auto* each : m_view->findChildren<morvik::KitButton*>()) {
+            if (each->text() == QString::fromUtf8(title) ||
+                each->accessibleName() == QString::fromUtf8(title))
+                return each;
+        }
+        return nullptr;
+    }
+
+    bool showsText(const QString& text) {
+        const auto labels = m_view->findChildren<QLabel*>();
+        return std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
+            return label->isVisible() && label->text() == text;
+        });
+    }
+
+    void clickHeader(int column) {
+        const QHeaderView* header = m_view->table().horizontalHeader();
+        const QPoint at = header->viewport()->mapToGlobal(
+            QPoint(header->sectionViewportPosition(column) + 20, header->height() / 2));
+        xdotool({QStringLiteral("mousemove"), QString::number(at.x()), QString::number(at.y()),
+                 QStringLiteral("click"), QStringLiteral("1")});
+    }
+
+    std::unique_ptr<TrackingStandIn> m_standIn;
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<AppSettings> m_settings;
+    std::unique_ptr<MainWindow> m_window;
+    TrackingView* m_view = nullptr;
+};
+
+#include "ui/MorvikStyle.h"
+
+int main(int argc, char** argv) {
+    QApplication application(argc, argv);
+    morvik::MorvikStyle::install(application);
+    TrackingViewTest test;
+    return QTest::qExec(&test, argc, argv);
+}
+#include "TrackingViewTest.moc"
