@@ -152,6 +152,7 @@ int MorvikStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWi
     switch (hint) {
     case SH_FocusFrame_AboveWidget:
         return 1;
+    case SH_FocusFrame_Mask: // else a ring inside its control would be cut out
     case SH_ScrollBar_Transient:
     case SH_EtchDisabledText:
     case SH_DialogButtonBox_ButtonsHaveIcons:

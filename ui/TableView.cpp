@@ -171,6 +171,8 @@ bool TableView::viewportEvent(QEvent* event) {
         setHoveredRow(-1);
     else if (event->type() == QEvent::MouseMove)
         setHoveredRow(rowAt(static_cast<QMouseEvent*>(event)->pos().y()));
+    else if (event->type() == QEvent::WindowActivate || event->type() == QEvent::WindowDeactivate)
+        viewport()->update();
     return QTableView::viewportEvent(event);
 }
 
@@ -188,7 +190,7 @@ TableCellDelegate::TableCellDelegate(TableView* table)
 void TableCellDelegate::paintGround(QPainter* painter, const QStyleOptionViewItem& option,
                                     const QModelIndex& index) const {
     const bool isSelected = option.state & QStyle::State_Selected;
-    const bool isActive = option.state & QStyle::State_Active;
+    const bool isActive = m_table->isActiveWindow(); // wherever in it the keyboard is
     QColor ground = Tones::field;
     if (isSelected)
         ground = isActive ? Tones::rowSelected : Tones::rowSelectedInactive;
