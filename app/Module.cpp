@@ -3,12 +3,18 @@
 #include "app/cli/Console.h"
 
 #include <dlfcn.h>
+#include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace kopertal {
 
 ModuleRun loadModule(const char* name) {
-    const std::string path = std::string("$ORIGIN/../lib/kopertal/") + name + ".so";
+    // $ORIGIN would be resolved for the caller of dlopen(), which a sanitizer puts itself between.
+    std::error_code error;
+    const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", error);
+    const std::filesystem::path path =
+        program.parent_path() / "../lib/kopertal" / (std::string(name) + ".so");
     void* const module = dlopen(path.c_str(), RTLD_LAZY | RTLD_LOCAL);
     void* const run = module == nullptr ? nullptr : dlsym(module, "kopertalRun");
     if (run == nullptr)
