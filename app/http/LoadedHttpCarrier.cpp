@@ -4,6 +4,7 @@
 #include <QFile>
 
 #include <dlfcn.h>
+#include <exception>
 #include <string>
 #include <utility>
 
@@ -34,7 +35,11 @@ std::unique_ptr<HttpCarrier> loadHttpCarrier(const HttpOptions& options) {
     void* const make = module == nullptr ? nullptr : dlsym(module, "kopertalHttpCarrier");
     if (make == nullptr)
         return std::make_unique<NoCarrier>(dlerror());
-    return std::unique_ptr<HttpCarrier>(reinterpret_cast<MakeHttpCarrier>(make)(options));
+    try {
+        return std::unique_ptr<HttpCarrier>(reinterpret_cast<MakeHttpCarrier>(make)(options));
+    } catch (const std::exception& error) {
+        return std::make_unique<NoCarrier>(error.what());
+    }
 }
 
 } // namespace kopertal
