@@ -1,15 +1,12 @@
 #include "app/pairing/PairingChoiceView.h"
 #include "app/pairing/PairingSetupView.h"
 #include "app/scanning/IPhoneScanView.h"
-#include "app/scanning/QrCodeView.h"
 #include "scan/LocalAddress.h"
 #include "scan/PhotoPipeline.h"
-#include "scan/PhotoRecognizer.h"
 #include "scan/ScanServer.h"
-#include "tests/support/RawClient.h"
+#include "tests/support/ListeningPorts.h"
+#include "tests/support/PhotoUpload.h"
 #include "tests/support/RealKeys.h"
-#include "tests/support/photo/RegisterPhoto.h"
-#include "ui/LimeBorderedButton.h"
 #include "ui/MorvikStyle.h"
 #include "ui/SelectableText.h"
 #include "ui/Sheet.h"
@@ -22,12 +19,9 @@
 #include <QSignalSpy>
 #include <QTcpServer>
 #include <QTcpSocket>
-#include <opencv2/core.hpp>
 
-#include <arpa/inet.h>
 #include <memory>
 #include <sys/resource.h>
-#include <sys/socket.h>
 #include <unistd.h>
 
 using namespace kopertal;
@@ -41,51 +35,6 @@ constexpr int patience = 60'000; // ms, for a loaded machine
 const QString ready = QStringLiteral("Gotowe — zeskanuj kod QR");
 const QString serverReady = QStringLiteral("Serwer aktywny — możesz przetestować połączenie");
 const QString page = QStringLiteral("https://kopertal.example/zq/");
-
-/// Ports on which this process accepts connections.
-QList<int> listeningPorts() {
-    QList<int> ports;
-    for (int descriptor = 0; descriptor < 1024; ++descriptor) {
-        int isListening = 0;
-        socklen_t size = sizeof isListening;
-        sockaddr_in6 address{};
-        socklen_t addressSize = sizeof address;
-        if (getsockopt(descriptor, SOL_SOCKET, SO_ACCEPTCONN, &isListening, &size) == 0 &&
-            isListening &&
-            getsockname(descriptor, reinterpret_cast<sockaddr*>(&address), &addressSize) == 0)
-            ports << ntohs(address.sin6_port); // at the same place for IPv4
-    }
-    return ports;
-}
-
-/// The program's own recognition. `slowness` is shell for what a photo's process does first.
-RecognizerOptions recognition(const QString& slowness = {}) {
-    RecognizerOptions options;
-    options.program = QStringLiteral("/bin/sh");
-    options.arguments = {QStringLiteral("-c"),
-                         slowness + QStringLiteral(" exec " KOPERTAL_PROGRAM " scan --json -")};
-    return options;
-}
-
-QByteArray photo(const QStringList& codes) {
-    QList<CodeText> texts;
-    for (const QString& code : codes)
-        texts << CodeText{QStringLiteral("Code128"), code};
-    return makeScreenshot(texts).jpeg;
-}
-
-QByteArray codelessPhoto() {
-    cv::RNG random(5);
-    return encodePage(codelessPage(random, 4).ink, "jpeg");
-}
-
-std::string uploadHead(const QByteArray& body) {
-    return "POST /upload HTTP/1.1\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n";
-}
-
-bool upload(quint16 port, const QByteArray& body) {
-    return RawClient::ask(port, uploadHead(body) + body.toStdString()).starts_with("HTTP/1.1 200");
-}
 
 bool shows(const QWidget* view, const QString& text) {
     for (const QLabel* label : view->findChildren<QLabel*>()) {
