@@ -129,7 +129,7 @@ bool saveTrackingScreens(AppSettings& settings,
     isSaved &= save(window, QStringLiteral("tracking-unselected"));
     window.resize(1160, 728);
     view->table().selectRow(0);
-    view->table().setFocus();
+    view->table().setFocus(Qt::MouseFocusReason);
     isSaved &= save(window, QStringLiteral("tracking"));
     view->table().clearSelection();
     showSamples(*view, 1'000);
