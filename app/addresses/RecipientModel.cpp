@@ -1,6 +1,7 @@
 #include "app/addresses/RecipientModel.h"
 
 #include "app/shell/Theme.h"
+#include "ui/PlainToolTip.h"
 
 #include <algorithm>
 
@@ -48,8 +49,9 @@ QVariant RecipientModel::data(const QModelIndex& index, int role) const {
             return index.row() + 1;
         return index.column() == name ? recipient.name : recipient.lines.join(QStringLiteral(", "));
     case Qt::ToolTipRole: // plain text, whatever it holds; for what a narrow column cuts
-        return index.column() == number ? QVariant()
-                                        : data(index, Qt::DisplayRole).toString().toHtmlEscaped();
+        if (index.column() == number)
+            return {};
+        return morvik::plainToolTip(data(index, Qt::DisplayRole).toString());
     case Qt::ForegroundRole:
         return index.column() == name ? Theme::textMain : Theme::textMuted;
     case Qt::TextAlignmentRole:

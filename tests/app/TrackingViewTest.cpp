@@ -164,6 +164,23 @@ private Q_SLOTS:
         QCOMPARE(QApplication::focusWidget(), &field());
     }
 
+    void rowsOfTheRegisterAreThereFromTheStart() {
+        m_settings->appendSentBook({QUuid::createUuid(),
+                                    QStringLiteral("2026-01-02"),
+                                    {{QUuid::createUuid(), {}, {}, {}}},
+                                    {}});
+        openTab();
+        QCOMPARE(shownRows(*m_view), QStringList{QStringLiteral("—|—|—")});
+        QVERIFY(!button("Sprawdź statusy")->isEnabled()); // there is no number to ask about
+        m_view->addTrackingEntries(entries({"delivered"}));
+        QVERIFY(button("Sprawdź statusy")->isEnabled());
+        m_view->refreshStatuses();
+        QTRY_VERIFY(!m_view->isRefreshing());
+        QCOMPARE(shownRows(*m_view)[0], QStringLiteral("—|—|—"));
+        pressKeys({"ctrl+1", "ctrl+2"}); // a visit elsewhere keeps every status
+        QCOMPARE(shownRows(*m_view)[1], QStringLiteral("delivered|Doręczono|2025-03-11 11:52"));
+    }
+
     void everyStatusIsAskedForAndShown() {
         openTab();
         m_view->addTrackingEntries(entries({"unknown", "open after 0.3", "reset", "delivered",

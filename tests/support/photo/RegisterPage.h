@@ -20,14 +20,14 @@ struct Page {
 };
 
 struct PageOptions {
-    double scale = 14;      ///< Pixels a millimetre.
-    int labels = 10;        ///< At most ten, one a row of the form.
-    double tilt = 2;        ///< Labels are stuck on by hand: up to so many degrees off.
-    double moduleSize = 0;  ///< Millimetres; 0 for what fits the form's column.
-    int stamps = 1;         ///< Round office stamps pressed half over labels, and
-    int strokes = 0;        ///< pen strokes across them.
-    int otherPercent = 8;   ///< Codes of other kinds than letters carry: linear
-    int matrixPercent = 4;  ///< and two-dimensional.
+    double scale = 14;     ///< Pixels a millimetre.
+    int labels = 10;       ///< At most ten, one a row of the form.
+    double tilt = 2;       ///< Labels are stuck on by hand: up to so many degrees off.
+    double moduleSize = 0; ///< Millimetres; 0 for what fits the form's column.
+    int stamps = 1;        ///< Round office stamps pressed half over labels, and
+    int strokes = 0;       ///< pen strokes across them.
+    int otherPercent = 8;  ///< Codes of other kinds than letters carry: linear
+    int matrixPercent = 4; ///< and two-dimensional.
 };
 
 /// The dispatch register of ten rows, A4, with a label stuck on `labels` of them.
