@@ -221,8 +221,8 @@ private Q_SLOTS:
         ask("https", "open");
         QCOMPARE(watchedConnections(), 0);
         const int before = m_standIn->statistics().value(QStringLiteral("connections")).toInt();
-        for (int i = 0; i < 5; ++i)
-            QCOMPARE(ask("https", "open").failure, HttpFailure::none);
+        for (int i = 0; i < 5; ++i) // late enough to be waited for
+            QCOMPARE(ask("https", "open%20after%200.05").failure, HttpFailure::none);
         QCOMPARE(m_standIn->statistics().value(QStringLiteral("connections")).toInt(), before + 1);
         QCOMPARE(watchedConnections(), 1);
     }
