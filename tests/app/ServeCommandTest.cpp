@@ -262,7 +262,7 @@ private Q_SLOTS:
         QFETCH(QStringList, options);
         QProcess process;
         process.start(QStringLiteral(KOPERTAL_PROGRAM), QStringList{"serve"} + options);
-        QVERIFY(process.waitForFinished(5000));
+        QVERIFY(process.waitForFinished(30000));
         QTEST(process.exitCode(), "exitCode");
         QFETCH(QString, message);
         QVERIFY(QString::fromUtf8(process.readAllStandardError()).contains(message));
