@@ -171,7 +171,9 @@ private:
         return runProgram(KOPERTAL_PROGRAM, QStringList{"track"} + arguments);
     }
 
-    Outcome runInShell(const QString& script) { return runProgram("sh", {"-c", script}); }
+    Outcome runInShell(const QString& script) {
+        return runProgram("sh", {"-c", script});
+    }
 
     Outcome runProgram(const QString& name, const QStringList& arguments) {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
