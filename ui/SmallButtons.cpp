@@ -78,8 +78,8 @@ void IconButton::paintEvent(QPaintEvent*) {
         ink = Tones::label;
     painter.setPen(Qt::NoPen);
     painter.drawRoundedRect(rect(), smallRadius, smallRadius);
-    const QRectF picture((width() - m_iconSize) / 2, (height() - m_iconSize) / 2, m_iconSize,
-                         m_iconSize);
+    const QRect picture((width() - m_iconSize) / 2, (height() - m_iconSize) / 2, m_iconSize,
+                        m_iconSize);
     paintIcon(painter, iconName(), picture, ink);
 }
 

@@ -214,10 +214,11 @@ void TableCellDelegate::paint(QPainter* painter, const QStyleOptionViewItem& opt
     painter->setFont(cell.font);
     painter->setPen(cell.palette.color(QPalette::Text));
     const QRect text = cell.rect.adjusted(cellPadding, 0, -cellPadding, -1);
-    const bool isRight = cell.displayAlignment & Qt::AlignRight;
-    painter->drawText(
-        text, (isRight ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter | Qt::TextSingleLine,
-        cell.fontMetrics.elidedText(cell.text, Qt::ElideRight, text.width()));
+    const bool isRight = cell.displayAlignment.testFlag(Qt::AlignRight);
+    painter->drawText(text,
+                      int((isRight ? Qt::AlignRight : Qt::AlignLeft) | Qt::AlignVCenter) |
+                          Qt::TextSingleLine,
+                      cell.fontMetrics.elidedText(cell.text, Qt::ElideRight, text.width()));
 }
 
 } // namespace morvik
