@@ -72,7 +72,8 @@ void answerOnFatalSignals() {
     struct sigaction action {};
     action.sa_handler = onFatalSignal;
     action.sa_flags = SA_ONSTACK;
-    for (const int signal : {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGSYS, SIGXCPU, SIGALRM})
+    for (const int signal :
+         {SIGABRT, SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGSYS, SIGTRAP, SIGXCPU, SIGALRM})
         sigaction(signal, &action, nullptr);
 }
 #else
@@ -113,7 +114,6 @@ void loadAll() {
 void runPhotoWorker() {
     prepareAnswer({});
     answerOnFatalSignals();
-    alarm(mostSeconds);
     exitWithReader();
     // What libraries say about a stranger's bytes is not for the user's terminal.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
@@ -123,6 +123,7 @@ void runPhotoWorker() {
         _exit(1);
     }
     const QByteArray photo = readInput();
+    alarm(mostSeconds);
     prepareAnswer(recognizePhoto(photo, prepareAnswer));
     answerAndExit();
 }

@@ -28,6 +28,7 @@ constexpr std::array allowed{
     SCMP_SYS(clock_gettime),
     SCMP_SYS(clock_nanosleep),
     SCMP_SYS(close),
+    SCMP_SYS(eventfd2), // Qt converts larger pictures on threads, which are woken by it
     SCMP_SYS(exit),
     SCMP_SYS(exit_group),
     SCMP_SYS(futex),

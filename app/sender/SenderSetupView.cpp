@@ -126,6 +126,7 @@ QWidget* SenderSetupView::makeForm() {
         label->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
         label->setBuddy(field);
         field->setAccessibleName(title.chopped(1));
+        connect(field, &QLineEdit::returnPressed, this, &SenderSetupView::save);
         grid->addWidget(label, row, 0);
     };
     addRow(0, QStringLiteral("Nazwa:"), m_name);

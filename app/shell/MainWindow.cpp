@@ -11,6 +11,7 @@
 #include <QCloseEvent>
 #include <QLineEdit>
 #include <QMenuBar>
+#include <QScreen>
 
 namespace kopertal {
 namespace {
@@ -46,7 +47,7 @@ MainWindow::MainWindow(AppSettings& settings)
     m_content->addTab(AppTab::addresses, m_addresses);
     addTabAction(AppTab::addresses);
     setCentralWidget(m_content);
-    resize(firstSize);
+    resize(firstSize.boundedTo(screen()->availableSize()));
     m_addresses->setFocus();
     connect(m_content, &ContentView::appeared, this, [this] {
         if (m_settings.isSenderDataMissing())

@@ -63,8 +63,10 @@ int runFirst(SingleInstance& instance, const QString& file) {
                          if (!message.activationToken.isEmpty())
                              qputenv(waylandToken, message.activationToken.toUtf8());
                          window.raiseToFront();
-                         if (!message.file.isEmpty())
+                         if (!message.file.isEmpty()) {
+                             window.content().selectTab(AppTab::addresses);
                              window.addresses().loadFile(message.file);
+                         }
                      });
     TerminationSignals terminationSignals;
     QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested, &window, [&] {

@@ -96,6 +96,8 @@ void ShipmentDetails::showRow(const TrackingRow& row) {
     document()->clear();
     m_end = QTextCursor(document());
     writeHead();
+    // Else it stands where the text has pushed it, and the first showing scrolls there.
+    setTextCursor(QTextCursor(document()));
     writeEvents();
     verticalScrollBar()->setValue(scrolled);
 }
@@ -173,10 +175,12 @@ void ShipmentDetails::writeEvents() {
         writeEvent(m_row->events()[m_writtenEvents++]);
     m_end.endEditBlock();
     const bool isDone = m_writtenEvents == m_row->events().size();
-    if (isDone && m_writing != 0)
+    if (isDone && m_writing != 0) {
         killTimer(std::exchange(m_writing, 0));
-    else if (!isDone && m_writing == 0)
+        viewport()->update(); // marks that were looked for before the text was laid out
+    } else if (!isDone && m_writing == 0) {
         m_writing = startTimer(0);
+    }
 }
 
 void ShipmentDetails::timerEvent(QTimerEvent* event) {

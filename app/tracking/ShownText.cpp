@@ -7,6 +7,16 @@
 
 namespace kopertal {
 
+namespace {
+
+/// Marks and controls of direction, with which one number could look like another.
+bool turnsText(QChar c) {
+    return c == u'\u061c' || c == u'\u200e' || c == u'\u200f' ||
+           (c >= u'\u202a' && c <= u'\u202e') || (c >= u'\u2066' && c <= u'\u2069');
+}
+
+} // namespace
+
 QString shownText(const QString& text, qsizetype most) {
     QString shown = text.size() > most ? text.first(most) + QStringLiteral("…") : text;
     const auto isLayout = [](QChar c) {
@@ -14,6 +24,7 @@ QString shownText(const QString& text, qsizetype most) {
                c.category() == QChar::Separator_Paragraph;
     };
     std::replace_if(shown.begin(), shown.end(), isLayout, QChar(u' '));
+    shown.removeIf(turnsText);
     return shown;
 }
 

@@ -118,7 +118,7 @@ TrackingView::TrackingView(AppSettings& settings, TrackingParts parts, QWidget* 
     setFocusProxy(m_bar);
 
     auto* refresh = new QAction(this);
-    refresh->setShortcut(QKeySequence::Refresh);
+    refresh->setShortcuts(QKeySequence::Refresh);
     refresh->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     addAction(refresh);
     connect(refresh, &QAction::triggered, m_bar, &TrackingBar::pressRefresh);

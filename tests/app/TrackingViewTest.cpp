@@ -22,6 +22,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QScrollBar>
 #include <QTemporaryDir>
 #include <QToolTip>
 
@@ -344,6 +345,7 @@ private Q_SLOTS:
         m_view->model().merge(id, result);
         m_view->table().selectRow(m_view->model().positionOf(id).value());
         QTRY_COMPARE(details()->toPlainText().count(QStringLiteral("Nadejście")), 200);
+        QCOMPARE(details()->verticalScrollBar()->value(), 0);
         meter.report("opening 200 events");
         QVERIFY2(meter.longest() < 400, "the main thread was held up");
     }

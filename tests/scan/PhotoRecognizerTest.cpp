@@ -3,7 +3,9 @@
 #include "scan/WorkerSandbox.h"
 #include "tests/support/photo/RegisterPhoto.h"
 
+#include <QBuffer>
 #include <QElapsedTimer>
+#include <QImage>
 #include <QTest>
 
 #include <cerrno>
@@ -192,6 +194,18 @@ private Q_SLOTS:
         PhotoRecognizer recognizer(program());
         QCOMPARE(texts(recognize(recognizer, photoBytes(screenshot(format.constData()).jpeg))),
                  QStringList{"RR473124829PL"});
+    }
+
+    /// Pictures of that size are converted on threads, which must be able to start.
+    void readsALargeTransparentPicture() {
+        const QImage picture = QImage::fromData(screenshot("png").jpeg)
+                                   .scaledToWidth(2600)
+                                   .convertToFormat(QImage::Format_RGBA8888);
+        QByteArray bytes;
+        QBuffer file(&bytes);
+        QVERIFY(picture.save(&file, "tiff"));
+        PhotoRecognizer recognizer(program());
+        QCOMPARE(texts(recognize(recognizer, photoBytes(bytes))), QStringList{"RR473124829PL"});
     }
 
     void triesTheWholeUpload() {
