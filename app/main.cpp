@@ -5,9 +5,11 @@
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
 #include <filesystem>
 #include <langinfo.h>
 #include <system_error>
+#include <unistd.h>
 
 namespace {
 
@@ -32,9 +34,18 @@ bool isAddressFile(int argc, char** argv) {
            std::filesystem::is_regular_file(argv[1], error);
 }
 
+/// Else the next files and sockets would be taken for the standard streams.
+void openMissingStreams() {
+    for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(stream, F_GETFD) < 0)
+            open("/dev/null", O_RDONLY); // to which writing fails, as it should
+    }
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
+    openMissingStreams();
     ensureUtf8Locale();
     makeWriteSignalsErrors();
     if (argc > 1 && !isAddressFile(argc, argv))

@@ -62,6 +62,13 @@ int runCommandLine(int count, char** arguments) {
         return printResult(QString::fromUtf8(overview)) ? done : failed;
     if (name == "--version")
         return printResult(QStringLiteral("kopertal " KOPERTAL_VERSION)) ? done : failed;
+    for (int i = 1; i < count; ++i) {
+        if (!QByteArrayView(arguments[i]).isValidUtf8()) {
+            printMessage(QStringLiteral("Argument nie jest zapisany w UTF-8: %1")
+                             .arg(QString::fromUtf8(arguments[i])));
+            return wrongUsage;
+        }
+    }
     if (isCommand(arguments[1])) {
         const ModuleRun run = loadModule(arguments[1]);
         return run == nullptr ? failed : runGuarded(run, count - 1, arguments + 1);

@@ -66,6 +66,8 @@ std::optional<int> parseOptions(int count, char** arguments, Options& options) {
     }
     for (int i = optind; i < count; ++i)
         options.photos.append(QFile::decodeName(arguments[i]));
+    if (options.photos.contains(QString()))
+        return refuseUsage("scan", QStringLiteral("Ścieżka nie może być pusta."));
     if (options.photos.isEmpty())
         return refuseUsage("scan", QStringLiteral("Podaj co najmniej jedno zdjęcie."));
     if (options.photos.count(standardInput) > 1)
@@ -125,6 +127,8 @@ int scan(const Options& options) {
     }
     if (options.json)
         allPrinted = printResult(QJsonDocument(json));
+    if (!allPrinted)
+        printMessage(QStringLiteral("Nie można wypisać wyniku."));
     return allFound && allPrinted ? done : failed;
 }
 

@@ -85,6 +85,8 @@ std::variant<Options, int> parseOptions(int count, char** arguments) {
             break;
         case savePhotos:
             options.folder = QFile::decodeName(optarg);
+            if (options.folder->isEmpty())
+                return refuseUsage("serve", QStringLiteral("Ścieżka nie może być pusta."));
             break;
         case 'h':
             return printResult(QString::fromUtf8(serveHelp)) ? done : failed;

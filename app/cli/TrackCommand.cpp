@@ -14,7 +14,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QStringDecoder>
 #include <QStringList>
 
 #include <algorithm>
@@ -65,14 +64,8 @@ std::optional<int> parseOptions(int count, char** arguments, Options& options) {
             return refuseOption("track", found, arguments);
         }
     }
-    for (int i = optind; i < count; ++i) {
-        QStringDecoder decoder(QStringDecoder::Utf8, QStringDecoder::Flag::Stateless);
-        const QString number = decoder.decode(QByteArrayView(arguments[i]));
-        if (decoder.hasError())
-            return refuseUsage("track", QStringLiteral("Numer nie jest zapisany w UTF-8: %1")
-                                            .arg(QString::fromUtf8(arguments[i])));
-        options.numbers.append(cleanBarcode(number));
-    }
+    for (int i = optind; i < count; ++i)
+        options.numbers.append(cleanBarcode(QString::fromUtf8(arguments[i])));
     if (options.numbers.isEmpty())
         return refuseUsage("track", QStringLiteral("Podaj co najmniej jeden numer nadawczy."));
     return std::nullopt;
@@ -144,6 +137,8 @@ public:
     void print() const {
         for (const Group& group : m_groups) {
             QString line = group.reason;
+            if (!line.endsWith(u'.'))
+                line += u'.';
             if (!group.numbers.isEmpty()) {
                 line += QStringLiteral(" Bez odpowiedzi: ") +
                         group.numbers.first(std::min(group.numbers.size(), most))
@@ -189,6 +184,8 @@ int track(const Options& options) {
     if (options.json)
         allPrinted = printResult(QJsonDocument(json));
     unanswered.print();
+    if (!allPrinted)
+        printMessage(QStringLiteral("Nie można wypisać wyniku."));
     return unanswered.isEmpty() && allPrinted ? done : failed;
 }
 

@@ -118,7 +118,7 @@ private Q_SLOTS:
                            "empty", "page after 0.1",  "prefix"}
             << fault + "fault, fault after 0.1, fault after 0.2, page, empty i jeszcze 2\n";
         QTest::newRow("unreadable") << QStringList{"latin2"}
-                                    << "Błąd: Nie można odczytać odpowiedzi Bez odpowiedzi: "
+                                    << "Błąd: Nie można odczytać odpowiedzi. Bez odpowiedzi: "
                                        "latin2\n";
         QTest::newRow("empty") << QStringList{""} << "Numer jest pusty.\n";
     }
@@ -163,7 +163,7 @@ private Q_SLOTS:
             runInShell(QStringLiteral(KOPERTAL_PROGRAM " track 1 \"$(printf '2\\263')\""));
         QCOMPARE(outcome.exitCode, 2);
         QCOMPARE(outcome.output, "");
-        QVERIFY(outcome.messages.startsWith("Numer nie jest zapisany w UTF-8: 2\ufffd\n"));
+        QVERIFY(outcome.messages.startsWith("Argument nie jest zapisany w UTF-8: 2\ufffd\n"));
     }
 
 private:
