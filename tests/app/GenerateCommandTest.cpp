@@ -109,8 +109,6 @@ private Q_SLOTS:
         QTest::addColumn<QByteArray>("bytes");
         QTest::newRow("Windows-1250, CR LF")
             << QByteArray("Jan \xa3o\x9c\r\nul. 1\r\n\r\nB\r\nb\r\n");
-        QTest::newRow("ISO 8859-2, CR") << QByteArray("Jan \xa3o\xb6\rul. 1\r\rB \x81\rb\r");
-        QTest::newRow("UTF-8 with a mark") << QByteArray("\xef\xbb\xbfJan Łoś\nul. 1\n\nB\nb");
         QTest::newRow("with what XML cannot hold")
             << QByteArray("Jan \x01Łoś\x1b\nul. 1\n\nB\n\xef\xbf\xbf"
                           "b");
@@ -218,13 +216,6 @@ private Q_SLOTS:
         QCOMPARE(workFiles(), before);
     }
 
-    void theSettingsFolderMayBeGone() {
-        writeSettings(R"({"paths.saveFolder": "/nonexistent/folder"})");
-        const Result result = run({"generate"}, twoRecipients);
-        QCOMPARE(result.messages, "Folder zapisu nie istnieje: /nonexistent/folder\n");
-        QCOMPARE(result.exitCode, 1);
-    }
-
     void refusesWrongUsage_data() {
         QTest::addColumn<QStringList>("arguments");
         const auto row = [](const char* name, const QStringList& arguments) {
@@ -256,23 +247,6 @@ private Q_SLOTS:
         QVERIFY(result.messages.contains("--help"));
         QCOMPARE(workFiles(), QStringList({"a.txt", "folder"}));
         QVERIFY(QFile::exists(m_scratch->filePath("work/folder/below")));
-    }
-
-    void helps_data() {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("says");
-        QTest::newRow("overview") << QStringList{"--help"} << "generate";
-        QTest::newRow("command") << QStringList{"generate", "--help"} << "--sender-address";
-        QTest::newRow("version") << QStringList{"--version"} << "kopertal ";
-    }
-
-    void helps() {
-        QFETCH(QStringList, arguments);
-        QFETCH(QString, says);
-        const Result result = run(arguments);
-        QCOMPARE(result.exitCode, 0);
-        QCOMPARE(result.messages, QString());
-        QVERIFY(result.output.contains(says));
     }
 
     void aSignalLeavesNothing() {

@@ -181,16 +181,6 @@ private Q_SLOTS:
         QCOMPARE(next.senderName(), " ");
         QCOMPARE(next.senderAddress(), QString());
     }
-
-    void readsEveryKey() {
-        writeFile(R"({"sender.name": "A", "sender.address": "B", "paths.saveFolder": "/c",
-                      "iphone.mode": "qr"})");
-        const AppSettings settings{PreferencesStore(m_path)};
-        QCOMPARE(settings.senderName(), "A");
-        QCOMPARE(settings.senderAddress(), "B");
-        QCOMPARE(settings.saveFolder(), "/c");
-        QCOMPARE(settings.iphoneMode(), "qr");
-    }
 };
 
 QTEST_GUILESS_MAIN(SettingsTest)

@@ -136,16 +136,8 @@ private Q_SLOTS:
         QVERIFY(boxText(grid.addressShapes[0]).startsWith("15:"));
     }
 
-    void anEmptySenderKeepsTheTemplatesText_data() {
-        QTest::addColumn<QString>("empty");
-        QTest::newRow("empty") << QString();
-        QTest::newRow("blanks") << QString(" \t\u00a0");
-        QTest::newRow("nothing that prints") << QString(" \u0001\ufffe ");
-    }
-
     void anEmptySenderKeepsTheTemplatesText() {
-        QFETCH(QString, empty);
-        fill(recipients(11), empty, " ul. 1 ");
+        fill(recipients(11), QStringLiteral(" \t\u00a0\u0001\ufffe "), " ul. 1 ");
         const std::vector<SenderShapePair> pairs = findAllSenderShapePairs(openOutput());
         QCOMPARE(boxText(pairs.at(0).addressShape), "18:ul. 1");
         const QString kept = boxText(pairs.at(0).nameShape);
@@ -167,19 +159,12 @@ private Q_SLOTS:
                  "16:ul. 9/00-000 X");
     }
 
-    void refusesWhatCannotBeARegister_data() {
-        QTest::addColumn<int>("recipientCount");
-        QTest::addColumn<int>("lineCount");
-        QTest::newRow("too many recipients") << int(maxRecipients) + 1 << 1;
-        QTest::newRow("no address but a text") << 1 << int(maxAddressLines) + 1;
-    }
-
     void refusesWhatCannotBeARegister() {
-        QFETCH(int, recipientCount);
-        QFETCH(int, lineCount);
-        const ParsedAddress address{QUuid(), "A", QStringList(lineCount, "x")};
-        QVERIFY_THROWS_EXCEPTION(FileError, fill(QList<ParsedAddress>(recipientCount, address)));
-        verifyNothingChanged();
+        const ParsedAddress endless{QUuid(), "A", QStringList(int(maxAddressLines) + 1, "x")};
+        for (const auto& tooMuch : {recipients(int(maxRecipients) + 1), {endless}}) {
+            QVERIFY_THROWS_EXCEPTION(FileError, fill(tooMuch));
+            verifyNothingChanged();
+        }
     }
 
     void refusesAFieldInsideAField() {
@@ -190,24 +175,6 @@ private Q_SLOTS:
         const QString path = m_scratch->filePath("t.dotx");
         QVERIFY(writeArchive(path, templateEntries("<w:document>" + nested + "</w:document>")));
         QVERIFY_THROWS_EXCEPTION(EngineError, fillTemplate({}, path, m_output, {}, {}));
-        verifyNothingChanged();
-    }
-
-    void countsTheRecipientsThatFoundAPlace() {
-        QCOMPARE(fillTemplate(recipients(12), std::nullopt, m_output, {}, {}), 12);
-        const QString path = m_scratch->filePath("t.dotx");
-        QVERIFY(writeArchive(path, templateEntries("<w:document><w:body/></w:document>")));
-        QCOMPARE(fillTemplate(recipients(12), path, m_output, {}, {}), 0);
-    }
-
-    void namesAMissingTemplate() {
-        const QString missing = m_scratch->filePath("brak.dotx");
-        try {
-            fillTemplate(recipients(1), missing, m_output, {}, {});
-            QFAIL("no failure");
-        } catch (const EngineError& error) {
-            QCOMPARE(QString::fromUtf8(error.what()), "Nie znaleziono szablonu: " + missing);
-        }
         verifyNothingChanged();
     }
 
@@ -267,14 +234,6 @@ private Q_SLOTS:
         QCOMPARE(findAllTextboxGrids(openOutput()).size(), size_t(1));
     }
 
-    void stopsOnRequest() {
-        std::stop_source source;
-        source.request_stop();
-        QVERIFY_THROWS_EXCEPTION(Cancelled, fillTemplate(recipients(1), std::nullopt, m_output, {},
-                                                         {}, source.get_token()));
-        verifyNothingChanged();
-    }
-
     void choosesFreeNames() {
         const QString base = m_scratch->filePath("a.b/kopertal_20250102.docx");
         QVERIFY(QDir().mkpath(m_scratch->filePath("a.b")));
@@ -286,13 +245,6 @@ private Q_SLOTS:
         QCOMPARE(uniqueURL(base), m_scratch->filePath("a.b/kopertal_20250102_2.docx"));
         make(m_scratch->filePath("a.b/plain"));
         QCOMPARE(uniqueURL(m_scratch->filePath("a.b/plain")), m_scratch->filePath("a.b/plain_1"));
-    }
-
-    void countsPages() {
-        const QList<std::pair<int, int>> cases = {{0, 1},  {1, 1},  {10, 1},
-                                                  {11, 2}, {20, 2}, {21, 3}};
-        for (const auto& [count, pages] : cases)
-            QCOMPARE(pageCount(count), pages);
     }
 
     /// Last: the program's own template is gone afterwards.

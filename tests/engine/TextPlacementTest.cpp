@@ -126,19 +126,10 @@ private Q_SLOTS:
                                 "</w:p>");
     }
 
-    void leavesAShapeWithoutBoxAlone_data() {
-        QTest::addColumn<QByteArray>("shape");
-        QTest::newRow("no box") << QByteArray(
-            "<wps:wsp><w:txbxContent>t</w:txbxContent></wps:wsp>");
-        QTest::newRow("content not direct") << QByteArray(
-            "<wps:wsp><wps:txbx><x><w:txbxContent>t</w:txbxContent></x></wps:txbx></wps:wsp>");
-        QTest::newRow("only the first box counts")
-            << QByteArray("<wps:wsp><wps:txbx>t</wps:txbx><wps:txbx><w:txbxContent>t</"
-                          "w:txbxContent></wps:txbx></wps:wsp>");
-    }
-
     void leavesAShapeWithoutBoxAlone() {
-        QFETCH(QByteArray, shape);
+        const QByteArray shape =
+            "<wps:wsp><w:txbxContent>t</w:txbxContent><wps:txbx><x><w:txbxContent>t</w:txbxContent>"
+            "</x></wps:txbx><wps:txbx><w:txbxContent>t</w:txbxContent></wps:txbx></wps:wsp>";
         const pugi::xml_node node = shapeWith(shape.constData());
         setTextboxText(node, {"A"}, 8.0);
         setSenderText(node, "A");
