@@ -131,21 +131,15 @@ private Q_SLOTS:
         refuse();
     }
 
-    void refusesAnEntryThatStandsTwice_data() {
-        QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<QByteArray>("becomes");
-        QTest::newRow("file") << QByteArray("word/documenT.xml") << QByteArray("word/document.xml");
-        QTest::newRow("a file's folder") << QByteArray("stylez/a") << QByteArray("styles/a");
-    }
-
     void refusesAnEntryThatStandsTwice() {
-        QFETCH(QByteArray, name);
-        QFETCH(QByteArray, becomes);
-        QList<ArchiveEntry> entries = templateEntries("<a/>");
-        entries << ArchiveEntry{"styles", "s"} << ArchiveEntry{name, "<b/>"};
-        QVERIFY(writeArchive(m_template, entries));
-        setContents(m_template, fileContents(m_template).replace(name, becomes));
-        refuse();
+        for (const auto& [name, becomes] :
+             {std::pair{"word/documenT.xml", "word/document.xml"}, {"stylez/a", "styles/a"}}) {
+            QList<ArchiveEntry> entries = templateEntries("<a/>");
+            entries << ArchiveEntry{"styles", "s"} << ArchiveEntry{name, "<b/>"};
+            QVERIFY(writeArchive(m_template, entries));
+            setContents(m_template, fileContents(m_template).replace(name, becomes));
+            refuse();
+        }
     }
 
     void refusesDamage_data() {
