@@ -57,6 +57,7 @@ CurlTransfer::CurlTransfer(Order order, OriginQueue& queue, TransferContext& con
 CurlTransfer::~CurlTransfer() {
     if (!m_isConnected)
         m_queue.failedToConnect();
+    m_queue.ended();
 }
 
 template <typename T>
@@ -113,6 +114,8 @@ void CurlTransfer::setTransportOptions(const TransferContext& context) {
         set(CURLOPT_USERAGENT, options.userAgent.c_str());
     set(CURLOPT_NOPROXY, context.proxyExceptions.c_str());
     set(CURLOPT_SHARE, context.share);
+    // Else the library looks at every connection of the burst for each request.
+    set(CURLOPT_FRESH_CONNECT, m_queue.mayHaveConnection() ? 0L : 1L);
     set(CURLOPT_NOSIGNAL, 1L);
     set(CURLOPT_DNS_CACHE_TIMEOUT, nameLifetime);
     // A name that is still being looked up must not hold up the others when its time is over.

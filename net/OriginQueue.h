@@ -58,9 +58,14 @@ public:
     void connected(bool isShared);
     /// A started order has ended without one.
     void failedToConnect();
+    /// A started order has ended and may have left its connection to the next.
+    void ended() { m_mayKeep = true; }
+    /// Whether an order can find a connection that stands already.
+    bool mayHaveConnection() const { return m_mayShare || m_mayKeep; }
 
 private:
     bool m_mayShare = true;
+    bool m_mayKeep = false;
     std::deque<Order> m_orders;
     int m_connecting = 0;
     Clock::time_point m_opensAt;
