@@ -106,6 +106,7 @@ void CurlTransfer::setTransportOptions(const TransferContext& context) {
     const HttpOptions& options = context.options;
     const bool overTls = isHttps(m_order.request.url.c_str());
     set(CURLOPT_PROTOCOLS_STR, "http,https");
+    set(CURLOPT_DEFAULT_PROTOCOL, "none"); // an address without one is not guessed at
     set(CURLOPT_REDIR_PROTOCOLS_STR, overTls ? "https" : "http,https");
     set(CURLOPT_FOLLOWLOCATION, m_order.request.followsRedirects ? 1L : 0L);
     set(CURLOPT_MAXREDIRS, maxRedirects);

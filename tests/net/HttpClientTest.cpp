@@ -123,6 +123,7 @@ private Q_SLOTS:
             << "http://no-such-host.invalid/" << HttpFailure::hostNotFound;
         QTest::newRow("no address") << "" << HttpFailure::invalidAddress;
         QTest::newRow("not an address") << "http://[1" << HttpFailure::invalidAddress;
+        QTest::newRow("no scheme") << "localhost:1/service" << HttpFailure::unsupportedAddress;
         QTest::newRow("a file") << "file:///etc/passwd" << HttpFailure::unsupportedAddress;
         QTest::newRow("TLS to a server without")
             << m_standIn->address("greeter") << HttpFailure::tlsFailed;
