@@ -8,15 +8,13 @@
 
 #include <QPainter>
 
-#include <cmath>
-
 namespace morvik {
 namespace {
 
 constexpr int bottomPadding = 6;
 constexpr int gap = 4;
 constexpr int dotSize = 4;
-constexpr int dotShift = -1; // right and down
+constexpr int dotShift = -1; // from the word's upper right corner, right and down
 constexpr double ringRadius = 4;
 const auto leadIn = QStringLiteral("©");
 
@@ -53,13 +51,14 @@ QSize MorvikFooter::sizeHint() const {
     int width = gap;
     for (const Piece& piece : pieces())
         width += piece.width();
-    return {width + dotSize + dotShift, QFontMetrics(uiFont(12)).height() + bottomPadding};
+    return {width, QFontMetrics(uiFont(12)).height() - dotShift + bottomPadding};
 }
 
 void MorvikFooter::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);
-    const int baseLine = QFontMetrics(uiFont(12)).ascent();
+    const int top = -dotShift;
+    const int baseLine = top + QFontMetrics(uiFont(12)).ascent();
     int x = 0;
     for (const Piece& piece : pieces()) {
         painter.setFont(piece.font);
@@ -69,7 +68,7 @@ void MorvikFooter::paintEvent(QPaintEvent*) {
     }
     painter.setPen(Qt::NoPen);
     painter.setBrush(MorvikTheme::Colors::lime);
-    painter.drawEllipse(QRectF(x + dotShift, 1, dotSize, dotSize));
+    painter.drawEllipse(QRectF(x - dotSize + dotShift, top + dotShift, dotSize, dotSize));
 }
 
 } // namespace morvik
