@@ -46,6 +46,8 @@ AboutPanel::AboutPanel(const MorvikAboutCommand& about, QWidget* parent)
     column->addSpacing(8);
     auto* site = new LinkButton(about.websiteLabel, about.websiteURL, uiFont(11), Tones::link);
     column->addWidget(site, 0, Qt::AlignHCenter);
+    setFocusPolicy(Qt::StrongFocus); // else the link would have the keyboard at once
+    setFocus();
     column->addStrut(leastWidth - 2 * sidePadding);
 }
 

@@ -12,6 +12,7 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QScrollBar>
+#include <QStyle>
 #include <QVBoxLayout>
 
 namespace kopertal {
@@ -126,7 +127,8 @@ HelpView::HelpView(const QString& supportEmail, QWidget* parent) : QScrollArea(p
     page->setAutoFillBackground(true);
     page->setPalette(Theme::card);
     auto* column = new QVBoxLayout(page);
-    column->setContentsMargins(padding, padding, padding, padding);
+    const int scrollBar = style()->pixelMetric(QStyle::PM_ScrollBarExtent); // stands in the padding
+    column->setContentsMargins(padding, padding, padding - scrollBar, padding);
     column->setSpacing(itemGap);
     column->addLayout(makeHeader());
     column->addWidget(helpDivider());
@@ -149,6 +151,7 @@ HelpView::HelpView(const QString& supportEmail, QWidget* parent) : QScrollArea(p
     column->addStretch();
 
     setAccessibleName(QStringLiteral("Kopertal — pomoc"));
+    setPalette(Theme::card);
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setWidgetResizable(true);

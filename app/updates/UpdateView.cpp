@@ -19,7 +19,7 @@ namespace {
 
 constexpr int padding = 24;
 constexpr int iconSize = 64;
-constexpr int notesHeight = 220;
+constexpr int notesHeight = 180;
 constexpr int dialogWidth = 520;
 
 QWidget* makeNotes(const QString& notes) {
