@@ -10,7 +10,7 @@ namespace morvik::EmailHelper {
 namespace {
 
 void runXdgEmail(const QStringList& paths) {
-    QStringList arguments{QStringLiteral("--utf8")};
+    QStringList arguments;
     for (const QString& path : paths)
         arguments << QStringLiteral("--attach") << path;
     QProcess tool; // whose outputs nobody reads

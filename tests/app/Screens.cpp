@@ -27,6 +27,7 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QMenu>
 #include <QScrollBar>
 #include <QSemaphore>
 #include <QTcpServer>
@@ -197,6 +198,8 @@ int main(int argc, char** argv) {
         settings, [&](QWidget& shown, const QString& name) { return screens.save(shown, name); });
     openSuccess(window);
     isSaved &= screens.save(window, QStringLiteral("success"));
+    isSaved &= screens.save(*window.applicationMenu(), QStringLiteral("menu-application"));
+    window.applicationMenu()->close();
     isSaved &= saveFrame(screens);
     SenderSetupView form(settings, true);
     isSaved &= screens.save(form, QStringLiteral("settings"));
