@@ -1,6 +1,6 @@
 #include "ui/MorvikHelpWindow.h"
 
-#include <QGuiApplication>
+#include <QApplication>
 #include <QPointer>
 #include <QScreen>
 #include <QShortcut>
@@ -27,7 +27,9 @@ void show(const QString& title, int width, int height, const std::function<QWidg
         auto* close = new QShortcut(QKeySequence(Qt::Key_Escape), window);
         close->setKeys({QKeySequence(Qt::Key_Escape), QKeySequence(Qt::CTRL | Qt::Key_W)});
         QObject::connect(close, &QShortcut::activated, window, &QWidget::close);
-        const QRect room = QGuiApplication::primaryScreen()->availableGeometry();
+        const QWidget* active = QApplication::activeWindow();
+        const QScreen* screen = active ? active->screen() : QGuiApplication::primaryScreen();
+        const QRect room = screen->availableGeometry();
         QRect frame(QPoint(), QSize(width, height).boundedTo(room.size()));
         frame.moveCenter(room.center());
         window->setGeometry(frame);

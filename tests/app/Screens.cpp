@@ -196,10 +196,10 @@ int main(int argc, char** argv) {
     isSaved &= PhoneSheets(screens, window).save();
     isSaved &= saveTrackingScreens(
         settings, [&](QWidget& shown, const QString& name) { return screens.save(shown, name); });
-    openSuccess(window);
-    isSaved &= screens.save(window, QStringLiteral("success"));
     isSaved &= screens.save(*window.applicationMenu(), QStringLiteral("menu-application"));
     window.applicationMenu()->close();
+    openSuccess(window);
+    isSaved &= screens.save(window, QStringLiteral("success"));
     isSaved &= saveFrame(screens);
     SenderSetupView form(settings, true);
     isSaved &= screens.save(form, QStringLiteral("settings"));
