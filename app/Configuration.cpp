@@ -1,6 +1,7 @@
 #include "app/Configuration.h"
 
 #include "app/BuildConfig.h"
+#include "app/BuildNumber.h"
 
 #include <QtGlobal>
 
@@ -25,6 +26,20 @@ HttpOptions httpOptions() {
 
 QString pairingPage() {
     return QStringLiteral(KOPERTAL_PAIRING_PAGE);
+}
+
+FrameTexts frameTexts() {
+    return {QStringLiteral(KOPERTAL_VERSION), QStringLiteral(KOPERTAL_BUILD_NUMBER),
+            QStringLiteral(KOPERTAL_WEBSITE_LABEL), QStringLiteral(KOPERTAL_WEBSITE),
+            QStringLiteral(KOPERTAL_SUPPORT_EMAIL)};
+}
+
+QString updateFeed() {
+    return QStringLiteral(KOPERTAL_UPDATE_FEED);
+}
+
+std::chrono::seconds updateInterval() {
+    return std::chrono::seconds(KOPERTAL_UPDATE_INTERVAL);
 }
 
 } // namespace kopertal

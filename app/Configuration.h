@@ -1,7 +1,10 @@
 #pragma once
 
+#include "app/shell/FrameTexts.h"
 #include "net/HttpMessage.h"
 #include "tracking/TrackingAccess.h"
+
+#include <chrono>
 
 namespace kopertal {
 
@@ -17,5 +20,12 @@ HttpOptions httpOptions();
 
 /// The web page that brings a phone to this computer; see pairingURL().
 QString pairingPage();
+
+/// The program's version and build, the publisher's web site and address.
+FrameTexts frameTexts();
+
+/// Where newer versions are announced, and how often to look there.
+QString updateFeed();
+std::chrono::seconds updateInterval();
 
 } // namespace kopertal

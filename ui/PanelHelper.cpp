@@ -1,12 +1,20 @@
 #include "ui/PanelHelper.h"
 
 #include <QApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDesktopServices>
 #include <QFileDialog>
+#include <QFileInfo>
 
 #include <algorithm>
 
 namespace morvik::PanelHelper {
 namespace {
+
+/// For a file manager that has to be started first.
+constexpr int fileManagerTimeout = 15'000; // milliseconds
 
 bool canBeExtension(const QString& text) {
     return !text.isEmpty() && std::none_of(text.begin(), text.end(), [](QChar c) {
@@ -24,6 +32,12 @@ std::optional<QList<QUrl>> runFilePanel(const QSet<QString>& extensions,
     if (panel.exec() != QDialog::Accepted)
         return std::nullopt;
     return panel.selectedUrls();
+}
+
+void openFolderOf(const QUrl& file) {
+    const QString folder = QFileInfo(file.toLocalFile()).path();
+    if (QFileInfo(folder).isDir())
+        QDesktopServices::openUrl(QUrl::fromLocalFile(folder));
 }
 
 } // namespace
@@ -62,6 +76,31 @@ std::optional<QUrl> chooseDirectory() {
     if (panel.exec() != QDialog::Accepted || panel.selectedUrls().isEmpty())
         return std::nullopt;
     return panel.selectedUrls().front();
+}
+
+void revealInFinder(const QList<QUrl>& files) {
+    if (files.isEmpty() || !files.front().isLocalFile())
+        return;
+    const QUrl file =
+        QUrl::fromLocalFile(QFileInfo(files.front().toLocalFile()).absoluteFilePath());
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.isConnected() || !QFileInfo::exists(file.toLocalFile())) {
+        openFolderOf(file);
+        return;
+    }
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.FileManager1"),
+        QStringLiteral("/org/freedesktop/FileManager1"),
+        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
+    const QString noStartupId;
+    call << QStringList{QString::fromLatin1(file.toEncoded())} << noStartupId;
+    auto* const watcher =
+        new QDBusPendingCallWatcher(bus.asyncCall(call, fileManagerTimeout), qApp);
+    QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, file] {
+        if (watcher->isError())
+            openFolderOf(file);
+        watcher->deleteLater();
+    });
 }
 
 } // namespace morvik::PanelHelper

@@ -7,6 +7,8 @@
 #include "app/http/LoadedHttpCarrier.h"
 #include "app/settings/AppSettings.h"
 #include "app/settings/PreferencesStore.h"
+#include "app/shell/AppDelegate.h"
+#include "app/shell/FrameCommands.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/SingleInstance.h"
 #include "app/shell/TerminationSignals.h"
@@ -35,11 +37,6 @@ QString absolute(const QString& file) {
     return file.isEmpty() ? file : QFileInfo(file).absoluteFilePath();
 }
 
-/// The register of sent letters lives for one run.
-void removeRegister(const AppSettings& settings) {
-    PreferencesStore(PreferencesStore::defaultPath()).remove(settings.sentBooksKey);
-}
-
 void speakPolish(QApplication& application) {
     QLocale::setDefault(QLocale(QLocale::Polish, QLocale::Poland));
     auto* translator = new QTranslator(&application);
@@ -53,11 +50,25 @@ TrackingParts trackingParts() {
             QApplication::applicationFilePath(), pairingPage()};
 }
 
+UpdaterParts updaterParts() {
+    HttpOptions options = httpOptions();
+    options.maxBodyBytes = maxFeedBytes;
+    const FrameTexts texts = frameTexts();
+    return {updateFeed(),
+            texts.version,
+            texts.buildNumber,
+            updateInterval(),
+            PreferencesStore(PreferencesStore::defaultPath()),
+            [options] { return loadHttpCarrier(options); }};
+}
+
 int runFirst(SingleInstance& instance, const QString& file) {
     AppSettings& settings = AppSettings::shared();
-    removeRegister(settings);
+    AppDelegate delegate(PreferencesStore(PreferencesStore::defaultPath()), settings.sentBooksKey,
+                         updaterParts());
     MainWindow window(settings);
     window.addTrackingTab(new TrackingView(settings, trackingParts()));
+    addFrameCommands(window, delegate.updater(), frameTexts());
     QObject::connect(&instance, &SingleInstance::started, &window,
                      [&](const StartMessage& message) {
                          if (!message.activationToken.isEmpty())
@@ -79,10 +90,7 @@ int runFirst(SingleInstance& instance, const QString& file) {
                      [](QSessionManager& session) {
                          session.setRestartCommand({QCoreApplication::applicationFilePath()});
                      });
-    QObject::connect(qApp, &QCoreApplication::aboutToQuit, &instance, [&] {
-        removeRegister(settings);
-        instance.release();
-    });
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, &instance, &SingleInstance::release);
     window.show();
     if (!file.isEmpty())
         window.addresses().loadFile(file);

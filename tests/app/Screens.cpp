@@ -3,22 +3,32 @@
 #include "app/addresses/AddressTextEditor.h"
 #include "app/addresses/AddressView.h"
 #include "app/addresses/SuccessView.h"
+#include "app/help/HelpView.h"
 #include "app/pairing/PairingChoiceView.h"
 #include "app/pairing/PairingSetupView.h"
 #include "app/scanning/IPhoneScanView.h"
 #include "app/sender/SenderSetupView.h"
 #include "app/settings/AppSettings.h"
+#include "app/shell/FrameCommands.h"
+#include "app/shell/FrameTexts.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/WaitingThreads.h"
+#include "app/updates/UpdateView.h"
+#include "app/updates/Updater.h"
 #include "scan/LocalAddress.h"
 #include "scan/PhotoRecognizer.h"
 #include "tests/app/TrackingScreens.h"
+#include "ui/AboutPanel.h"
+#include "ui/Icons.h"
 #include "ui/LimeActionButton.h"
+#include "ui/MorvikAboutCommand.h"
 #include "ui/MorvikStyle.h"
 #include "ui/Sheet.h"
 
 #include <QApplication>
 #include <QFile>
+#include <QMenu>
+#include <QScrollBar>
 #include <QSemaphore>
 #include <QTcpServer>
 #include <QTemporaryDir>
@@ -116,11 +126,38 @@ private:
     MainWindow& m_window;
 };
 
+FrameTexts sampleTexts() {
+    return {QStringLiteral("1.1.0"), QStringLiteral("451"), QStringLiteral("kopertal.example"),
+            QStringLiteral("https://kopertal.example/"), QStringLiteral("pomoc@kopertal.example")};
+}
+
+bool saveFrame(Screens& screens) {
+    const FrameTexts texts = sampleTexts();
+    HelpView help(texts.supportEmail);
+    bool isSaved = screens.save(help, QStringLiteral("help"));
+    help.verticalScrollBar()->triggerAction(QScrollBar::SliderToMaximum);
+    isSaved &= screens.save(help, QStringLiteral("help-end"));
+    auto* about = new morvik::AboutPanel({QStringLiteral("Kopertal"), texts.version,
+                                          texts.buildNumber, texts.websiteLabel, texts.websiteURL});
+    isSaved &= screens.save(*about, QStringLiteral("about"));
+    about->close();
+    const Release release{
+        *parseVersion(u"1.2.0"), QStringLiteral("1.2.0"),
+        QStringLiteral(
+            "• Drukowanie rejestru wprost z okna.\n• Śledzenie listów <b>zwrotnych</b>.\n"
+            "• Szybsze rozpoznawanie zdjęć.\n\nDziękujemy za zgłoszenia."),
+        QUrl(QStringLiteral("https://kopertal.example/1.2.0"))};
+    UpdateView update(release, texts.version, nullptr);
+    return screens.save(update, QStringLiteral("update")) && isSaved;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     QApplication application(argc, argv);
     morvik::MorvikStyle::install(application);
+    QApplication::setApplicationVersion(sampleTexts().version);
+    QApplication::setWindowIcon(morvik::pictureIcon(QStringLiteral(":/kopertal/kopertal.svg")));
     if (argc != 2)
         return 2;
     const QTemporaryDir store;
@@ -139,7 +176,9 @@ int main(int argc, char** argv) {
     settings.setSenderName(QStringLiteral("Pracownia Ceramiki Glina i Ogień"));
     settings.setSenderAddress(QStringLiteral("ul. Świętojańska 18/4, 81-368 Gdynia"));
     settings.setSaveFolder(store.path());
+    Updater updater({{}, {}, {}, std::chrono::seconds(0), PreferencesStore({}), {}});
     MainWindow window(settings);
+    addFrameCommands(window, updater, sampleTexts());
     isSaved &= screens.save(window, QStringLiteral("addresses-empty"));
     AddressTextEditor& editor = window.addresses().editor();
     editor.replaceText(sampleAddresses());
@@ -157,8 +196,11 @@ int main(int argc, char** argv) {
     isSaved &= PhoneSheets(screens, window).save();
     isSaved &= saveTrackingScreens(
         settings, [&](QWidget& shown, const QString& name) { return screens.save(shown, name); });
+    isSaved &= screens.save(*window.applicationMenu(), QStringLiteral("menu-application"));
+    window.applicationMenu()->close();
     openSuccess(window);
     isSaved &= screens.save(window, QStringLiteral("success"));
+    isSaved &= saveFrame(screens);
     SenderSetupView form(settings, true);
     isSaved &= screens.save(form, QStringLiteral("settings"));
     return isSaved ? 0 : 1;

@@ -4,6 +4,7 @@
 #include "app/settings/AppSettings.h"
 #include "app/shell/MainWindow.h"
 #include "tests/support/DragSource.h"
+#include "tests/support/Nameless.h"
 #include "tests/support/Privileges.h"
 #include "ui/LimeActionButton.h"
 #include "ui/MorvikStyle.h"
@@ -11,7 +12,6 @@
 #include "ui/SmallButtons.h"
 #include "ui/TableView.h"
 
-#include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
 #include <QDir>
@@ -43,22 +43,6 @@ morvik::LimeActionButton* button(const QWidget* parent, const QString& title) {
             return each;
     }
     return nullptr;
-}
-
-void collectNameless(QAccessibleInterface* node, QStringList& nameless) {
-    static const QList<QAccessible::Role> named{
-        QAccessible::Window,   QAccessible::Dialog,       QAccessible::Button,
-        QAccessible::MenuItem, QAccessible::EditableText, QAccessible::Table,
-        QAccessible::List,     QAccessible::AlertMessage, QAccessible::PageTab,
-        QAccessible::CheckBox};
-    if (!node->state().invisible && (node->state().focusable || named.contains(node->role())) &&
-        node->text(QAccessible::Name).isEmpty())
-        nameless << QString::fromLatin1(node->object() ? node->object()->metaObject()->className()
-                                                       : "?");
-    for (int child = 0; child < node->childCount(); ++child) {
-        if (QAccessibleInterface* next = node->child(child))
-            collectNameless(next, nameless);
-    }
 }
 
 } // namespace
@@ -331,12 +315,7 @@ private Q_SLOTS:
         QApplication::clipboard()->setText(QStringLiteral("A\nB\n\nC"));
         pressKeys(keys);
         QTest::qWait(500);
-        QStringList nameless;
-        for (QWidget* window : QApplication::topLevelWidgets()) {
-            if (window->isVisible())
-                collectNameless(QAccessible::queryAccessibleInterface(window), nameless);
-        }
-        QCOMPARE(nameless, QStringList());
+        QCOMPARE(namelessParts(), QStringList());
         for (QWidget* window : QApplication::topLevelWidgets())
             window->close();
     }

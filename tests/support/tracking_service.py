@@ -3,7 +3,8 @@
 
 Prints one line of JSON (the addresses of its listeners, the file of its test authority), then serves
 until its standard input ends. What it answers is named by the shipment number of a request, else by
-the path: a document of tracking_documents.py or a behaviour below. "NAME after SECONDS" delays it.
+the path: a document of tracking_documents.py or update_feeds.py, or a behaviour below. "NAME after
+SECONDS" delays it.
 """
 
 import asyncio
@@ -24,6 +25,7 @@ import h2.config
 import h2.connection
 import h2.events
 from tracking_documents import DOCUMENTS, SOAP
+from update_feeds import FEEDS
 
 NUMBER = re.compile(rb"<sled:numer>(.*?)</sled:numer>", re.S)
 recorded = b""
@@ -45,6 +47,8 @@ def wanted(method, path, body):
 def document(name):
     if name in DOCUMENTS:
         return DOCUMENTS[name]
+    if name in FEEDS:
+        return FEEDS[name]
     if name == "recorded":
         return 200, "application/octet-stream", recorded
     if name == "statistics":

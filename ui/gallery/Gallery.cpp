@@ -6,6 +6,7 @@
 #include "ui/Labels.h"
 #include "ui/LimeActionButton.h"
 #include "ui/LimeBorderedButton.h"
+#include "ui/MorvikFooter.h"
 #include "ui/MorvikStyle.h"
 #include "ui/MorvikTheme.h"
 #include "ui/ResultBanner.h"
@@ -177,6 +178,14 @@ void addPanels(QVBoxLayout* page) {
                   QStringLiteral("z tytułem")));
     row->addLayout(captioned(new SectionCard({}, text(QStringLiteral("Treść karty bez tytułu."))),
                              QStringLiteral("bez tytułu")));
+
+    Section marks(page, QStringLiteral("MorvikFooter"));
+    row = marks.row();
+    row->addLayout(captioned(new MorvikFooter, QStringLiteral("zwykły")));
+    auto* focused = new MorvikFooter;
+    row->addLayout(captioned(focused, QStringLiteral("fokus")));
+    pretendFocus(focused);
+    row->addStretch();
 
     Section banners(page, QStringLiteral("ResultBanner"));
     banners.row()->addWidget(

@@ -1,0 +1,290 @@
+#include "app/addresses/AddressTextEditor.h"
+#include "app/addresses/AddressView.h"
+#include "app/help/HelpView.h"
+#include "app/settings/AppSettings.h"
+#include "app/shell/AppDelegate.h"
+#include "app/shell/FrameCommands.h"
+#include "app/shell/FrameTexts.h"
+#include "app/shell/MainWindow.h"
+#include "app/updates/UpdateView.h"
+#include "net/ByteBudget.h"
+#include "tests/support/Nameless.h"
+#include "tests/support/OpenedAddresses.h"
+#include "tests/support/RealKeys.h"
+#include "ui/LinkButton.h"
+#include "ui/MorvikFooter.h"
+#include "ui/MorvikHelpWindow.h"
+#include "ui/MorvikStyle.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPlainTextEdit>
+#include <QScrollBar>
+#include <QTemporaryDir>
+
+#include <memory>
+
+using namespace kopertal;
+using namespace kopertal::testing;
+using namespace std::chrono_literals;
+
+namespace {
+
+/// Answers every request with the same body.
+class Answering : public HttpCarrier {
+public:
+    explicit Answering(QByteArray feed) : m_feed(std::move(feed)) {}
+
+    void send(HttpRequest, Completion completion) override {
+        HttpAnswer answer;
+        answer.status = 200;
+        const auto size = static_cast<std::size_t>(m_feed.size());
+        auto body = std::make_shared<ReceivedBody>(std::make_shared<ByteBudget>(size), size);
+        body->append(m_feed.constData(), size);
+        answer.body = body;
+        completion(std::move(answer));
+    }
+
+private:
+    QByteArray m_feed;
+};
+
+template <typename Window>
+Window* openWindow() {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (auto* found = qobject_cast<Window*>(window); found && found->isVisible())
+            return found;
+    }
+    return nullptr;
+}
+
+/// The help window's page.
+HelpView* openHelp() {
+    for (const QWidget* window : QApplication::topLevelWidgets()) {
+        if (auto* help = window->findChild<HelpView*>(); help && window->isVisible())
+            return help;
+    }
+    return nullptr;
+}
+
+bool isWhollyVisible(const QWidget* part, const HelpView* help) {
+    const QWidget* viewport = help->viewport();
+    return viewport->rect().contains(QRect(part->mapTo(viewport, QPoint(0, 0)), part->size()));
+}
+
+QLabel* labelWith(const QWidget* parent, const QString& text) {
+    for (auto* label : parent->findChildren<QLabel*>()) {
+        if (label->text() == text)
+            return label;
+    }
+    return nullptr;
+}
+
+} // namespace
+
+/// What frames the window, by the X server's keys and pointer.
+class FrameRoadTest : public QObject {
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase() {
+        morvik::MorvikStyle::install(*qApp);
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        QApplication::setApplicationVersion(QStringLiteral("1.1.0"));
+    }
+
+    void init() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_settings = std::make_unique<AppSettings>(store());
+        m_settings->setSenderName(QStringLiteral("Nadawca"));
+        m_settings->setSenderAddress(QStringLiteral("ul. Nowa 1"));
+        m_settings->setSaveFolder(m_folder->path());
+        m_feed = "{\"version\": \"https://jsonfeed.org/version/1\", \"items\": [{\"id\": \"1.2\", "
+                 "\"url\": \"https://example.invalid/1.2\", \"content_text\": \"<b>Nowe</b>\"}]}";
+        m_delegate = std::make_unique<AppDelegate>(
+            store(), m_settings->sentBooksKey,
+            UpdaterParts{QStringLiteral("https://example.invalid/feed"), QStringLiteral("1.1.0"),
+                         QStringLiteral("0"), 24h, store(),
+                         [this] { return std::make_unique<Answering>(m_feed); }, m_startDelay});
+        QApplication::setQuitOnLastWindowClosed(false); // the test's own loop goes on
+        m_window = std::make_unique<MainWindow>(*m_settings);
+        addFrameCommands(*m_window, m_delegate->updater(),
+                         {QStringLiteral("1.1.0"), QStringLiteral("451"),
+                          QStringLiteral("kopertal.example"),
+                          QStringLiteral("https://kopertal.example/"),
+                          QStringLiteral("pomoc@kopertal.example")});
+        m_window->show();
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+    }
+
+    void cleanup() {
+        m_window->close();
+        QTRY_VERIFY(!openHelp());
+        m_window.reset();
+        m_delegate.reset();
+    }
+
+    void menusHaveTheirItems() {
+        QStringList titles;
+        for (QMenu* menu : {m_window->applicationMenu(), m_window->helpMenu()}) {
+            for (const QAction* action : menu->actions())
+                titles << (action->isSeparator() ? QStringLiteral("-")
+                                                 : action->text().remove(u'&'));
+        }
+        QCOMPARE(titles,
+                 (QStringList{QStringLiteral("Kopertal — informacje"),
+                              QStringLiteral("Sprawdź aktualizacje…"), QStringLiteral("-"),
+                              QStringLiteral("Ustawienia…"), QStringLiteral("-"),
+                              QStringLiteral("Zakończ"), QStringLiteral("Kopertal — pomoc"),
+                              QStringLiteral("Kopertal — zgłoś błąd"), QStringLiteral("-")}));
+    }
+
+    void keysOpenTheHelp_data() {
+        QTest::addColumn<QString>("key");
+        QTest::newRow("F1") << "F1";
+        QTest::newRow("Ctrl+?") << "ctrl+question";
+    }
+
+    void keysOpenTheHelp() {
+        QFETCH(QString, key);
+        pressKeys({key});
+        QTRY_VERIFY(openHelp());
+        HelpView* help = openHelp();
+        QCOMPARE(help->size(), QSize(600, 700));
+        QCOMPARE(help->window()->windowTitle(), QStringLiteral("Kopertal — pomoc"));
+        QVERIFY(labelWith(help, QStringLiteral("Wersja 1.1.0")));
+        QTRY_VERIFY(help->window()->isActiveWindow());
+
+        const QLabel* contact = labelWith(help, QStringLiteral("Pytania i sugestie:"));
+        QVERIFY(contact && !isWhollyVisible(contact, help));
+        pressKeys({"End"});
+        QTRY_VERIFY(isWhollyVisible(contact, help));
+        pressKeys({"Home"});
+        QTRY_COMPARE(help->verticalScrollBar()->value(), 0);
+        pressKeys({"Down"});
+        QTRY_VERIFY(help->verticalScrollBar()->value() > 0);
+        pressKeys({"space"});
+        QTRY_COMPARE(help->verticalScrollBar()->value(), help->verticalScrollBar()->maximum());
+        pressKeys({"Prior", "Up"});
+        QTRY_COMPARE(help->verticalScrollBar()->value(), 0);
+
+        OpenedAddresses opened;
+        pressKeys({"Tab"}); // to the link, which comes into view
+        QTRY_VERIFY(isWhollyVisible(help->findChild<morvik::LinkButton*>(), help));
+        pressKeys({"Return"});
+        QTRY_COMPARE(opened.list(),
+                     QList<QByteArray>{"mailto:pomoc@kopertal.example?subject=Kopertal"});
+
+        m_window->raiseToFront();
+        QTRY_VERIFY(m_window->isActiveWindow());
+        pressKeys({"F1"});
+        QTRY_VERIFY(help->window()->isActiveWindow());
+        QCOMPARE(openHelp(), help);
+        QCOMPARE(namelessParts(), QStringList());
+        pressKeys({"Escape"});
+        QTRY_VERIFY(!openHelp());
+    }
+
+    void theHelpKnowsNoVersion() {
+        QApplication::setApplicationVersion({});
+        const HelpView help(QStringLiteral("a@b.example"));
+        QApplication::setApplicationVersion(QStringLiteral("1.1.0"));
+        QVERIFY(labelWith(&help, QStringLiteral("Wersja ?")));
+    }
+
+    void closingTheWindowClosesTheHelp() {
+        pressKeys({"F1"});
+        QTRY_VERIFY(openHelp());
+        m_window->close();
+        QTRY_VERIFY(!openHelp());
+    }
+
+    void theBrandMarkStandsInTheTopBar() {
+        OpenedAddresses opened;
+        clickAt(m_window->findChild<morvik::MorvikFooter*>());
+        QTRY_COMPARE(opened.list().size(), 1);
+        QCOMPARE(namelessParts(), QStringList());
+    }
+
+    void updatesAreShownAndOpened() {
+        check();
+        QTRY_VERIFY(openWindow<UpdateView>());
+        UpdateView* view = openWindow<UpdateView>();
+        QTRY_VERIFY(view->isActiveWindow());
+        QCOMPARE(view->findChild<QPlainTextEdit*>()->toPlainText(), QStringLiteral("<b>Nowe</b>"));
+        QVERIFY(labelWith(
+            view, QStringLiteral("Kopertal 1.2 jest już do pobrania. Używasz wersji 1.1.0.")));
+        QCOMPARE(namelessParts(), QStringList());
+        check();
+        QTest::qWait(100);
+        QVERIFY(openWindow<UpdateView>());
+        OpenedAddresses opened;
+        pressKeys({"Return"});
+        QTRY_COMPARE(opened.list(), QList<QByteArray>{"https://example.invalid/1.2"});
+        QTRY_VERIFY(!openWindow<UpdateView>());
+        QVERIFY(!store().text(QStringLiteral("updates.skippedVersion")));
+    }
+
+    void anUpdateCanBeSkippedOrPutOff() {
+        check();
+        QTRY_VERIFY(openWindow<UpdateView>() && openWindow<UpdateView>()->isActiveWindow());
+        pressKeys({"Escape"});
+        QTRY_VERIFY(!openWindow<UpdateView>());
+        check();
+        QTRY_VERIFY(openWindow<UpdateView>() && openWindow<UpdateView>()->isActiveWindow());
+        for (auto* button : openWindow<UpdateView>()->findChildren<QPushButton*>()) {
+            if (button->text() == QStringLiteral("Pomiń tę wersję"))
+                clickAt(button);
+        }
+        QTRY_VERIFY(!openWindow<UpdateView>());
+        QCOMPARE(store().text(QStringLiteral("updates.skippedVersion")), QStringLiteral("1.2"));
+    }
+
+    void theUserIsToldOfNoUpdateAndOfFailures() {
+        m_feed = "{\"version\": \"https://jsonfeed.org/version/1\", \"items\": []}";
+        check();
+        QTRY_VERIFY(openWindow<QMessageBox>());
+        QTRY_VERIFY(openWindow<QMessageBox>()->isActiveWindow());
+        QCOMPARE(openWindow<QMessageBox>()->text(), QStringLiteral("Masz najnowszą wersję."));
+        pressKeys({"Return"});
+        QTRY_VERIFY(!openWindow<QMessageBox>());
+        m_feed = "x";
+        check();
+        QTRY_VERIFY(openWindow<QMessageBox>());
+        QCOMPARE(openWindow<QMessageBox>()->informativeText(),
+                 QStringLiteral("Nie można odczytać odpowiedzi serwera aktualizacji."));
+    }
+
+    /// It would get the next keys of who is typing.
+    void anUpdateFoundByItselfLeavesTheKeyboard() {
+        cleanup();
+        m_startDelay = 300ms;
+        init();
+        m_startDelay = 1h;
+        QTRY_VERIFY(openWindow<UpdateView>());
+        QTest::qWait(300);
+        QVERIFY(m_window->isActiveWindow());
+        typeText("Anna");
+        QTRY_COMPARE(m_window->addresses().editor().text(), QStringLiteral("Anna"));
+    }
+
+private:
+    PreferencesStore store() const {
+        return PreferencesStore(m_folder->filePath(QStringLiteral("settings.json")));
+    }
+
+    void check() { m_window->applicationMenu()->actions().at(1)->trigger(); }
+
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<AppSettings> m_settings;
+    std::unique_ptr<AppDelegate> m_delegate;
+    std::unique_ptr<MainWindow> m_window;
+    QByteArray m_feed;
+    std::chrono::milliseconds m_startDelay = 1h;
+};
+
+QTEST_MAIN(FrameRoadTest)
+#include "FrameRoadTest.moc"
