@@ -33,11 +33,6 @@ int flagsOf(std::uint32_t events) {
 
 } // namespace
 
-Descriptor::~Descriptor() {
-    if (m_value >= 0)
-        ::close(m_value);
-}
-
 CurlLoop::CurlLoop(HttpOptions options, int wakeUp)
     : m_wakeUp(wakeUp), m_epoll(epoll_create1(EPOLL_CLOEXEC)) {
     if (m_epoll.get() < 0)

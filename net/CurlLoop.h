@@ -1,6 +1,7 @@
 #pragma once
 
 #include "net/CurlTransfer.h"
+#include "net/Descriptor.h"
 #include "net/OriginQueue.h"
 
 #include <curl/curl.h>
@@ -12,19 +13,6 @@
 #include <unordered_map>
 
 namespace kopertal {
-
-/// A file descriptor that is closed at the end.
-class Descriptor {
-public:
-    explicit Descriptor(int value) : m_value(value) {}
-    ~Descriptor();
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return m_value; }
-
-private:
-    int m_value;
-};
 
 /// Drives any number of transfers by the descriptors that have something to say, so that one more
 /// waiting transfer costs the others nothing. One thread. Nothing but the constructor throws: what

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <QLocalServer>
+#include "net/Descriptor.h"
+
 #include <QLockFile>
 #include <QObject>
 
@@ -15,13 +16,15 @@ struct StartMessage {
 };
 
 /// Sees to it that a user has one window. Nothing stored is touched before claim().
+///
+/// Starts meet at a socket of the kernel's own kind, which keeps messages apart: the toolkit's
+/// local sockets would bring its whole network library into the window.
 class SingleInstance : public QObject {
     Q_OBJECT
 
 public:
     /// `folder` is the user's own, one for each machine.
     explicit SingleInstance(const QString& folder, QObject* parent = nullptr);
-    ~SingleInstance() override;
 
     /// Whether this process is the user's only one; from then on it hears the others.
     bool claim();
@@ -37,11 +40,13 @@ Q_SIGNALS:
     void started(const kopertal::StartMessage& message);
 
 private:
-    void receive(QLocalSocket* socket);
+    void listen();
+    void welcome();
+    void receive(int connection);
 
-    QString m_socketPath;
+    QByteArray m_socketPath;
     QLockFile m_lock;
-    QLocalServer m_server;
+    std::unique_ptr<Descriptor> m_server; // while it listens
 };
 
 } // namespace kopertal

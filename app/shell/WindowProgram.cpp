@@ -8,7 +8,9 @@
 #include "app/settings/AppSettings.h"
 #include "app/settings/PreferencesStore.h"
 #include "app/shell/AppDelegate.h"
+#include "app/shell/FontReading.h"
 #include "app/shell/FrameCommands.h"
+#include "app/shell/LatePage.h"
 #include "app/shell/MainWindow.h"
 #include "app/shell/SingleInstance.h"
 #include "app/shell/TerminationSignals.h"
@@ -67,7 +69,8 @@ int runFirst(SingleInstance& instance, const QString& file) {
     AppDelegate delegate(PreferencesStore(PreferencesStore::defaultPath()), settings.sentBooksKey,
                          updaterParts());
     MainWindow window(settings);
-    window.addTrackingTab(new TrackingView(settings, trackingParts()));
+    window.addTrackingTab(
+        new LatePage([&settings] { return new TrackingView(settings, trackingParts()); }));
     addFrameCommands(window, delegate.updater(), frameTexts());
     QObject::connect(&instance, &SingleInstance::started, &window,
                      [&](const StartMessage& message) {
@@ -101,7 +104,9 @@ int runFirst(SingleInstance& instance, const QString& file) {
 
 int runWindow(int& count, char** arguments) {
     const QString file = count > 1 ? QFile::decodeName(arguments[1]) : QString();
+    FontReading fonts;
     QApplication application(count, arguments);
+    fonts.applicationExists();
     QApplication::setApplicationName(QStringLiteral("kopertal"));
     QApplication::setApplicationDisplayName(QStringLiteral("Kopertal"));
     QApplication::setApplicationVersion(QStringLiteral(KOPERTAL_VERSION));
