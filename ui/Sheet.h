@@ -3,11 +3,14 @@
 #include <QPointer>
 #include <QWidget>
 
+class QScrollArea;
+
 namespace morvik {
 
 /// A panel that slides over its window and holds it until it is closed: the window's content is
 /// dimmed and gets neither mouse nor keyboard nor shortcuts, and the focus stays on the panel. It
-/// stays in the window, so that it moves, grows and closes with it.
+/// stays in the window, so that it moves, grows and closes with it; what is larger than the window
+/// scrolls.
 class Sheet : public QWidget {
     Q_OBJECT
 
@@ -43,6 +46,7 @@ private:
     void keepFocus(QWidget* now);
 
     QWidget* m_content;
+    QScrollArea* m_panel;
     QPointer<QWidget> m_before;
     bool m_closesOnEscape = false;
     bool m_isBranded = false;

@@ -58,6 +58,19 @@ MainWindow::MainWindow(AppSettings& settings)
 void MainWindow::addTrackingTab(QWidget* page) {
     m_content->addTab(AppTab::tracking, page);
     addTabAction(AppTab::tracking);
+    m_viewMenu->addSeparator();
+    for (QAction* action : page->actions()) {
+        if (!action->text().isEmpty()) {
+            m_viewMenu->addAction(action);
+            enableWith(AppTab::tracking, action);
+        }
+    }
+}
+
+void MainWindow::enableWith(AppTab tab, QAction* action) {
+    action->setEnabled(m_content->selectedTab() == tab);
+    connect(m_content, &ContentView::tabSelected, action,
+            [action, tab](AppTab selected) { action->setEnabled(selected == tab); });
 }
 
 void MainWindow::addApplicationMenu() {
@@ -94,8 +107,7 @@ void MainWindow::addEditMenu() {
                                      void (AddressView::*slot)()) {
         QAction* action = menu->addAction(title, m_addresses, slot);
         action->setShortcuts(keys);
-        connect(m_content, &ContentView::tabSelected, action,
-                [action](AppTab tab) { action->setEnabled(tab == AppTab::addresses); });
+        enableWith(AppTab::addresses, action);
     };
     addForAddresses(QStringLiteral("&Otwórz adresy…"), {QKeySequence(Qt::CTRL | Qt::Key_O)},
                     &AddressView::chooseFile);

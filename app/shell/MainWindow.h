@@ -24,7 +24,8 @@ public:
     ContentView& content() { return *m_content; }
     AddressView& addresses() { return *m_addresses; }
 
-    /// Adds the second tab; takes `page` over.
+    /// Adds the second tab; takes `page` over. Its actions with a title stand in the menu "Widok",
+    /// and work while the tab is shown.
     void addTrackingTab(QWidget* page);
 
     QMenu* applicationMenu() { return m_applicationMenu; }
@@ -45,6 +46,7 @@ private:
     void addEditMenu();
     void addViewMenu();
     void addTabAction(AppTab tab);
+    void enableWith(AppTab tab, QAction* action);
     void showSenderSheet();
 
     AppSettings& m_settings;
