@@ -24,6 +24,18 @@ KeyPress& lastKeyPress() {
     return press;
 }
 
+quint64& lastReleaseTime() {
+    static quint64 time = 0;
+    return time;
+}
+
+/// A key that is held is released and pressed in the same moment, again and again; X11 does not
+/// always tell.
+bool isRepeated(const QKeyEvent* press) {
+    return press->isAutoRepeat() ||
+           (press->timestamp() != 0 && press->timestamp() == lastReleaseTime());
+}
+
 bool isRecent(const QElapsedTimer& time) {
     return time.isValid() && time.elapsed() < QApplication::doubleClickInterval();
 }
@@ -68,7 +80,7 @@ void KitButton::keyPressEvent(QKeyEvent* event) {
         return;
     }
     if (isReturn || event->key() == Qt::Key_Space) {
-        if (event->isAutoRepeat()) // of a press that was for what it has done already
+        if (isRepeated(event)) // its first press has done what it was for
             return;
         const KeyPress before = std::exchange(lastKeyPress(), KeyPress{this, window(), {}});
         lastKeyPress().time.start();
@@ -77,6 +89,11 @@ void KitButton::keyPressEvent(QKeyEvent* event) {
             return;
     }
     QPushButton::keyPressEvent(event);
+}
+
+void KitButton::keyReleaseEvent(QKeyEvent* event) {
+    lastReleaseTime() = event->timestamp();
+    QPushButton::keyReleaseEvent(event);
 }
 
 void KitButton::mouseDoubleClickEvent(QMouseEvent* event) {

@@ -34,6 +34,7 @@ protected:
     void paintSpinner(QPainter& painter, const QRectF& square, const QColor& color) const;
 
     void keyPressEvent(QKeyEvent* event) override;
+    void keyReleaseEvent(QKeyEvent* event) override;
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;

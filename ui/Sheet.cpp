@@ -1,5 +1,6 @@
 #include "ui/Sheet.h"
 
+#include "ui/Fonts.h"
 #include "ui/MorvikTheme.h"
 #include "ui/Tones.h"
 
@@ -19,6 +20,8 @@ namespace {
 
 constexpr double radius = 12;
 constexpr double dimming = 0.34;
+constexpr int scrollingMargin = 12; // above and below a panel that fills the window
+constexpr int widestContent = 720;  // in the smallest window, beside a scroll bar
 constexpr int shadowReach = 28;
 constexpr int shadowDrop = 10;
 
@@ -56,6 +59,10 @@ Sheet::Sheet(QWidget* content, const QString& name, QWidget* window)
     for (QWidget* ground : {m_panel->viewport(), content})
         ground->setAutoFillBackground(false); // the sheet paints it, with its round corners
     hide();
+}
+
+int Sheet::contentWidth(int pixels) {
+    return std::min(textPixels(pixels), std::max(pixels, widestContent));
 }
 
 void Sheet::open(QWidget* first) {
@@ -98,8 +105,11 @@ void Sheet::placePanel() {
     if (m_content->hasHeightForWidth()) // a hint alone takes wrapped texts for narrower ones
         wanted.setHeight(
             std::max(m_content->heightForWidth(wanted.width()), m_content->minimumHeight()));
-    if (wanted.height() > height())
+    wanted = wanted.boundedTo(m_content->maximumSize());
+    if (wanted.height() > height()) {
         wanted.rwidth() += m_panel->verticalScrollBar()->sizeHint().width();
+        wanted.setHeight(height() - 2 * scrollingMargin);
+    }
     const QSize size = wanted.boundedTo(this->size());
     const int free = height() - size.height();
     const int top = std::clamp(free * 2 / 5, std::min(height() / 10, std::max(0, free)),

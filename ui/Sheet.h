@@ -18,6 +18,10 @@ public:
     /// Takes `content` over; `window` is the window that is held, `name` what a screen reader says.
     Sheet(QWidget* content, const QString& name, QWidget* window);
 
+    /// `pixels` for the width of a content, more where texts are larger, as far as the smallest
+    /// window has room.
+    static int contentWidth(int pixels);
+
     /// Whether Escape closes it; not unless set.
     void setClosesOnEscape(bool closes) { m_closesOnEscape = closes; }
     /// A lime frame of 2 pixels, for forms.

@@ -6,6 +6,7 @@
 #include "ui/IconLabel.h"
 #include "ui/Labels.h"
 #include "ui/LimeBorderedButton.h"
+#include "ui/Sheet.h"
 #include "ui/SmallButtons.h"
 
 #include <QLabel>
@@ -59,7 +60,7 @@ PairingChoiceView::PairingChoiceView(QWidget* parent)
     : QWidget(parent),
       m_pair(new morvik::LimeBorderedButton(QStringLiteral("Tak, sparuj iPhone'a"),
                                             QStringLiteral("link"))) {
-    setFixedWidth(sheetWidth);
+    setFixedWidth(morvik::Sheet::contentWidth(sheetWidth));
     auto* scan = new morvik::TextButton(QStringLiteral("Nie, skanuj kod QR za każdym razem"));
     connect(m_pair, &morvik::LimeBorderedButton::clicked, this,
             [this] { choose(QStringLiteral("paired")); });

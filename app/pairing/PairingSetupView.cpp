@@ -12,6 +12,7 @@
 #include "ui/Layouts.h"
 #include "ui/LimeBorderedButton.h"
 #include "ui/SelectableText.h"
+#include "ui/Sheet.h"
 #include "ui/Tones.h"
 
 #include <QAccessible>
@@ -90,7 +91,7 @@ PairingSetupView::PairingSetupView(const QString& pairingPage, QWidget* parent)
       m_qrCode(new QrCodeView(qrSide, qrPadding)),
       m_status(centredLabel({}, morvik::uiFont(12, QFont::Medium), Theme::textMuted)),
       m_done(new morvik::LimeBorderedButton(QStringLiteral("Gotowe"))) {
-    setFixedWidth(sheetWidth);
+    setFixedWidth(morvik::Sheet::contentWidth(sheetWidth));
     m_status->setMinimumHeight(m_status->fontMetrics().height()); // keeps its place while empty
     m_done->setMinimumWidth(buttonWidth);
     connect(m_done, &morvik::LimeBorderedButton::clicked, this, &PairingSetupView::finish);

@@ -9,6 +9,7 @@
 #include "ui/Labels.h"
 #include "ui/LimeBorderedButton.h"
 #include "ui/MorvikTheme.h"
+#include "ui/Sheet.h"
 #include "ui/Spinner.h"
 
 #include <QAccessible>
@@ -52,7 +53,7 @@ IPhoneScanView::IPhoneScanView(PhotoRecognizer& recognizer, bool usePairedMode, 
       m_hint(centredLabel({}, morvik::uiFont(11), Theme::textMuted)),
       m_close(new morvik::LimeBorderedButton(usePairedMode ? QStringLiteral("Gotowe")
                                                            : QStringLiteral("Anuluj"))) {
-    setFixedWidth(sheetWidth);
+    setFixedWidth(morvik::Sheet::contentWidth(sheetWidth));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(sidePadding, padding, sidePadding, padding);
     column->setSpacing(0);

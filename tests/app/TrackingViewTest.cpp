@@ -238,6 +238,14 @@ private Q_SLOTS:
         pressKeys({"space"});
         QTRY_VERIFY(!button("Anuluj"));
 
+        button("Skanuj")->setFocus();
+        xdotool({"keydown", "Return"});
+        QTest::qWait(1500); // it repeats
+        xdotool({"keyup", "Return"});
+        QVERIFY(button("Anuluj"));
+        pressKeys({"Escape"});
+        QTRY_VERIFY(!button("Anuluj"));
+
         pressKeys({"alt+w", "s"});
         QTRY_VERIFY(button("Tak, sparuj iPhone'a"));
         const QPoint at = button("Nie, skanuj kod QR za każdym razem")->mapToGlobal(QPoint(20, 10));
