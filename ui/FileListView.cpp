@@ -4,6 +4,7 @@
 #include "ui/IconLabel.h"
 #include "ui/Labels.h"
 #include "ui/MorvikTheme.h"
+#include "ui/PlainToolTip.h"
 #include "ui/SmallButtons.h"
 #include "ui/Tones.h"
 
@@ -148,7 +149,7 @@ QWidget* FileListView::makeRow(qsizetype index) {
     const QString fileName = m_files[index].fileName();
     auto* name = plainLabel(fileName, textFont(), Tones::label);
     name->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
-    name->setToolTip(fileName.toHtmlEscaped());
+    name->setToolTip(plainToolTip(fileName));
     line->addWidget(name, 1);
 
     const auto addButton = [&](const QString& icon, const QString& what, const QColor& color,

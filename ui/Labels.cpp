@@ -24,4 +24,10 @@ QLabel* wrappedLabel(const QString& text, const QFont& font, const QColor& color
     return label;
 }
 
+QLabel* centredLabel(const QString& text, const QFont& font, const QColor& color) {
+    QLabel* label = wrappedLabel(text, font, color);
+    label->setAlignment(Qt::AlignHCenter);
+    return label;
+}
+
 } // namespace morvik

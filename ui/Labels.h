@@ -18,4 +18,7 @@ QLabel* plainLabel(const QString& text, const QFont& font, const QColor& color);
 /// The same, for text that may need several lines.
 QLabel* wrappedLabel(const QString& text, const QFont& font, const QColor& color);
 
+/// The same, its lines in the middle.
+QLabel* centredLabel(const QString& text, const QFont& font, const QColor& color);
+
 } // namespace morvik

@@ -27,6 +27,14 @@ QVBoxLayout* paneColumn(QWidget* pane, QHBoxLayout* header) {
     return column;
 }
 
+QWidget* makeDivider(const QColor& color) {
+    auto* line = new QWidget;
+    line->setFixedHeight(1);
+    line->setAutoFillBackground(true);
+    line->setPalette(color);
+    return line;
+}
+
 QHBoxLayout* actionRow(const QList<LimeActionButton*>& buttons) {
     auto* row = new QHBoxLayout;
     row->setSpacing(actionGap);

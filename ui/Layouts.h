@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QColor>
 #include <QList>
 
 class QHBoxLayout;
@@ -13,6 +14,9 @@ class LimeActionButton;
 /// The column of a pane, padded by 16 on all sides, that begins with its header row: 24 high and 8
 /// above what is added.
 QVBoxLayout* paneColumn(QWidget* pane, QHBoxLayout* header);
+
+/// A hairline from side to side.
+QWidget* makeDivider(const QColor& color);
 
 /// Action buttons side by side, equally wide, as at the foot of a sheet.
 QHBoxLayout* actionRow(const QList<LimeActionButton*>& buttons);

@@ -41,9 +41,9 @@ const QString& LimeActionButton::shownTitle() const {
 
 QSize LimeActionButton::sizeHint() const {
     const int spinner = isProcessing() ? spinnerSize + spinnerGap : 0;
-    return {fontMetrics().horizontalAdvance(shownTitle()) + spinner + pictureSize + iconGap +
-                2 * sidePadding,
-            std::max(textPixels(lineHeight), fontMetrics().height()) + 2 * verticalPadding};
+    return paddedSize(fontMetrics().horizontalAdvance(shownTitle()) + spinner + pictureSize +
+                          iconGap,
+                      lineHeight, sidePadding, verticalPadding);
 }
 
 void LimeActionButton::paintEvent(QPaintEvent*) {

@@ -64,8 +64,7 @@ int LimeBorderedButton::contentWidth() const {
 }
 
 QSize LimeBorderedButton::sizeHint() const {
-    return {contentWidth() + 2 * m_sidePadding,
-            std::max(textPixels(lineHeight), fontMetrics().height()) + 2 * verticalPadding};
+    return paddedSize(contentWidth(), lineHeight, m_sidePadding, verticalPadding);
 }
 
 void LimeBorderedButton::paintEvent(QPaintEvent*) {

@@ -1,5 +1,6 @@
 #include "ui/Sheet.h"
 
+#include "ui/Fonts.h"
 #include "ui/MorvikTheme.h"
 #include "ui/Tones.h"
 
@@ -9,6 +10,8 @@
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QPainter>
+#include <QScrollArea>
+#include <QScrollBar>
 
 #include <algorithm>
 
@@ -17,6 +20,8 @@ namespace {
 
 constexpr double radius = 12;
 constexpr double dimming = 0.34;
+constexpr int scrollingMargin = 12; // above and below a panel that fills the window
+constexpr int widestContent = 720;  // in the smallest window, beside a scroll bar
 constexpr int shadowReach = 28;
 constexpr int shadowDrop = 10;
 
@@ -40,15 +45,24 @@ void paintShadow(QPainter& painter, const QRectF& panel) {
 } // namespace
 
 Sheet::Sheet(QWidget* content, const QString& name, QWidget* window)
-    : QWidget(window), m_content(content) {
+    : QWidget(window), m_content(content), m_panel(new QScrollArea(this)) {
     [[maybe_unused]] static const bool isInstalled = [] {
         QAccessible::installFactory(makeAccessible);
         return true;
     }();
     setAccessibleName(name);
     setFocusPolicy(Qt::NoFocus);
-    content->setParent(this);
+    m_panel->setFrameShape(QFrame::NoFrame);
+    m_panel->setFocusPolicy(Qt::NoFocus);
+    m_panel->setWidgetResizable(true);
+    m_panel->setWidget(content);
+    for (QWidget* ground : {m_panel->viewport(), content})
+        ground->setAutoFillBackground(false); // the sheet paints it, with its round corners
     hide();
+}
+
+int Sheet::contentWidth(int pixels) {
+    return std::min(textPixels(pixels), std::max(pixels, widestContent));
 }
 
 void Sheet::open(QWidget* first) {
@@ -91,11 +105,16 @@ void Sheet::placePanel() {
     if (m_content->hasHeightForWidth()) // a hint alone takes wrapped texts for narrower ones
         wanted.setHeight(
             std::max(m_content->heightForWidth(wanted.width()), m_content->minimumHeight()));
+    wanted = wanted.boundedTo(m_content->maximumSize());
+    if (wanted.height() > height()) {
+        wanted.rwidth() += m_panel->verticalScrollBar()->sizeHint().width();
+        wanted.setHeight(height() - 2 * scrollingMargin);
+    }
     const QSize size = wanted.boundedTo(this->size());
     const int free = height() - size.height();
     const int top = std::clamp(free * 2 / 5, std::min(height() / 10, std::max(0, free)),
                                std::max(height() / 3, 0));
-    m_content->setGeometry(QRect(QPoint((width() - size.width()) / 2, std::min(top, free)), size));
+    m_panel->setGeometry(QRect(QPoint((width() - size.width()) / 2, std::min(top, free)), size));
     update();
 }
 
@@ -169,7 +188,7 @@ void Sheet::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.fillRect(rect(), Tones::faded(Tones::label, dimming));
     painter.setRenderHint(QPainter::Antialiasing);
-    const QRectF panel(m_content->geometry());
+    const QRectF panel(m_panel->geometry());
     paintShadow(painter, panel);
     const double width = m_isBranded ? 2 : 1;
     const QRectF frame = panel.adjusted(-width / 2, -width / 2, width / 2, width / 2);

@@ -17,6 +17,7 @@ namespace {
 constexpr double smallRadius = 6;
 constexpr int textSidePadding = 12;
 constexpr int textVerticalPadding = 6;
+constexpr int lineHeight = 20;
 constexpr int tabSidePadding = 20;
 constexpr int tabVerticalPadding = 10;
 constexpr int tabBar = 3;
@@ -37,8 +38,7 @@ void LimeSmallButton::setMeasures(int textSize, int sidePadding, int verticalPad
 }
 
 QSize LimeSmallButton::sizeHint() const {
-    return {fontMetrics().horizontalAdvance(text()) + 2 * m_sidePadding,
-            fontMetrics().height() + 2 * m_verticalPadding};
+    return paddedSize(fontMetrics().horizontalAdvance(text()), 0, m_sidePadding, m_verticalPadding);
 }
 
 void LimeSmallButton::paintEvent(QPaintEvent*) {
@@ -89,8 +89,8 @@ TextButton::TextButton(const QString& title, QWidget* parent) : KitButton(title,
 }
 
 QSize TextButton::sizeHint() const {
-    return {fontMetrics().horizontalAdvance(text()) + 2 * textSidePadding,
-            std::max(textPixels(20), fontMetrics().height()) + 2 * textVerticalPadding};
+    return paddedSize(fontMetrics().horizontalAdvance(text()), lineHeight, textSidePadding,
+                      textVerticalPadding);
 }
 
 void TextButton::paintEvent(QPaintEvent*) {
@@ -117,8 +117,8 @@ TabButton::TabButton(const QString& title, QWidget* parent) : KitButton(title, {
 }
 
 QSize TabButton::sizeHint() const {
-    return {fontMetrics().horizontalAdvance(text()) + 2 * tabSidePadding,
-            std::max(textPixels(20), fontMetrics().height()) + 2 * tabVerticalPadding};
+    return paddedSize(fontMetrics().horizontalAdvance(text()), lineHeight, tabSidePadding,
+                      tabVerticalPadding);
 }
 
 void TabButton::paintEvent(QPaintEvent*) {

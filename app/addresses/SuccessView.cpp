@@ -5,6 +5,7 @@
 #include "ui/Labels.h"
 #include "ui/Layouts.h"
 #include "ui/LimeActionButton.h"
+#include "ui/Sheet.h"
 #include "ui/Tones.h"
 
 #include <QFileInfo>
@@ -25,7 +26,7 @@ SuccessView::SuccessView(qsizetype count, qsizetype pages, const std::optional<Q
     using morvik::LimeActionButton;
     using morvik::wrappedLabel;
     namespace Tones = morvik::Tones;
-    setFixedWidth(sheetWidth);
+    setFixedWidth(morvik::Sheet::contentWidth(sheetWidth));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(padding, padding, padding, padding);
     column->setSpacing(8);

@@ -5,6 +5,7 @@
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
 #include "ui/Labels.h"
+#include "ui/PlainToolTip.h"
 
 #include <QHBoxLayout>
 #include <QLabel>
@@ -30,10 +31,9 @@ public:
     using QStringListModel::QStringListModel;
 
     QVariant data(const QModelIndex& index, int role) const override {
-        return role == Qt::ToolTipRole
-                   ? QVariant(
-                         QStringListModel::data(index, Qt::DisplayRole).toString().toHtmlEscaped())
-                   : QStringListModel::data(index, role);
+        if (role != Qt::ToolTipRole)
+            return QStringListModel::data(index, role);
+        return morvik::plainToolTip(QStringListModel::data(index, Qt::DisplayRole).toString());
     }
 };
 

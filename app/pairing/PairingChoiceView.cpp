@@ -6,6 +6,7 @@
 #include "ui/IconLabel.h"
 #include "ui/Labels.h"
 #include "ui/LimeBorderedButton.h"
+#include "ui/Sheet.h"
 #include "ui/SmallButtons.h"
 
 #include <QLabel>
@@ -14,7 +15,7 @@
 
 namespace kopertal {
 
-using morvik::plainLabel;
+using morvik::centredLabel;
 
 namespace {
 
@@ -23,13 +24,6 @@ constexpr int padding = 24;
 constexpr int iconSize = 40;
 constexpr int iconPadding = 12;
 constexpr int checkSize = 14;
-
-QLabel* centred(const QString& text, const QFont& font, const QColor& color) {
-    QLabel* label = plainLabel(text, font, color);
-    label->setAlignment(Qt::AlignHCenter);
-    label->setWordWrap(true);
-    return label;
-}
 
 /// What speaks for pairing, in a white box.
 class Benefits : public QWidget {
@@ -45,9 +39,7 @@ public:
             row->setSpacing(8);
             row->addWidget(new morvik::IconLabel(QStringLiteral("checkmark.circle.fill"), checkSize,
                                                  Theme::success));
-            QLabel* label = plainLabel(text, morvik::textFont(), Theme::textMain);
-            label->setWordWrap(true);
-            row->addWidget(label, 1);
+            row->addWidget(morvik::wrappedLabel(text, morvik::textFont(), Theme::textMain), 1);
             rows->addLayout(row);
         }
     }
@@ -68,7 +60,7 @@ PairingChoiceView::PairingChoiceView(QWidget* parent)
     : QWidget(parent),
       m_pair(new morvik::LimeBorderedButton(QStringLiteral("Tak, sparuj iPhone'a"),
                                             QStringLiteral("link"))) {
-    setFixedWidth(sheetWidth);
+    setFixedWidth(morvik::Sheet::contentWidth(sheetWidth));
     auto* scan = new morvik::TextButton(QStringLiteral("Nie, skanuj kod QR za każdym razem"));
     connect(m_pair, &morvik::LimeBorderedButton::clicked, this,
             [this] { choose(QStringLiteral("paired")); });
@@ -80,16 +72,17 @@ PairingChoiceView::PairingChoiceView(QWidget* parent)
     column->addWidget(new PhoneTile(iconSize, iconPadding), 0, Qt::AlignHCenter);
     column->addSpacing(12);
     column->addWidget(
-        centred(QStringLiteral("Sparuj iPhone'a"), morvik::sheetTitleFont(), Theme::primary));
+        centredLabel(QStringLiteral("Sparuj iPhone'a"), morvik::sheetTitleFont(), Theme::primary));
     column->addSpacing(8);
-    column->addWidget(centred(QStringLiteral("Jeśli zawsze korzystasz z tego samego iPhone'a, "
-                                             "możesz go sparować z aplikacją."),
-                              morvik::textFont(), Theme::textMain));
+    column->addWidget(centredLabel(QStringLiteral("Jeśli zawsze korzystasz z tego samego iPhone'a, "
+                                                  "możesz go sparować z aplikacją."),
+                                   morvik::textFont(), Theme::textMain));
     column->addSpacing(20);
     column->addWidget(new Benefits);
     column->addSpacing(12);
-    column->addWidget(centred(QStringLiteral("Oba urządzenia muszą być w tej samej sieci Wi-Fi."),
-                              morvik::uiFont(11), Theme::textMuted));
+    column->addWidget(
+        centredLabel(QStringLiteral("Oba urządzenia muszą być w tej samej sieci Wi-Fi."),
+                     morvik::uiFont(11), Theme::textMuted));
     column->addSpacing(20);
     column->addWidget(m_pair);
     column->addSpacing(10);

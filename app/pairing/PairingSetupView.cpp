@@ -9,8 +9,10 @@
 #include "scan/LocalAddress.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"
+#include "ui/Layouts.h"
 #include "ui/LimeBorderedButton.h"
 #include "ui/SelectableText.h"
+#include "ui/Sheet.h"
 #include "ui/Tones.h"
 
 #include <QAccessible>
@@ -25,6 +27,7 @@
 
 namespace kopertal {
 
+using morvik::centredLabel;
 using morvik::plainLabel;
 
 namespace {
@@ -71,24 +74,8 @@ QLayout* step(int number, const QString& text) {
     auto* row = new QHBoxLayout;
     row->setSpacing(10);
     row->addWidget(new StepNumber(number), 0, Qt::AlignTop);
-    QLabel* label = plainLabel(text, morvik::textFont(), Theme::textMain);
-    label->setWordWrap(true);
-    row->addWidget(label, 1);
+    row->addWidget(morvik::wrappedLabel(text, morvik::textFont(), Theme::textMain), 1);
     return row;
-}
-
-QWidget* divider() {
-    auto* line = new QWidget;
-    line->setFixedHeight(1);
-    line->setAutoFillBackground(true);
-    line->setPalette(Theme::border);
-    return line;
-}
-
-QLabel* centred(QLabel* label) {
-    label->setAlignment(Qt::AlignHCenter);
-    label->setWordWrap(true);
-    return label;
 }
 
 } // namespace
@@ -102,9 +89,9 @@ PairingSetupView::PairingSetupView(const QString& pairingPage, QWidget* parent)
                                                  morvik::uiFont(11), Theme::textMuted)),
       m_qrPart(new QWidget),
       m_qrCode(new QrCodeView(qrSide, qrPadding)),
-      m_status(centred(plainLabel({}, morvik::uiFont(12, QFont::Medium), Theme::textMuted))),
+      m_status(centredLabel({}, morvik::uiFont(12, QFont::Medium), Theme::textMuted)),
       m_done(new morvik::LimeBorderedButton(QStringLiteral("Gotowe"))) {
-    setFixedWidth(sheetWidth);
+    setFixedWidth(morvik::Sheet::contentWidth(sheetWidth));
     m_status->setMinimumHeight(m_status->fontMetrics().height()); // keeps its place while empty
     m_done->setMinimumWidth(buttonWidth);
     connect(m_done, &morvik::LimeBorderedButton::clicked, this, &PairingSetupView::finish);
@@ -158,10 +145,10 @@ void PairingSetupView::addQrPart(QVBoxLayout* column) {
     auto* part = new QVBoxLayout(m_qrPart);
     part->setContentsMargins(0, 16, 0, 0);
     part->setSpacing(0);
-    part->addWidget(divider());
+    part->addWidget(morvik::makeDivider(Theme::border));
     part->addSpacing(14);
-    part->addWidget(centred(plainLabel(QStringLiteral("Lub zeskanuj ten kod QR:"),
-                                       morvik::smallFont(), Theme::textMain)));
+    part->addWidget(centredLabel(QStringLiteral("Lub zeskanuj ten kod QR:"), morvik::smallFont(),
+                                 Theme::textMain));
     part->addSpacing(8);
     part->addWidget(m_qrCode, 0, Qt::AlignHCenter);
     column->addWidget(m_qrPart);
@@ -199,7 +186,7 @@ void PairingSetupView::startOwnServer() {
     deliver(m_start, this, [this](const StartedServer& started) {
         m_server = started.server;
         m_start = {};
-        if (m_server)
+        if (m_server || started.isPortTaken)
             setStatus(QStringLiteral("Serwer aktywny — możesz przetestować połączenie"), true);
         else
             setStatus(QStringLiteral("Nie udało się uruchomić serwera: ") + started.error, false);

@@ -22,7 +22,8 @@ class AddressField;
 class QrCodeView;
 
 /// The content of the sheet that sets a phone up: the address to open on it, and a server that
-/// answers there while the sheet is shown, where none does yet. When it is hidden, however the
+/// answers there while the sheet is shown, where none does yet. Another program that holds the
+/// paired port is taken for the phone's server. When the sheet is hidden, however the
 /// sheet was closed, that server has let the paired port go.
 class PairingSetupView : public QWidget {
     Q_OBJECT

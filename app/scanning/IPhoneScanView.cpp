@@ -8,6 +8,8 @@
 #include "ui/Fonts.h"
 #include "ui/Labels.h"
 #include "ui/LimeBorderedButton.h"
+#include "ui/MorvikTheme.h"
+#include "ui/Sheet.h"
 #include "ui/Spinner.h"
 
 #include <QAccessible>
@@ -16,7 +18,7 @@
 
 namespace kopertal {
 
-using morvik::plainLabel;
+using morvik::centredLabel;
 
 namespace {
 
@@ -30,14 +32,8 @@ constexpr int iconSize = 48;
 constexpr int iconPadding = 16;
 constexpr int buttonWidth = 120;
 
-QLabel* centred(QLabel* label) {
-    label->setAlignment(Qt::AlignHCenter);
-    label->setWordWrap(true);
-    return label;
-}
-
 QLabel* hintLabel(const QString& text) {
-    return centred(plainLabel(text, morvik::textFont(), Theme::textMuted));
+    return centredLabel(text, morvik::textFont(), Theme::textMuted);
 }
 
 QString reasons(const QString& address) {
@@ -53,26 +49,26 @@ QString reasons(const QString& address) {
 
 IPhoneScanView::IPhoneScanView(PhotoRecognizer& recognizer, bool usePairedMode, QWidget* parent)
     : QWidget(parent),
-      m_status(centred(plainLabel({}, morvik::uiFont(12, QFont::Medium), Theme::textMain))),
+      m_status(centredLabel({}, morvik::uiFont(12, QFont::Medium), Theme::textMain)),
+      m_hint(centredLabel({}, morvik::uiFont(11), Theme::textMuted)),
       m_close(new morvik::LimeBorderedButton(usePairedMode ? QStringLiteral("Gotowe")
                                                            : QStringLiteral("Anuluj"))) {
-    setFixedWidth(sheetWidth);
+    setFixedWidth(morvik::Sheet::contentWidth(sheetWidth));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(sidePadding, padding, sidePadding, padding);
     column->setSpacing(0);
-    column->addWidget(centred(plainLabel(usePairedMode ? QStringLiteral("Sparowany iPhone")
-                                                       : QStringLiteral("Skanuj z iPhone"),
-                                         morvik::sheetTitleFont(), Theme::primary)));
+    column->addWidget(centredLabel(usePairedMode ? QStringLiteral("Sparowany iPhone")
+                                                 : QStringLiteral("Skanuj z iPhone"),
+                                   morvik::sheetTitleFont(), Theme::primary));
     if (usePairedMode)
         addPairedPart(column);
     else
         addQrPart(column);
     column->addSpacing(16);
     column->addWidget(m_status);
-    if (m_hint) {
-        column->addSpacing(8);
-        column->addWidget(m_hint);
-    }
+    column->addSpacing(8);
+    column->addWidget(m_hint);
+    m_hint->hide();
     column->addSpacing(20);
     m_close->setMinimumWidth(buttonWidth);
     connect(m_close, &morvik::LimeBorderedButton::clicked, this, &IPhoneScanView::cancel);
@@ -90,11 +86,9 @@ void IPhoneScanView::addQrPart(QVBoxLayout* column) {
     m_qrCode = new QrCodeView(qrSide, qrPadding);
     m_spinner = new morvik::Spinner(spinnerSize, Theme::textMuted, m_qrCode);
     m_spinner->move(m_qrCode->rect().center() - m_spinner->rect().center());
-    m_url = centred(plainLabel({}, morvik::monoFont(11), Theme::textMuted));
+    m_url = centredLabel({}, morvik::monoFont(11), Theme::textMuted);
     m_url->setTextInteractionFlags(Qt::TextSelectableByMouse);
     m_url->setMinimumHeight(m_url->fontMetrics().height()); // keeps its place while it is empty
-    m_hint = centred(plainLabel({}, morvik::uiFont(11), Theme::textMuted));
-    m_hint->hide();
 
     column->addSpacing(8);
     column->addWidget(
@@ -121,6 +115,12 @@ QWidget* IPhoneScanView::defaultButton() const {
 void IPhoneScanView::setHintDelay(std::chrono::milliseconds delay) {
     if (m_session)
         m_session->setPatience(delay);
+}
+
+void IPhoneScanView::showServerFailure(const QString& failure) {
+    morvik::setInk(m_hint, morvik::MorvikTheme::Colors::error);
+    m_hint->setText(failure);
+    m_hint->setVisible(!failure.isEmpty());
 }
 
 void IPhoneScanView::startServer(PhotoRecognizer& recognizer) {

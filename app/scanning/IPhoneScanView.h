@@ -37,6 +37,10 @@ public:
     /// `recognizer` may go at any time; without it no more photos are recognised.
     IPhoneScanView(PhotoRecognizer& recognizer, bool usePairedMode, QWidget* parent = nullptr);
 
+    /// In paired mode, says under the status why the phone cannot be used; nothing for an empty
+    /// text.
+    void showServerFailure(const QString& failure);
+
     /// What gets the keyboard first.
     QWidget* defaultButton() const;
 
@@ -62,13 +66,13 @@ private:
     void cancel();
 
     QLabel* m_status;
+    QLabel* m_hint; ///< What may keep the phone from connecting.
     morvik::LimeBorderedButton* m_close;
     // Only in QR mode:
     ScanSession* m_session = nullptr;
     QrCodeView* m_qrCode = nullptr;
     morvik::Spinner* m_spinner = nullptr;
     QLabel* m_url = nullptr;
-    QLabel* m_hint = nullptr;
     bool m_isClosing = false;
 };
 

@@ -29,11 +29,12 @@ void start(QPromise<StartedServer>& promise, std::optional<std::uint16_t> fixedP
             server->start(fixedPort);
         while (server->port() == 0 && !deadline.hasExpired() && !promise.isCanceled());
     } catch (const std::exception& error) {
-        promise.addResult(StartedServer{nullptr, QString::fromLocal8Bit(error.what())});
+        promise.addResult(StartedServer{nullptr, QString::fromLocal8Bit(error.what()), false});
         return;
     }
-    promise.addResult(server->port() == 0 ? StartedServer{nullptr, noPort(fixedPort)}
-                                          : StartedServer{server, {}});
+    promise.addResult(server->port() == 0
+                          ? StartedServer{nullptr, noPort(fixedPort), fixedPort.has_value()}
+                          : StartedServer{server, {}, false});
 }
 
 } // namespace

@@ -15,6 +15,7 @@ namespace kopertal {
 struct StartedServer {
     std::shared_ptr<ScanServer> server; ///< Listening on its port; null when it could not be.
     QString error;                      ///< Then why, for the user.
+    bool isPortTaken = false;           ///< Then whether another program has the port.
 };
 
 /// Starts a server on `fixedPort`, or on a free port that the system chooses, away from the calling

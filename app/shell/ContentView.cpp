@@ -4,6 +4,7 @@
 #include "app/shell/Theme.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"
+#include "ui/Layouts.h"
 #include "ui/SmallButtons.h"
 
 #include <QGridLayout>
@@ -17,14 +18,6 @@ namespace {
 constexpr QSize leastSize{760, 600};
 constexpr int topBarHeight = 40;
 constexpr int topBarPadding = 16;
-
-QWidget* brandLine() {
-    auto* line = new QWidget;
-    line->setFixedHeight(1);
-    line->setAutoFillBackground(true);
-    line->setPalette(Theme::brand);
-    return line;
-}
 
 QWidget* makeTopBar() {
     auto* bar = new QWidget;
@@ -59,9 +52,9 @@ ContentView::ContentView(QWidget* parent)
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_topBar);
-    column->addWidget(brandLine());
+    column->addWidget(morvik::makeDivider(Theme::brand));
     column->addWidget(m_tabBar);
-    column->addWidget(brandLine());
+    column->addWidget(morvik::makeDivider(Theme::brand));
     column->addWidget(m_pages, 1);
 }
 

@@ -13,6 +13,8 @@
 #include <QMenuBar>
 #include <QScreen>
 
+#include <utility>
+
 namespace kopertal {
 namespace {
 
@@ -58,6 +60,25 @@ MainWindow::MainWindow(AppSettings& settings)
 void MainWindow::addTrackingTab(QWidget* page) {
     m_content->addTab(AppTab::tracking, page);
     addTabAction(AppTab::tracking);
+    addViewActions(AppTab::tracking, page->actions());
+}
+
+void MainWindow::addViewActions(AppTab tab, const QList<QAction*>& actions) {
+    bool isFirst = true;
+    for (QAction* action : actions) {
+        if (action->text().isEmpty())
+            continue;
+        if (std::exchange(isFirst, false))
+            m_viewMenu->addSeparator();
+        m_viewMenu->addAction(action);
+        enableWith(tab, action);
+    }
+}
+
+void MainWindow::enableWith(AppTab tab, QAction* action) {
+    action->setEnabled(m_content->selectedTab() == tab);
+    connect(m_content, &ContentView::tabSelected, action,
+            [action, tab](AppTab selected) { action->setEnabled(selected == tab); });
 }
 
 void MainWindow::addApplicationMenu() {
@@ -94,8 +115,7 @@ void MainWindow::addEditMenu() {
                                      void (AddressView::*slot)()) {
         QAction* action = menu->addAction(title, m_addresses, slot);
         action->setShortcuts(keys);
-        connect(m_content, &ContentView::tabSelected, action,
-                [action](AppTab tab) { action->setEnabled(tab == AppTab::addresses); });
+        enableWith(AppTab::addresses, action);
     };
     addForAddresses(QStringLiteral("&Otwórz adresy…"), {QKeySequence(Qt::CTRL | Qt::Key_O)},
                     &AddressView::chooseFile);

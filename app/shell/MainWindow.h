@@ -24,8 +24,10 @@ public:
     ContentView& content() { return *m_content; }
     AddressView& addresses() { return *m_addresses; }
 
-    /// Adds the second tab; takes `page` over.
+    /// Adds the second tab; takes `page` over, and has its actions in the menu "Widok".
     void addTrackingTab(QWidget* page);
+    /// Those with a title, to work while the tab is shown.
+    void addViewActions(AppTab tab, const QList<QAction*>& actions);
 
     QMenu* applicationMenu() { return m_applicationMenu; }
     /// The last menu; it stands in the bar from the first call on.
@@ -45,6 +47,7 @@ private:
     void addEditMenu();
     void addViewMenu();
     void addTabAction(AppTab tab);
+    void enableWith(AppTab tab, QAction* action);
     void showSenderSheet();
 
     AppSettings& m_settings;

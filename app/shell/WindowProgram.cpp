@@ -69,8 +69,11 @@ int runFirst(SingleInstance& instance, const QString& file) {
     AppDelegate delegate(PreferencesStore(PreferencesStore::defaultPath()), settings.sentBooksKey,
                          updaterParts());
     MainWindow window(settings);
-    window.addTrackingTab(
-        new LatePage([&settings] { return new TrackingView(settings, trackingParts()); }));
+    window.addTrackingTab(new LatePage([&] {
+        auto* tracking = new TrackingView(settings, trackingParts());
+        window.addViewActions(AppTab::tracking, tracking->actions());
+        return tracking;
+    }));
     addFrameCommands(window, delegate.updater(), frameTexts());
     QObject::connect(&instance, &SingleInstance::started, &window,
                      [&](const StartMessage& message) {

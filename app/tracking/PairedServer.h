@@ -22,6 +22,8 @@ public:
     bool isActive() const { return m_server != nullptr; }
     /// How the last start went, for the user; empty before its end.
     const QString& status() const { return m_status; }
+    /// The same where the last start failed; empty otherwise.
+    QString failure() const { return isActive() ? QString() : m_status; }
 
     /// Starts it in the background, unless it is active or starting. A start that fails may be
     /// tried again.

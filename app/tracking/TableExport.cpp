@@ -37,10 +37,20 @@ bool looksLikeFormula(const QString& cell) {
     return first != cell.end() && starts.contains(*first);
 }
 
+/// Digits of which a spreadsheet's number would lose some: it holds 15, and no zeros before them.
+bool isTooLongForNumber(const QString& cell) {
+    constexpr qsizetype mostDigits = 15;
+    const bool isDigits =
+        std::all_of(cell.begin(), cell.end(), [](QChar c) { return c.isDigit(); });
+    return isDigits && cell.size() > 1 && (cell.size() > mostDigits || cell.startsWith(u'0'));
+}
+
 QString quoted(const QString& cell) {
     QString text = onOneLine(cell);
     if (looksLikeFormula(text))
         text.prepend(u'\'');
+    else if (isTooLongForNumber(text))
+        text.prepend(u'\t');
     return u'"' + text.replace(u'"', QStringLiteral("\"\"")) + u'"';
 }
 

@@ -14,7 +14,9 @@ namespace kopertal {
 QString tableAsText(const TrackingTableModel& model);
 
 /// For spreadsheets: UTF-8 with a byte order mark, semicolons, every cell quoted, lines ended by CR
-/// LF. A cell that a spreadsheet would take for a formula begins with an apostrophe.
+/// LF. A cell that a spreadsheet would take for a formula begins with an apostrophe. Digits that it
+/// would round begin with a tab: text in LibreOffice Calc whatever its import options say, which a
+/// formula like ="1" or quotes alone are not; cleanBarcode() drops it.
 QByteArray tableAsCsv(const TrackingTableModel& model);
 
 } // namespace kopertal

@@ -12,12 +12,15 @@
 #include <QLabel>
 #include <QLineEdit>
 
+#include <initializer_list>
+
 namespace kopertal {
 namespace {
 
 constexpr int sidePadding = 16;
 constexpr int linePadding = 12;
 constexpr int itemGap = 8;
+constexpr int leastField = 170; // shows a whole number
 constexpr int widestField = 260;
 constexpr int scanIconGap = 4;
 
@@ -25,13 +28,13 @@ constexpr int scanIconGap = 4;
 
 TrackingBar::TrackingBar(QWidget* parent) : QWidget(parent) {
     using morvik::LimeBorderedButton;
-    auto* label =
+    m_label =
         morvik::plainLabel(QStringLiteral("Nr nadawczy:"), morvik::textFont(), Theme::textMuted);
     m_number = new QLineEdit;
     m_number->setPlaceholderText(QStringLiteral("np. 00990011223344556677"));
     m_number->setMaximumWidth(morvik::textPixels(widestField));
     m_number->setAccessibleName(QStringLiteral("Nr nadawczy"));
-    label->setBuddy(m_number);
+    m_label->setBuddy(m_number);
     m_add = new LimeBorderedButton(QStringLiteral("Dodaj"));
     m_scan = new LimeBorderedButton(QStringLiteral("Skanuj"), QStringLiteral("iphone"));
     m_scan->setIconGap(scanIconGap);
@@ -46,7 +49,7 @@ TrackingBar::TrackingBar(QWidget* parent) : QWidget(parent) {
     auto* line = new QHBoxLayout(this);
     line->setContentsMargins(sidePadding, linePadding, sidePadding, linePadding);
     line->setSpacing(itemGap);
-    line->addWidget(label);
+    line->addWidget(m_label);
     line->addWidget(m_number, 100); // before the free space, up to its greatest width
     line->addWidget(m_add);
     line->addWidget(m_scan);
@@ -62,6 +65,16 @@ TrackingBar::TrackingBar(QWidget* parent) : QWidget(parent) {
     connect(m_clear, &morvik::IconButton::clicked, this, &TrackingBar::clearRequested);
     setFocusProxy(m_number);
     updateAddButton();
+}
+
+/// Large texts in a small window: the number is worth more than its label.
+void TrackingBar::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    int needed = 2 * sidePadding + morvik::textPixels(leastField);
+    for (const QWidget* other :
+         std::initializer_list<QWidget*>{m_label, m_add, m_scan, m_refresh, m_clear})
+        needed += itemGap + other->sizeHint().width();
+    m_label->setVisible(needed <= width());
 }
 
 void TrackingBar::updateAddButton() {

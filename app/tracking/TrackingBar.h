@@ -2,6 +2,7 @@
 
 #include <QWidget>
 
+class QLabel;
 class QLineEdit;
 
 namespace morvik {
@@ -34,9 +35,13 @@ Q_SIGNALS:
     void refreshRequested();
     void clearRequested();
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     void updateAddButton();
 
+    QLabel* m_label;
     QLineEdit* m_number;
     morvik::LimeBorderedButton* m_add;
     morvik::LimeBorderedButton* m_scan;

@@ -203,6 +203,10 @@ void TrackingTable::keyPressEvent(QKeyEvent* event) {
         clearSelection();
     else if ((event->key() == Qt::Key_Down || event->key() == Qt::Key_Up) && !selectedPosition())
         selectRow(std::max(0, currentIndex().row())); // not the row after it
+    else if (event->matches(QKeySequence::MoveToStartOfLine))
+        selectRow(0);
+    else if (event->matches(QKeySequence::MoveToEndOfLine))
+        selectRow(m_model.rowCount() - 1);
     else
         TableView::keyPressEvent(event);
 }

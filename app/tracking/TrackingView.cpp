@@ -19,6 +19,7 @@
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
 #include "ui/Labels.h"
+#include "ui/Layouts.h"
 #include "ui/Sheet.h"
 #include "ui/Splitter.h"
 #include "ui/Tones.h"
@@ -46,14 +47,6 @@ constexpr int emptyIcon = 36;
 constexpr int emptyIconGap = 16;
 constexpr int emptyLineGap = 6;
 constexpr qint64 mergingTime = 8; // milliseconds at a time: half a frame
-
-QWidget* makeDivider() {
-    auto* line = new QWidget;
-    line->setFixedHeight(1);
-    line->setAutoFillBackground(true);
-    line->setPalette(morvik::Tones::border);
-    return line;
-}
 
 /// A pane of the split around `content`, with room for its focus ring.
 QWidget* makePane(QWidget* content, int leastWidth) {
@@ -113,7 +106,7 @@ TrackingView::TrackingView(AppSettings& settings, TrackingParts parts, QWidget* 
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     column->addWidget(m_bar);
-    column->addWidget(makeDivider());
+    column->addWidget(morvik::makeDivider(morvik::Tones::border));
     column->addWidget(m_pages, 1);
     setFocusProxy(m_bar);
 
@@ -122,6 +115,9 @@ TrackingView::TrackingView(AppSettings& settings, TrackingParts parts, QWidget* 
     refresh->setShortcutContext(Qt::WidgetWithChildrenShortcut);
     addAction(refresh);
     connect(refresh, &QAction::triggered, m_bar, &TrackingBar::pressRefresh);
+    auto* phoneMode = new QAction(QStringLiteral("&Sposób łączenia z telefonem…"), this);
+    addAction(phoneMode);
+    connect(phoneMode, &QAction::triggered, this, &TrackingView::showPairingChoice);
     connect(m_bar, &TrackingBar::addRequested, this, &TrackingView::addManualRow);
     connect(m_bar, &TrackingBar::scanRequested, this, &TrackingView::handleScanTap);
     connect(m_bar, &TrackingBar::refreshRequested, this, &TrackingView::refreshStatuses);
@@ -209,6 +205,10 @@ void TrackingView::addTrackingEntries(const QList<ScannedEntry>& entries) {
         return;
     m_settings.appendSentBook(book);
     loadRows();
+}
+
+void TrackingView::addTrackingEntry(const QString& nr, const QString& name) {
+    addTrackingEntries({{nr, name}});
 }
 
 void TrackingView::addManualRow() {
@@ -315,6 +315,13 @@ void TrackingView::showIPhoneScan() {
     const bool isPaired = m_settings.iphoneMode() == u"paired";
     auto* view = new IPhoneScanView(*m_recognizer, isPaired);
     connect(view, &IPhoneScanView::scanned, this, &TrackingView::importScanned);
+    if (isPaired) {
+        const auto showFailure = [this, view] {
+            view->showServerFailure(m_pairedServer->failure());
+        };
+        connect(m_pairedServer, &PairedServer::started, view, showFailure);
+        showFailure();
+    }
     openSheet(view,
               isPaired ? QStringLiteral("Sparowany iPhone") : QStringLiteral("Skanuj z iPhone"),
               window());

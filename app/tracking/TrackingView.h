@@ -56,6 +56,7 @@ public:
     /// Adds the numbers that are not empty and not in the table yet to today's book, in their
     /// order. If there are any, all rows are built anew, without what was learnt of them.
     void addTrackingEntries(const QList<ScannedEntry>& entries);
+    void addTrackingEntry(const QString& nr, const QString& name = {});
 
 public Q_SLOTS:
     /// Builds the rows anew from the register.
@@ -67,6 +68,8 @@ public Q_SLOTS:
     void refreshStatuses();
     /// Opens the sheet that suits the phone mode.
     void handleScanTap();
+    /// Asks again how the phone finds this computer, and goes on with the answer.
+    void showPairingChoice();
 
 private:
     /// An answer on its way into its row.
@@ -82,7 +85,6 @@ private:
     void handlePairedPhoto(const ReceivedPhoto& photo);
     void mergeAnswers();
     void importScanned(const QList<ScannedEntry>& entries);
-    void showPairingChoice();
     void showPairingSetup();
     void showIPhoneScan();
     void selectRow(const std::optional<QUuid>& id);

@@ -15,7 +15,6 @@
 #include "app/shell/WaitingThreads.h"
 #include "app/updates/UpdateView.h"
 #include "app/updates/Updater.h"
-#include "scan/LocalAddress.h"
 #include "scan/PhotoRecognizer.h"
 #include "tests/app/TrackingScreens.h"
 #include "ui/AboutPanel.h"
@@ -30,7 +29,6 @@
 #include <QMenu>
 #include <QScrollBar>
 #include <QSemaphore>
-#include <QTcpServer>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThreadPool>
@@ -99,11 +97,13 @@ public:
                 save(new IPhoneScanView(recognizer, false), QStringLiteral("scan-qr-starting"), 0s);
         }
         isSaved &= save(new PairingSetupView(page), QStringLiteral("pairing-setup"), 3s);
-        QTcpServer foreign;
-        foreign.listen(QHostAddress::AnyIPv4, pairedPort);
         isSaved &= save(new PairingSetupView(page + QString(60, u'x')),
-                        QStringLiteral("pairing-setup-failed"), 5s);
+                        QStringLiteral("pairing-setup-long-address"), 3s);
         isSaved &= save(new IPhoneScanView(recognizer, true), QStringLiteral("scan-paired"), 0s);
+        auto* withoutServer = new IPhoneScanView(recognizer, true);
+        withoutServer->showServerFailure(
+            QStringLiteral("Błąd serwera: port 8745 jest zajęty przez inny program"));
+        isSaved &= save(withoutServer, QStringLiteral("scan-paired-failed"), 0s);
         isSaved &= save(new IPhoneScanView(recognizer, false), QStringLiteral("scan-qr"), 1s);
         auto* waiting = new IPhoneScanView(recognizer, false);
         waiting->setHintDelay(1s);

@@ -1,5 +1,7 @@
 #include "app/tracking/TableExport.h"
 
+#include "tracking/TrackingNumber.h"
+
 #include <QTest>
 
 using namespace kopertal;
@@ -52,10 +54,30 @@ private Q_SLOTS:
         QCOMPARE(tableAsCsv(model),
                  QStringLiteral("\uFEFF\"Lp.\";\"Nr nadawczy\";\"Status\";\"Data statusu\";"
                                 "\"Ostatnia placówka\";\"Adres placówki\"\r\n"
-                                "\"1\";\"00990011223344556677\";%1\r\n"
+                                "\"1\";\"\t00990011223344556677\";%1\r\n"
                                 "\"2\";\"\";\"\";\"\";\"\";\"\"\r\n")
                      .arg(csv)
                      .toUtf8());
+    }
+
+    void numbersKeepTheirDigits_data() {
+        QTest::addColumn<QString>("number");
+        QTest::addColumn<bool>("isMarked");
+        QTest::newRow("18 digits") << "990011223344556677" << true;
+        QTest::newRow("a zero before") << "0123" << true;
+        QTest::newRow("15 digits") << "123456789012345" << false;
+        QTest::newRow("16 digits") << "1234567890123456" << true;
+        QTest::newRow("zero") << "0" << false;
+        QTest::newRow("letters too") << "RR123456785PL123456" << false;
+    }
+    void numbersKeepTheirDigits() {
+        QFETCH(QString, number);
+        TrackingTableModel model;
+        model.setRows({{SentEntry{QUuid::createUuid(), {}, {}, number}, {}}});
+        const QString line = QString::fromUtf8(tableAsCsv(model)).section(u'\n', 1, 1);
+        const QString cell = line.section(u';', 1, 1);
+        QCOMPARE(cleanBarcode(cell.mid(1, cell.size() - 2)), number); // what is pasted back
+        QTEST(cell.startsWith(QStringLiteral("\"\t")), "isMarked");
     }
 };
 

@@ -1,13 +1,10 @@
-#include "app/http/LoadedHttpCarrier.h"
-#include "app/settings/AppSettings.h"
-#include "app/shell/MainWindow.h"
 #include "app/tracking/PairedServer.h"
 #include "app/tracking/ShipmentDetails.h"
 #include "app/tracking/TrackingTable.h"
 #include "app/tracking/TrackingView.h"
 #include "scan/LocalAddress.h"
 #include "tests/support/RealKeys.h"
-#include "tests/support/TrackingStandIn.h"
+#include "tests/support/TrackingTab.h"
 #include "tests/support/photo/RegisterPhoto.h"
 #include "tracking/TrackingNumber.h"
 #include "tracking/TrackingTableModel.h"
@@ -17,11 +14,12 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QLabel>
 #include <QScreen>
 #include <QTcpServer>
 #include <QTemporaryDir>
 
-#include <memory>
+#include <algorithm>
 
 using namespace kopertal;
 using namespace kopertal::test;
@@ -48,29 +46,13 @@ QStringList numbersOn(const QList<RegisterPhoto>& photos) {
 
 /// The whole road with real parts: the window, a phone's browser, photos, the recognition process,
 /// and the stand-in of the service. In a network of its own where that can be had.
-class TrackingRoadTest : public QObject {
+class TrackingRoadTest : public QObject, private TrackingTab {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() {
-        QApplication::setQuitOnLastWindowClosed(false);
-        m_standIn = std::make_unique<TrackingStandIn>();
-        QVERIFY(m_standIn->isReady());
-    }
-
-    void init() {
-        m_folder = std::make_unique<QTemporaryDir>();
-        m_settings = std::make_unique<AppSettings>(
-            PreferencesStore(m_folder->filePath(QStringLiteral("settings.json"))));
-        m_settings->setSenderName(QStringLiteral("N"));
-        m_settings->setSenderAddress(QStringLiteral("A"));
-        m_settings->setSaveFolder(m_folder->path());
-    }
-
-    void cleanup() {
-        m_window.reset();
-        m_settings.reset();
-    }
+    void initTestCase() { QVERIFY(startStandIn()); }
+    void init() { prepareSettings(); }
+    void cleanup() { closeTab(); }
 
     void byQrCode() {
         openTab();
@@ -148,35 +130,35 @@ private Q_SLOTS:
         QTRY_VERIFY(other.isListening() || other.listen(QHostAddress::Any, pairedPort));
     }
 
-private:
-    void openTab() {
-        m_window = std::make_unique<MainWindow>(*m_settings);
-        TrackingParts parts;
-        parts.access.endpoint = m_standIn->address(QStringLiteral("http"), "service");
-        parts.makeCarrier = [] { return loadHttpCarrier({}); };
-        parts.recognizerProgram = QStringLiteral(KOPERTAL_PROGRAM);
-        parts.pairingPage = QStringLiteral("https://kopertal.example/zq/");
-        m_view = new TrackingView(*m_settings, parts);
-        m_window->addTrackingTab(m_view);
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-        pressKeys({"ctrl+2"});
-        QTRY_VERIFY(m_view->isVisible());
-        QTest::qWait(300);
+    void aMissingServerIsNamed() {
+        QTcpServer other;
+        QVERIFY(other.listen(QHostAddress::Any, pairedPort));
+        m_settings->setIphoneMode(QStringLiteral("paired"));
+        openTab();
+        QTRY_VERIFY_WITH_TIMEOUT(!m_view->pairedServer().status().isEmpty(), patience);
+        clickAt(button("Skanuj"));
+        const auto isNamed = [&] {
+            const auto labels = sheet()->findChildren<QLabel*>();
+            return std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
+                return label->isVisible() &&
+                       label->text().startsWith(QStringLiteral("Błąd serwera: port 8745"));
+            });
+        };
+        QTRY_VERIFY(sheet() && isNamed());
+        QTest::qWait(1500); // the try that the click began fails too
+        QVERIFY(isNamed());
+        other.close();
+        clickAt(button("Gotowe"));
+        QTRY_VERIFY(!sheet());
+        clickAt(button("Skanuj"));
+        QTRY_VERIFY(sheet() && !isNamed());
+        QVERIFY(m_view->pairedServer().isActive());
     }
 
+private:
     morvik::Sheet* sheet() const {
         for (auto* each : m_window->findChildren<morvik::Sheet*>()) {
             if (each->isVisible())
-                return each;
-        }
-        return nullptr;
-    }
-
-    const morvik::KitButton* button(const char* title) const {
-        for (const auto* each : m_window->findChildren<morvik::KitButton*>()) {
-            if (each->isVisible() && each->text() == QString::fromUtf8(title))
                 return each;
         }
         return nullptr;
@@ -207,13 +189,6 @@ private:
         QCOMPARE(phone.exitCode(), 0);
     }
 
-    QStringList storedNumbers() const {
-        QStringList numbers;
-        for (const TrackingRow& row : trackingRows(m_settings->loadSentBooks()))
-            numbers << row.trackingNumber;
-        return numbers;
-    }
-
     bool allRowsSay(const QString& status) const {
         const QList<TrackingRow>& rows = m_view->model().rows();
         return std::all_of(rows.begin(), rows.end(),
@@ -227,12 +202,6 @@ private:
         xdotool({QStringLiteral("mousemove"), QString::number(at.x()), QString::number(at.y()),
                  QStringLiteral("click"), QStringLiteral("1")});
     }
-
-    std::unique_ptr<TrackingStandIn> m_standIn;
-    std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<AppSettings> m_settings;
-    std::unique_ptr<MainWindow> m_window;
-    TrackingView* m_view = nullptr;
 };
 
 int main(int argc, char** argv) {

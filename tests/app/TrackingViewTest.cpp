@@ -1,18 +1,16 @@
 #include "app/tracking/TrackingView.h"
 
-#include "app/http/LoadedHttpCarrier.h"
 #include "app/settings/AppSettings.h"
-#include "app/shell/MainWindow.h"
 #include "app/shell/Theme.h"
 #include "app/tracking/ShipmentDetails.h"
 #include "app/tracking/TrackingTable.h"
 #include "tests/support/RealKeys.h"
-#include "tests/support/TrackingStandIn.h"
+#include "tests/support/StallMeter.h"
+#include "tests/support/TrackingTab.h"
 #include "tracking/TrackingTableModel.h"
 #include "ui/KitButton.h"
 #include "ui/MorvikStyle.h"
 
-#include <QAbstractEventDispatcher>
 #include <QAccessible>
 #include <QApplication>
 #include <QClipboard>
@@ -26,7 +24,6 @@
 #include <QTemporaryDir>
 #include <QToolTip>
 
-#include <ctime>
 #include <memory>
 
 using namespace kopertal;
@@ -50,13 +47,6 @@ QStringList shownRows(TrackingView& view) {
     return rows;
 }
 
-QStringList storedNumbers(const AppSettings& settings) {
-    QStringList numbers;
-    for (const TrackingRow& row : trackingRows(settings.loadSentBooks()))
-        numbers << row.trackingNumber;
-    return numbers;
-}
-
 QList<ScannedEntry> entries(const QStringList& numbers) {
     QList<ScannedEntry> all;
     for (const QString& number : numbers)
@@ -64,75 +54,20 @@ QList<ScannedEntry> entries(const QStringList& numbers) {
     return all;
 }
 
-/// How long the main thread works from one wait for events to the next.
-class StallMeter {
-public:
-    StallMeter() {
-        const auto* dispatcher = QAbstractEventDispatcher::instance();
-        for (const auto signal :
-             {&QAbstractEventDispatcher::awake, &QAbstractEventDispatcher::aboutToBlock})
-            QObject::connect(dispatcher, signal, &m_context, [this] { look(); });
-        m_last = now();
-    }
-
-    /// Prints the longest stall since the last report.
-    void report(const char* what) {
-        look();
-        QTest::qWait(50);
-        qInfo("%s: %.1f ms at a time", what, m_stall);
-        m_longest = std::max(m_longest, m_stall);
-        m_stall = 0;
-        m_last = now();
-    }
-
-    double longest() const { return m_longest; }
-
-private:
-    void look() {
-        const double time = now();
-        m_stall = std::max(m_stall, time - std::exchange(m_last, time));
-    }
-
-    static double now() {
-        timespec time{};
-        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-        return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-    }
-
-    QObject m_context;
-    double m_last = 0;
-    double m_stall = 0;
-    double m_longest = 0;
-};
-
 } // namespace
 
 /// The tracking tab in its window, by the X server's keys and pointer, against the stand-in of the
 /// service.
-class TrackingViewTest : public QObject {
+class TrackingViewTest : public QObject, private TrackingTab {
     Q_OBJECT
 
 private Q_SLOTS:
     void initTestCase() {
         QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
-        QApplication::setQuitOnLastWindowClosed(false);
-        m_standIn = std::make_unique<TrackingStandIn>();
-        QVERIFY(m_standIn->isReady());
+        QVERIFY(startStandIn());
     }
-
-    void init() {
-        m_folder = std::make_unique<QTemporaryDir>();
-        m_settings = std::make_unique<AppSettings>(
-            PreferencesStore(m_folder->filePath(QStringLiteral("settings.json"))));
-        m_settings->setSenderName(QStringLiteral("N"));
-        m_settings->setSenderAddress(QStringLiteral("A"));
-        m_settings->setSaveFolder(m_folder->path());
-    }
-
-    void cleanup() {
-        m_window.reset();
-        m_settings.reset();
-    }
+    void init() { prepareSettings(); }
+    void cleanup() { closeTab(); }
 
     void numbersAreCleanedAndAddedOnce() {
         openTab();
@@ -152,7 +87,7 @@ private Q_SLOTS:
         pressKeys({"ctrl+v", "Return"});
         const QStringList added{QStringLiteral("990011223344556677"), QStringLiteral("RR2PL"),
                                 QStringLiteral("10")};
-        QTRY_COMPARE(storedNumbers(*m_settings), added);
+        QTRY_COMPARE(storedNumbers(), added);
         QCOMPARE(m_settings->loadSentBooks().size(), 1);
         QCOMPARE(m_view->model().rowAt(0).trackingNumber, QStringLiteral("10"));
 
@@ -173,7 +108,7 @@ private Q_SLOTS:
         openTab();
         QCOMPARE(shownRows(*m_view), QStringList{QStringLiteral("—|—|—")});
         QVERIFY(!button("Sprawdź statusy")->isEnabled()); // there is no number to ask about
-        m_view->addTrackingEntries(entries({"delivered"}));
+        m_view->addTrackingEntry("delivered");
         QVERIFY(button("Sprawdź statusy")->isEnabled());
         m_view->refreshStatuses();
         QTRY_VERIFY(!m_view->isRefreshing());
@@ -209,6 +144,11 @@ private Q_SLOTS:
             QStringLiteral("Rodzaj\tList polecony ekonomiczny\nMasa\t0.05 kg\n")));
         pressKeys({"ctrl+c"});
         QTRY_COMPARE(QApplication::clipboard()->text(), QStringLiteral("open after 0.3"));
+        pressKeys({"End"});
+        QTRY_VERIFY(details()->toPlainText().contains(QStringLiteral("unknown")));
+        pressKeys({"Home"});
+        QTRY_VERIFY(details()->toPlainText().contains(QStringLiteral("delivered")));
+        pressKeys({"Down", "Down", "Down"});
         clickHeader(Model::dateColumn);
         clickHeader(Model::dateColumn);
         QTRY_COMPARE(m_view->model().rowAt(0).trackingNumber, QStringLiteral("pickedup after 0.2"));
@@ -221,7 +161,7 @@ private Q_SLOTS:
         QTRY_COMPARE(QApplication::clipboard()->text(), details()->toPlainText());
 
         // A number more: what was learnt of the others is gone until the next refresh.
-        m_view->addTrackingEntries(entries({"relay"}));
+        m_view->addTrackingEntry("relay");
         QVERIFY(m_view->model().rowAt(0).status.isEmpty());
         QVERIFY(details()->toPlainText().contains(QStringLiteral("Status\t—")));
         QVERIFY(!details()->toPlainText().contains(QStringLiteral("Historia")));
@@ -243,7 +183,7 @@ private Q_SLOTS:
         openTab();
         m_view->addTrackingEntries(entries({"open after 1", "delivered after 0.5"}));
         m_view->refreshStatuses();
-        m_view->addTrackingEntries(entries({"relay after 0.1"})); // rebuilds the rows
+        m_view->addTrackingEntry("relay after 0.1"); // rebuilds the rows
         m_view->refreshStatuses();
         QTRY_COMPARE(m_view->model().rowAt(0).status, QStringLiteral("Doręczono"));
         QTRY_VERIFY(!m_view->isRefreshing()); // when the first of both is done
@@ -251,7 +191,7 @@ private Q_SLOTS:
                  QStringLiteral("Przekazanie przesyłki doręczycielowi"));
         m_view->refreshStatuses();
         m_view->clearTrackingData();
-        m_view->addTrackingEntries(entries({"open after 1"}));
+        m_view->addTrackingEntry("open after 1");
         QTRY_VERIFY(!m_view->isRefreshing());
         QCOMPARE(shownRows(*m_view), QStringList{QStringLiteral("open after 1|—|—")});
         m_view->refreshStatuses();
@@ -283,10 +223,47 @@ private Q_SLOTS:
         alert->close();
     }
 
+    /// The second of two quick presses is for nobody, whatever has come into the first one's place.
+    void theWayOfThePhoneIsChosenAndChanged() {
+        openTab();
+        button("Skanuj")->setFocus();
+        pressKeys({"Return", "Return"});
+        QTRY_VERIFY(button("Tak, sparuj iPhone'a"));
+        QCOMPARE(m_settings->iphoneMode(), QStringLiteral("undecided"));
+        QTest::qWait(QApplication::doubleClickInterval());
+        pressKeys({"Tab", "space", "space"});
+        QTRY_VERIFY(button("Anuluj"));
+        QCOMPARE(m_settings->iphoneMode(), QStringLiteral("qr"));
+        QTest::qWait(QApplication::doubleClickInterval());
+        pressKeys({"space"});
+        QTRY_VERIFY(!button("Anuluj"));
+
+        button("Skanuj")->setFocus();
+        xdotool({"keydown", "Return"});
+        QTest::qWait(1500); // it repeats
+        xdotool({"keyup", "Return"});
+        QVERIFY(button("Anuluj"));
+        pressKeys({"Escape"});
+        QTRY_VERIFY(!button("Anuluj"));
+
+        pressKeys({"alt+w", "s"});
+        QTRY_VERIFY(button("Tak, sparuj iPhone'a"));
+        const QPoint at = button("Nie, skanuj kod QR za każdym razem")->mapToGlobal(QPoint(20, 10));
+        xdotool({"mousemove", QString::number(at.x()), QString::number(at.y()), "click", "--repeat",
+                 "2", "--delay", "80", "1"});
+        QTRY_VERIFY(button("Anuluj"));
+        pressKeys({"Escape"});
+        QTRY_VERIFY(!button("Anuluj"));
+        pressKeys({"ctrl+1", "alt+w", "s"}); // not behind the other tab
+        QTest::qWait(100);
+        QVERIFY(!button("Tak, sparuj iPhone'a"));
+        pressKeys({"Escape"});
+    }
+
     /// Markup stays text, and long or broken texts stay in their place.
     void textsAreShownAsTheyAre() {
         openTab();
-        m_view->addTrackingEntries(entries({"<b>x</b>&amp;" + QString(400, u'9')}));
+        m_view->addTrackingEntry("<b>x</b>&amp;" + QString(400, u'9'));
         TrackingResult result;
         result.status = QStringLiteral("<img src=x> ") + QString(1'000'000, u'W');
         result.lastPlace = QStringLiteral("Łódź\u2028<i>Kręta</i>\n\nul.\r1");
@@ -325,7 +302,7 @@ private Q_SLOTS:
         clickHeader(Model::dateColumn);
         meter.report("sorting");
         clickHeader(Model::dateColumn);
-        m_view->addTrackingEntries(entries({"unknown"}));
+        m_view->addTrackingEntry("unknown");
         m_view->refreshStatuses();
         QTRY_VERIFY_WITH_TIMEOUT(!m_view->isRefreshing(), 60'000);
         meter.report("a refresh, by date");
@@ -351,33 +328,8 @@ private Q_SLOTS:
     }
 
 private:
-    void openTab() {
-        m_window = std::make_unique<MainWindow>(*m_settings);
-        TrackingParts parts;
-        parts.access.endpoint = m_standIn->address(QStringLiteral("http"), "service");
-        parts.makeCarrier = [] { return loadHttpCarrier({}); };
-        parts.recognizerProgram = QStringLiteral(KOPERTAL_PROGRAM);
-        m_view = new TrackingView(*m_settings, parts);
-        m_window->addTrackingTab(m_view);
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
-        pressKeys({"ctrl+2"});
-        QTRY_COMPARE(QApplication::focusWidget(), &field());
-        QTest::qWait(200);
-    }
-
     QLineEdit& field() { return *m_view->findChild<QLineEdit*>(); }
     ShipmentDetails* details() { return m_view->findChild<ShipmentDetails*>(); }
-
-    morvik::KitButton* button(const char* title) {
-        for (auto* each : m_view->findChildren<morvik::KitButton*>()) {
-            if (each->text() == QString::fromUtf8(title) ||
-                each->accessibleName() == QString::fromUtf8(title))
-                return each;
-        }
-        return nullptr;
-    }
 
     bool showsText(const QString& text) {
         const auto labels = m_view->findChildren<QLabel*>();
@@ -393,12 +345,6 @@ private:
         xdotool({QStringLiteral("mousemove"), QString::number(at.x()), QString::number(at.y()),
                  QStringLiteral("click"), QStringLiteral("1")});
     }
-
-    std::unique_ptr<TrackingStandIn> m_standIn;
-    std::unique_ptr<QTemporaryDir> m_folder;
-    std::unique_ptr<AppSettings> m_settings;
-    std::unique_ptr<MainWindow> m_window;
-    TrackingView* m_view = nullptr;
 };
 
 int main(int argc, char** argv) {

@@ -97,26 +97,6 @@ private Q_SLOTS:
         row("content-length: 7\r\nHost: x", 7);
         row("content-length: 7\r\nContent-Length: 5\r\nHost: x", 5);
         row("X-Content-Length: 6\r\nHost: x", 6);
-        row("X: Content-Length: 6, really\r\nContent-Length: 5\r\nHost: x", -400);
-        row("CONTENT-LENGTH: 5\r\nHost: x", -400);
-        row("Content-length: 5\r\nHost: x", -400);
-        row("Content-Length:5\r\nHost: x", -400);
-        row("Host: x\r\nHost: x", -400);
-        row("Content-Length: \r\nHost: x", -400);
-        row("Content-Length: ", -400);
-        row("Content-Length: 5 \r\nHost: x", -400);
-        row("Content-Length:  5\r\nHost: x", -400);
-        row("Content-Length: 5\nX: y\r\nHost: x", -400);
-        row("Content-Length: 0x5\r\nHost: x", -400);
-        row("Content-Length: 5.0\r\nHost: x", -400);
-        row("Content-Length: ٥\r\nHost: x", -400);
-        row("Content-Length: +\r\nHost: x", -400);
-        row("Content-Length: -\r\nHost: x", -400);
-        row("Content-Length: +-5\r\nHost: x", -400);
-        row("Content-Length: 0\r\nHost: x", -400);
-        row("Content-Length: -0\r\nHost: x", -400);
-        row("Content-Length: -5\r\nHost: x", -400);
-        row("Content-Length: -99999999999999999999999999999\r\nHost: x", -400);
         row("Content-Length: +5\r\nHost: x", 5);
         row("Content-Length: 00000000000000000000000000000000005\r\nHost: x", 5);
         row("Content-Length: 1\r\nHost: x", 1);
@@ -124,7 +104,28 @@ private Q_SLOTS:
         row("Content-Length: 52428801\r\nHost: x", -413);
         row("Content-Length: 4294967297\r\nHost: x", -413);
         row("Content-Length: 18446744073709551617\r\nHost: x", -413);
-        row("Content-Length: 99999999999999999999999999999x\r\nHost: x", -400);
+        for (const char* refused : {"X: Content-Length: 6, really\r\nContent-Length: 5\r\nHost: x",
+                                    "CONTENT-LENGTH: 5\r\nHost: x",
+                                    "Content-length: 5\r\nHost: x",
+                                    "Content-Length:5\r\nHost: x",
+                                    "Host: x\r\nHost: x",
+                                    "Content-Length: \r\nHost: x",
+                                    "Content-Length: ",
+                                    "Content-Length: 5 \r\nHost: x",
+                                    "Content-Length:  5\r\nHost: x",
+                                    "Content-Length: 5\nX: y\r\nHost: x",
+                                    "Content-Length: 0x5\r\nHost: x",
+                                    "Content-Length: 5.0\r\nHost: x",
+                                    "Content-Length: ٥\r\nHost: x",
+                                    "Content-Length: +\r\nHost: x",
+                                    "Content-Length: -\r\nHost: x",
+                                    "Content-Length: +-5\r\nHost: x",
+                                    "Content-Length: 0\r\nHost: x",
+                                    "Content-Length: -0\r\nHost: x",
+                                    "Content-Length: -5\r\nHost: x",
+                                    "Content-Length: -99999999999999999999999999999\r\nHost: x",
+                                    "Content-Length: 99999999999999999999999999999x\r\nHost: x"})
+            row(refused, -400);
     }
 
     void readsTheDeclaredLength() {

@@ -230,6 +230,34 @@ private Q_SLOTS:
         QTest::keyClick(&window, Qt::Key_K, Qt::ControlModifier);
         QCOMPARE(triggered, 2);
     }
+
+    void sheetsScrollWhatIsTooHigh() {
+        QWidget window;
+        window.resize(500, 300);
+        window.show();
+        QVERIFY(QTest::qWaitForWindowActive(&window));
+        auto* content = new QWidget;
+        content->setFixedWidth(400);
+        auto* column = new QVBoxLayout(content);
+        QList<QPushButton*> buttons;
+        for (int number = 1; number <= 20; ++number) {
+            buttons << new QPushButton(QString::number(number));
+            column->addWidget(buttons.last());
+        }
+        auto* sheet = new Sheet(content, QStringLiteral("Arkusz"), &window);
+        sheet->open(buttons.first());
+        const auto isSeen = [&](const QWidget* button) {
+            return button->visibleRegion() == QRegion(button->rect());
+        };
+        QVERIFY(isSeen(buttons.first()) && !isSeen(buttons.last()));
+        for (int press = 1; press < buttons.size(); ++press)
+            QTest::keyClick(window.focusWidget(), Qt::Key_Tab);
+        QCOMPARE(window.focusWidget(), buttons.last());
+        QTRY_VERIFY(isSeen(buttons.last()));
+        window.resize(500, 900);
+        QTRY_VERIFY(isSeen(buttons.first()) && isSeen(buttons.last()));
+        QCOMPARE(content->width(), 400);
+    }
 };
 
 QTEST_MAIN(KitTest)

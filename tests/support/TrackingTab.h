@@ -1,0 +1,86 @@
+#pragma once
+
+#include "app/http/LoadedHttpCarrier.h"
+#include "app/settings/AppSettings.h"
+#include "app/shell/MainWindow.h"
+#include "app/tracking/TrackingView.h"
+#include "tests/support/RealKeys.h"
+#include "tests/support/TrackingStandIn.h"
+#include "tracking/TrackingTableModel.h"
+#include "ui/KitButton.h"
+
+#include <QApplication>
+#include <QLineEdit>
+#include <QTemporaryDir>
+
+#include <memory>
+
+namespace kopertal::testing {
+
+/// The tracking tab in the program's window, with settings of its own, against the stand-in of the
+/// service.
+class TrackingTab {
+protected:
+    bool startStandIn() {
+        QApplication::setQuitOnLastWindowClosed(false);
+        m_standIn = std::make_unique<TrackingStandIn>();
+        return m_standIn->isReady();
+    }
+
+    void prepareSettings() {
+        m_folder = std::make_unique<QTemporaryDir>();
+        m_settings = std::make_unique<AppSettings>(
+            PreferencesStore(m_folder->filePath(QStringLiteral("settings.json"))));
+        m_settings->setSenderName(QStringLiteral("N"));
+        m_settings->setSenderAddress(QStringLiteral("A"));
+        m_settings->setSaveFolder(m_folder->path());
+    }
+
+    /// With the keyboard in the number field.
+    void openTab() {
+        m_window = std::make_unique<MainWindow>(*m_settings);
+        TrackingParts parts;
+        parts.access.endpoint = m_standIn->address(QStringLiteral("http"), "service");
+        parts.makeCarrier = [] { return loadHttpCarrier({}); };
+        parts.recognizerProgram = QStringLiteral(KOPERTAL_PROGRAM);
+        parts.pairingPage = QStringLiteral("https://kopertal.example/zq/");
+        m_view = new TrackingView(*m_settings, parts);
+        m_window->addTrackingTab(m_view);
+        m_window->show();
+        m_window->activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        pressKeys({"ctrl+2"});
+        QTRY_COMPARE(QApplication::focusWidget(), m_view->findChild<QLineEdit*>());
+        QTest::qWait(300); // until the pages have changed
+    }
+
+    void closeTab() {
+        m_window.reset();
+        m_settings.reset();
+    }
+
+    /// The one that is shown in the window with that title or name; null if none is.
+    morvik::KitButton* button(const char* title) const {
+        const QString wanted = QString::fromUtf8(title);
+        for (auto* each : m_window->findChildren<morvik::KitButton*>()) {
+            if (each->isVisible() && (each->text() == wanted || each->accessibleName() == wanted))
+                return each;
+        }
+        return nullptr;
+    }
+
+    QStringList storedNumbers() const {
+        QStringList numbers;
+        for (const TrackingRow& row : trackingRows(m_settings->loadSentBooks()))
+            numbers << row.trackingNumber;
+        return numbers;
+    }
+
+    std::unique_ptr<TrackingStandIn> m_standIn;
+    std::unique_ptr<QTemporaryDir> m_folder;
+    std::unique_ptr<AppSettings> m_settings;
+    std::unique_ptr<MainWindow> m_window;
+    TrackingView* m_view = nullptr;
+};
+
+} // namespace kopertal::testing
