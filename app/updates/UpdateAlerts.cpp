@@ -56,6 +56,8 @@ void UpdateAlerts::replaceDialog(QWidget* dialog, bool isAskedFor) {
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAttribute(Qt::WA_ShowWithoutActivating, !isAskedFor);
     dialog->show();
+    if (isAskedFor)
+        dialog->activateWindow();
 }
 
 } // namespace kopertal
