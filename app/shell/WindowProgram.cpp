@@ -103,7 +103,6 @@ int runWindow(int& count, char** arguments) {
     const QString file = count > 1 ? QFile::decodeName(arguments[1]) : QString();
     QApplication application(count, arguments);
     QApplication::setApplicationName(QStringLiteral("kopertal"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Kopertal"));
     QApplication::setApplicationVersion(QStringLiteral(KOPERTAL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("kopertal"));
     SingleInstance instance(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));
