@@ -111,7 +111,6 @@ int runWindow(int& count, char** arguments) {
     QApplication application(count, arguments);
     fonts.applicationExists();
     QApplication::setApplicationName(QStringLiteral("kopertal"));
-    QApplication::setApplicationDisplayName(QStringLiteral("Kopertal"));
     QApplication::setApplicationVersion(QStringLiteral(KOPERTAL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("kopertal"));
     SingleInstance instance(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation));

@@ -37,7 +37,7 @@ void UpdateAlerts::tell(const QString& title, const QString& message, const QStr
     namespace Colors = morvik::MorvikTheme::Colors;
     const bool isGood = icon.startsWith(QStringLiteral("checkmark"));
     auto* box = new QMessageBox(m_window);
-    box->setWindowTitle(QStringLiteral("Aktualizacje"));
+    box->setWindowTitle(QStringLiteral("Aktualizacje — Kopertal"));
     box->setTextFormat(Qt::PlainText);
     box->setText(title);
     box->setInformativeText(message);
@@ -56,6 +56,8 @@ void UpdateAlerts::replaceDialog(QWidget* dialog, bool isAskedFor) {
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setAttribute(Qt::WA_ShowWithoutActivating, !isAskedFor);
     dialog->show();
+    if (isAskedFor)
+        dialog->activateWindow();
 }
 
 } // namespace kopertal

@@ -82,7 +82,7 @@ std::optional<Release> newestUpdate(const QList<Release>& releases, const Versio
     const Release* newest = nullptr;
     for (const Release& release : releases) {
         if (isUpdate(release.version, own) &&
-            (newest == nullptr || compareVersions(release.version, newest->version) > 0))
+            (newest == nullptr || std::is_gt(compareVersions(release.version, newest->version))))
             newest = &release;
     }
     return newest ? std::optional(*newest) : std::nullopt;

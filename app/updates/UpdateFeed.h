@@ -11,7 +11,7 @@
 namespace kopertal {
 
 /// What an answer may have at most; some hundred entries with long notes stay far below.
-inline constexpr std::size_t maxFeedBytes = 256 * 1024;
+inline constexpr std::size_t maxFeedBytes = 256UL * 1024;
 
 /// A version that can be had, as the feed tells.
 struct Release {

@@ -61,7 +61,7 @@ QLayout* makeHeader(const QString& versions) {
 
 UpdateView::UpdateView(const Release& release, const QString& ownVersion, QWidget* parent)
     : QDialog(parent) {
-    setWindowTitle(QStringLiteral("Aktualizacje"));
+    setWindowTitle(QStringLiteral("Aktualizacje — Kopertal"));
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(padding, padding, padding, padding);
     column->setSpacing(16);

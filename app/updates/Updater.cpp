@@ -112,7 +112,7 @@ void Updater::skip(const Release& release) {
 
 bool Updater::isSkipped(const Release& release) const {
     const auto skipped = parseVersion(m_parts.store.text(skippedKey).value_or(QString()));
-    return skipped && compareVersions(release.version, *skipped) <= 0;
+    return skipped && std::is_lteq(compareVersions(release.version, *skipped));
 }
 
 } // namespace kopertal

@@ -45,7 +45,7 @@ std::strong_ordering comparePreReleases(const Version& a, const Version& b) {
 std::strong_ordering compareWithoutBuilds(const Version& a, const Version& b) {
     const auto numbers = std::lexicographical_compare_three_way(
         a.numbers.begin(), a.numbers.end(), b.numbers.begin(), b.numbers.end(), compareDigits);
-    return numbers != 0 ? numbers : comparePreReleases(a, b);
+    return std::is_neq(numbers) ? numbers : comparePreReleases(a, b);
 }
 
 } // namespace
@@ -76,7 +76,7 @@ std::optional<Version> parseVersion(QStringView text) {
 
 std::strong_ordering compareVersions(const Version& a, const Version& b) {
     const auto order = compareWithoutBuilds(a, b);
-    if (order != 0)
+    if (std::is_neq(order))
         return order;
     if (a.build && b.build)
         return compareDigits(*a.build, *b.build);
@@ -86,7 +86,8 @@ std::strong_ordering compareVersions(const Version& a, const Version& b) {
 bool isUpdate(const Version& candidate, const Version& own) {
     if (candidate.isPreRelease() && !own.isPreRelease())
         return false;
-    return (own.build ? compareVersions(candidate, own) : compareWithoutBuilds(candidate, own)) > 0;
+    return std::is_gt(own.build ? compareVersions(candidate, own)
+                                : compareWithoutBuilds(candidate, own));
 }
 
 } // namespace kopertal

@@ -24,6 +24,7 @@
 #include <QScrollBar>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <memory>
 
 using namespace kopertal;
@@ -235,10 +236,12 @@ private Q_SLOTS:
         QTRY_VERIFY(!openWindow<UpdateView>());
         check();
         QTRY_VERIFY(openWindow<UpdateView>() && openWindow<UpdateView>()->isActiveWindow());
-        for (auto* button : openWindow<UpdateView>()->findChildren<QPushButton*>()) {
-            if (button->text() == QStringLiteral("Pomiń tę wersję"))
-                clickAt(button);
-        }
+        const auto buttons = openWindow<UpdateView>()->findChildren<QPushButton*>();
+        const auto skip = std::find_if(buttons.begin(), buttons.end(), [](const auto* button) {
+            return button->text() == QStringLiteral("Pomiń tę wersję");
+        });
+        QVERIFY(skip != buttons.end());
+        clickAt(*skip);
         QTRY_VERIFY(!openWindow<UpdateView>());
         QCOMPARE(store().text(QStringLiteral("updates.skippedVersion")), QStringLiteral("1.2"));
     }

@@ -93,6 +93,22 @@ private Q_SLOTS:
                      "restart: " + programPath().toLocal8Bit());
     }
 
+    /// The toolkit would add the program's name to titles that begin with it.
+    void theHelpWindowHasItsTitleAndGoesWithTheProgram() {
+        startProgram({});
+        pressKeys({"F1"});
+        QTRY_COMPARE(activeWindow(), QByteArray("Kopertal — pomoc"));
+        pressKeys({"Escape"});
+        QTRY_COMPARE(activeWindow(), QByteArray("Kopertal"));
+        pressKeys({"F1"});
+        QTRY_COMPARE(activeWindow(), QByteArray("Kopertal — pomoc"));
+        xdotool({QStringLiteral("windowactivate"), QString::fromLatin1(windowsNamedKopertal())});
+        QTRY_COMPARE(activeWindow(), QByteArray("Kopertal"));
+        pressKeys({"alt+F4"});
+        QTRY_COMPARE_WITH_TIMEOUT(m_program->state(), QProcess::NotRunning, 20000);
+        QCOMPARE(m_program->exitCode(), 0);
+    }
+
     void idleWakesForTheCaretOnly() {
         startProgram({});
         const QStringList window{QStringLiteral("getactivewindow")};

@@ -79,7 +79,7 @@ private Q_SLOTS:
     void versionsAreEqual() {
         QFETCH(QString, a);
         QFETCH(QString, b);
-        QVERIFY(compareVersions(parseVersion(a).value(), parseVersion(b).value()) == 0);
+        QVERIFY(std::is_eq(compareVersions(parseVersion(a).value(), parseVersion(b).value())));
     }
 
     void otherTextsAreNoVersions_data() {
