@@ -1,8 +1,10 @@
 #include "app/printing/PrintView.h"
 
+#include "app/printing/PrintFields.h"
 #include "app/shell/Theme.h"
 #include "net/Deliver.h"
 #include "ui/Fonts.h"
+#include "ui/IconLabel.h"
 #include "ui/Labels.h"
 #include "ui/Layouts.h"
 #include "ui/LimeActionButton.h"
@@ -12,14 +14,12 @@
 
 #include <QAccessible>
 #include <QCheckBox>
-#include <QComboBox>
 #include <QFileInfo>
 #include <QGridLayout>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
-#include <QSpinBox>
 #include <QtConcurrentRun>
 
 #include <utility>
@@ -116,8 +116,8 @@ PrintView::~PrintView() {
 }
 
 QWidget* PrintView::makeForm() {
-    m_printer = new QComboBox;
-    m_copies = new QSpinBox;
+    m_printer = new ChoiceField;
+    m_copies = new NumberField;
     m_copies->setRange(1, mostCopies);
     m_collated = new QCheckBox(QStringLiteral("Kompletami (1, 2, 3, 1, 2, 3)"));
     m_collated->setChecked(true);
@@ -125,6 +125,7 @@ QWidget* PrintView::makeForm() {
     connect(m_copies, &QSpinBox::valueChanged, m_collated,
             [this](int copies) { m_collated->setEnabled(copies > 1); });
     m_pages = new QLineEdit;
+    m_pages->setObjectName(QStringLiteral("pages")); // a spin box holds a field, too
     m_pages->setPlaceholderText(QStringLiteral("wszystkie, albo na przykład: 1-3, 7, 12-"));
     m_hint = wrappedLabel({}, morvik::smallFont(), Theme::textMuted);
     connect(m_pages, &QLineEdit::returnPressed, this, &PrintView::print);
@@ -157,6 +158,8 @@ QWidget* PrintView::makeForm() {
 QWidget* PrintView::makeWaiting() {
     m_status = wrappedLabel({}, morvik::textFont(), Tones::label);
     m_spinner = new morvik::Spinner(spinnerSize, Theme::textMuted);
+    m_done =
+        new morvik::IconLabel(QStringLiteral("checkmark.circle.fill"), spinnerSize, Theme::success);
     m_progress = new ProgressLine;
     auto* waiting = new QWidget;
     auto* grid = new QGridLayout(waiting);
@@ -164,6 +167,7 @@ QWidget* PrintView::makeWaiting() {
     grid->setHorizontalSpacing(10);
     grid->setVerticalSpacing(10);
     grid->addWidget(m_spinner, 0, 0);
+    grid->addWidget(m_done, 0, 0);
     grid->addWidget(m_status, 0, 1);
     grid->addWidget(m_progress, 1, 0, 1, 2);
     grid->setColumnStretch(1, 1);
@@ -179,6 +183,7 @@ void PrintView::enter(State state, const QString& status) {
     m_form->setVisible(state == State::choosing);
     m_waiting->setVisible(state != State::choosing);
     m_spinner->setVisible(state != State::sent);
+    m_done->setVisible(state == State::sent);
     m_progress->setVisible(state == State::printing);
     m_progress->setShare(0);
     m_status->setText(status);
@@ -271,7 +276,7 @@ void PrintView::finish(const PrintResult& result, const QString& printer) {
         Q_EMIT failed(result.error);
     } else {
         enter(State::sent,
-             QStringLiteral("Wysłano do drukarki „%1”: %2.").arg(printer, pageWord(result.pages)));
+              QStringLiteral("Wysłano do drukarki „%1”: %2.").arg(printer, pageWord(result.pages)));
     }
 }
 

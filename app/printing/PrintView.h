@@ -8,10 +8,8 @@
 #include <memory>
 
 class QCheckBox;
-class QComboBox;
 class QLabel;
 class QLineEdit;
-class QSpinBox;
 
 namespace morvik {
 class LimeActionButton;
@@ -20,6 +18,8 @@ class Spinner;
 
 namespace kopertal {
 
+class ChoiceField;
+class NumberField;
 class ProgressLine;
 
 /// The content of the sheet that prints a register: looks for printers, asks which of them, how
@@ -64,14 +64,15 @@ private:
     int m_pageCount = 0; // 0: not known
 
     QWidget* m_form;
-    QComboBox* m_printer;
-    QSpinBox* m_copies;
+    ChoiceField* m_printer;
+    NumberField* m_copies;
     QCheckBox* m_collated;
     QLineEdit* m_pages;
     QLabel* m_hint;
     QWidget* m_waiting;
     QLabel* m_status;
     morvik::Spinner* m_spinner;
+    QWidget* m_done;
     ProgressLine* m_progress;
     morvik::LimeActionButton* m_cancel;
     morvik::LimeActionButton* m_print;

@@ -54,7 +54,8 @@ Printers findPrinters(const std::stop_token& stop) {
 
     ChildProcess choice(lpstat, {QStringLiteral("-d")}, plainWords());
     waitFor(choice, lpstat, lookUpLimit, stop);
-    const QString named = QString::fromUtf8(choice.output()).section(QStringLiteral(": "), 1).trimmed();
+    const QString named =
+        QString::fromUtf8(choice.output()).section(QStringLiteral(": "), 1).trimmed();
     printers.preferred = printers.names.contains(named) ? named : printers.names.front();
     return printers;
 }

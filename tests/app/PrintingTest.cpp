@@ -332,7 +332,7 @@ private Q_SLOTS:
     /// Between the pieces of a long register.
     void stoppingLeavesNothing() {
         const QString document = m_folder->filePath(QStringLiteral("a.docx"));
-        makeRegister(document, 60);
+        makeRegister(document, 30);
         std::stop_source stop;
         int running = 0;
         QElapsedTimer sinceStop;
