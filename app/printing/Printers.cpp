@@ -34,9 +34,9 @@ QProcessEnvironment plainWords() {
 
 QString noPrinters(const QString& reason) {
     QString message = QStringLiteral("System nie ma żadnej drukarki. Dodaj ją w ustawieniach "
-                                     "drukarek i spróbuj ponownie.");
+                                     "drukarek; musi też działać system CUPS (pakiet cups).");
     if (!reason.isEmpty())
-        message += QStringLiteral("\n\nOdpowiedź systemu CUPS (pakiet cups): %1").arg(reason);
+        message += QStringLiteral("\n\nOdpowiedź systemu: %1").arg(reason);
     return message;
 }
 
