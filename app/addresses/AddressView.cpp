@@ -7,6 +7,8 @@
 #include "app/addresses/RecipientModel.h"
 #include "app/addresses/SuccessView.h"
 #include "app/addresses/WarningsBox.h"
+#include "app/printing/LoadedPrintWork.h"
+#include "app/printing/PrintView.h"
 #include "app/settings/AppSettings.h"
 #include "app/shell/ErrorAlert.h"
 #include "app/shell/Theme.h"
@@ -257,6 +259,18 @@ void AddressView::presentSuccess() {
         if (document && !QDesktopServices::openUrl(QUrl::fromLocalFile(*document)))
             showError(QStringLiteral("Nie udało się otworzyć dokumentu: %1").arg(*document));
     });
+    connect(view, &SuccessView::printRequested, this, [this, document = m_lastDocURL] {
+        if (document)
+            presentPrinting(*document);
+    });
+    sheet->open(view->defaultButton());
+}
+
+void AddressView::presentPrinting(const QString& document) {
+    auto* view = new PrintView(document, loadPrintWork());
+    auto* sheet = new morvik::Sheet(view, QStringLiteral("Drukowanie"), window());
+    connect(view, &PrintView::closeRequested, sheet, &morvik::Sheet::dismiss);
+    connect(view, &PrintView::failed, this, &showError);
     sheet->open(view->defaultButton());
 }
 

@@ -63,6 +63,7 @@ private:
     void updateButton();
     void finishGeneration(const GenerationResult& result);
     void presentSuccess();
+    void presentPrinting(const QString& document);
 
     AppSettings& m_settings;
     AddressTextEditor* m_editor;

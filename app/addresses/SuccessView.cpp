@@ -40,10 +40,9 @@ SuccessView::SuccessView(qsizetype count, qsizetype pages, const std::optional<Q
 
     auto* open = new LimeActionButton(QStringLiteral("Otwórz"), QStringLiteral("doc.text"));
     auto* print = new LimeActionButton(QStringLiteral("Drukuj"), QStringLiteral("printer"));
-    print->setEnabled(false);
-    print->setToolTip(QStringLiteral("Otwórz dokument i wydrukuj go z edytora tekstu."));
     m_ok = new LimeActionButton(QStringLiteral("OK"), QStringLiteral("checkmark"));
     connect(open, &LimeActionButton::clicked, this, &SuccessView::openRequested);
+    connect(print, &LimeActionButton::clicked, this, &SuccessView::printRequested);
     connect(m_ok, &LimeActionButton::clicked, this, &SuccessView::closeRequested);
     column->addSpacing(8);
     column->addLayout(morvik::actionRow({open, print, m_ok}));

@@ -10,7 +10,8 @@ class LimeActionButton;
 
 namespace kopertal {
 
-/// The content of the sheet that tells of a finished register and opens it.
+/// The content of the sheet that tells of a finished register and offers to open or print
+/// it.
 class SuccessView : public QWidget {
     Q_OBJECT
 
@@ -23,6 +24,7 @@ public:
 
 Q_SIGNALS:
     void openRequested();
+    void printRequested();
     void closeRequested();
 
 private:

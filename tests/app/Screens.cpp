@@ -6,6 +6,7 @@
 #include "app/help/HelpView.h"
 #include "app/pairing/PairingChoiceView.h"
 #include "app/pairing/PairingSetupView.h"
+#include "app/printing/PrintView.h"
 #include "app/scanning/IPhoneScanView.h"
 #include "app/sender/SenderSetupView.h"
 #include "app/settings/AppSettings.h"
@@ -26,11 +27,14 @@
 
 #include <QApplication>
 #include <QFile>
+#include <QLineEdit>
 #include <QMenu>
 #include <QScrollBar>
 #include <QSemaphore>
+#include <QSpinBox>
 #include <QTemporaryDir>
 #include <QTest>
+#include <QThread>
 #include <QThreadPool>
 
 using namespace kopertal;
@@ -61,6 +65,59 @@ void openSuccess(MainWindow& window) {
     auto* view = new SuccessView(12, 2, QStringLiteral("/tmp/kopertal_20260312.docx"));
     auto* sheet = new morvik::Sheet(view, QStringLiteral("Kopertal wygenerowana"), &window);
     sheet->open(view->defaultButton());
+}
+
+/// Knows two printers, and never gets further than to the middle of a document.
+class HalfPrinting : public PrintWork {
+public:
+    PrintSetup lookUp(const QString&, const std::stop_token&) override {
+        PrintSetup setup;
+        setup.printers = {QStringLiteral("Drukarka_w_biurze"), QStringLiteral("Magazyn")};
+        setup.preferredPrinter = QStringLiteral("Drukarka_w_biurze");
+        setup.pages = 23;
+        return setup;
+    }
+
+    PrintResult print(const PrintOrder& order, const PrintProgress& progress,
+                      const std::stop_token& stop) override {
+        PrintResult result;
+        result.pages = 23;
+        progress(10, 23);
+        while (order.copies == 1 && !stop.stop_requested())
+            QThread::msleep(10);
+        return result;
+    }
+};
+
+bool savePrinting(Screens& screens, MainWindow& window) {
+    auto* view = new PrintView(QStringLiteral("/tmp/kopertal_20260312.docx"),
+                               std::make_unique<HalfPrinting>());
+    auto* sheet = new morvik::Sheet(view, QStringLiteral("Drukowanie"), &window);
+    sheet->open(view->defaultButton());
+    bool isSaved = screens.save(window, QStringLiteral("print"));
+    auto* pages = view->findChild<QLineEdit*>(QStringLiteral("pages"));
+    const auto enter = [&](const char* text) {
+        pages->setText(QString::fromUtf8(text));
+        QTest::keyClick(pages, Qt::Key_Return);
+    };
+    enter("20-24");
+    isSaved &= screens.save(window, QStringLiteral("print-refused"));
+    enter("");
+    isSaved &= screens.save(window, QStringLiteral("print-progress"));
+    sheet->dismiss();
+    QTest::qWait(10);
+    auto* again = new PrintView(QStringLiteral("/tmp/kopertal_20260312.docx"),
+                                std::make_unique<HalfPrinting>());
+    sheet = new morvik::Sheet(again, QStringLiteral("Drukowanie"), &window);
+    sheet->open(again->defaultButton());
+    QTest::qWait(200);
+    again->findChild<QSpinBox*>()->setValue(2);
+    pages = again->findChild<QLineEdit*>(QStringLiteral("pages"));
+    enter("");
+    isSaved &= screens.save(window, QStringLiteral("print-sent"));
+    sheet->dismiss();
+    QTest::qWait(10);
+    return isSaved;
 }
 
 /// While it lives, nothing that is waited for comes.
@@ -201,6 +258,7 @@ int main(int argc, char** argv) {
     openSuccess(window);
     isSaved &= screens.save(window, QStringLiteral("success"));
     isSaved &= saveFrame(screens);
+    isSaved &= savePrinting(screens, window);
     SenderSetupView form(settings, true);
     isSaved &= screens.save(form, QStringLiteral("settings"));
     return isSaved ? 0 : 1;

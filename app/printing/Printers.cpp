@@ -1,0 +1,79 @@
+#include "app/printing/Printers.h"
+
+#include "app/printing/ChildProcess.h"
+#include "app/printing/PrintError.h"
+
+#include <QStandardPaths>
+
+#include <chrono>
+
+namespace kopertal {
+namespace {
+
+using namespace std::chrono_literals;
+
+constexpr auto lookUpLimit = 20s;  // printers of the network are asked for up to 5 s each way
+constexpr auto sendingLimit = 60s; // the job goes to the local queue
+
+QString tool(const QString& name) {
+    const QString path = QStandardPaths::findExecutable(name);
+    if (path.isEmpty())
+        throw PrintError(QStringLiteral("Do drukowania potrzebny jest system CUPS. Zainstaluj "
+                                        "pakiety cups i cups-client (brak programu „%1”).")
+                             .arg(name));
+    return path;
+}
+
+/// Names are read from its answers, so they must not be translated.
+QProcessEnvironment plainWords() {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("LANGUAGE"));
+    environment.insert(QStringLiteral("LC_ALL"), QStringLiteral("C.UTF-8"));
+    return environment;
+}
+
+QString noPrinters(const QString& reason) {
+    QString message = QStringLiteral("System nie ma żadnej drukarki. Dodaj ją w ustawieniach "
+                                     "drukarek; musi też działać system CUPS (pakiet cups).");
+    if (!reason.isEmpty())
+        message += QStringLiteral("\n\nOdpowiedź systemu: %1").arg(reason);
+    return message;
+}
+
+} // namespace
+
+Printers findPrinters(const std::stop_token& stop) {
+    const QString lpstat = tool(QStringLiteral("lpstat"));
+    tool(QStringLiteral("lp"));
+    Printers printers;
+    ChildProcess list(lpstat, {QStringLiteral("-e")}, plainWords());
+    waitFor(list, lpstat, lookUpLimit, stop);
+    printers.names = QString::fromUtf8(list.output()).split(u'\n', Qt::SkipEmptyParts);
+    if (printers.names.isEmpty())
+        throw PrintError(noPrinters(list.isSuccess() ? QString() : list.reason()));
+
+    ChildProcess choice(lpstat, {QStringLiteral("-d")}, plainWords());
+    waitFor(choice, lpstat, lookUpLimit, stop);
+    const QString named =
+        QString::fromUtf8(choice.output()).section(QStringLiteral(": "), 1).trimmed();
+    printers.preferred = printers.names.contains(named) ? named : printers.names.front();
+    return printers;
+}
+
+void sendToPrinter(const QString& pdf, const QString& title, const PrintOrder& order,
+                   const std::stop_token& stop) {
+    const QString lp = tool(QStringLiteral("lp"));
+    ChildProcess sending(
+        lp,
+        {QStringLiteral("-d"), order.printer, QStringLiteral("-n"), QString::number(order.copies),
+         QStringLiteral("-o"),
+         order.isCollated ? QStringLiteral("collate=true") : QStringLiteral("collate=false"),
+         QStringLiteral("-t"), title, QStringLiteral("--"), pdf},
+        QProcessEnvironment::systemEnvironment());
+    waitFor(sending, lp, sendingLimit, stop);
+    if (!sending.isSuccess())
+        throw PrintError(QStringLiteral("Drukarka „%1” nie przyjęła wydruku: %2")
+                             .arg(order.printer, sending.reason()));
+}
+
+} // namespace kopertal
