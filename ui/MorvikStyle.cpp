@@ -108,6 +108,7 @@ void MorvikStyle::install(QApplication& application) {
     application.setFont(textFont());
     for (const char* bar : {"QMenuBar", "QMenu", "QMessageBox"})
         QApplication::setFont(textFont(), bar);
+    QIcon::setThemeName(QStringLiteral("hicolor")); // none: the desktop's icons do not go with ours
     QToolTip::setPalette(lightPalette());
     QToolTip::setFont(smallFont());
 }

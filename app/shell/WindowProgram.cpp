@@ -8,6 +8,7 @@
 #include "app/settings/AppSettings.h"
 #include "app/settings/PreferencesStore.h"
 #include "app/shell/AppDelegate.h"
+#include "app/shell/EditWords.h"
 #include "app/shell/FontReading.h"
 #include "app/shell/FrameCommands.h"
 #include "app/shell/LatePage.h"
@@ -45,6 +46,7 @@ void speakPolish(QApplication& application) {
     if (translator->load(QStringLiteral("qtbase_pl"),
                          QLibraryInfo::path(QLibraryInfo::TranslationsPath)))
         application.installTranslator(translator);
+    application.installTranslator(new EditWords(&application)); // the last one is asked first
 }
 
 TrackingParts trackingParts() {

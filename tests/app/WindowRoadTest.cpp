@@ -324,7 +324,7 @@ private:
     void showWindow() {
         m_window->show();
         m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        QVERIFY(QTest::qWaitForWindowActive(m_window.get(), 20000));
         QTest::qWait(200);
     }
 
