@@ -22,17 +22,24 @@ struct Discard {
 struct CloseEntry {
     void operator()(zip_file_t* entry) const { zip_fclose(entry); }
 };
+struct Error : zip_error_t {
+    Error() { zip_error_init(this); }
+    ~Error() { zip_error_fini(this); }
+    Error(const Error&) = delete;
+    Error& operator=(const Error&) = delete;
+};
 using Archive = std::unique_ptr<zip_t, Discard>;
 using Entry = std::unique_ptr<zip_file_t, CloseEntry>;
 
-QString description(zip_error_t& error) {
-    const QString text = QString::fromLocal8Bit(zip_error_strerror(&error));
-    zip_error_fini(&error);
-    return text;
+/// In the system's words where it is the system that refuses, else in the library's.
+[[noreturn]] void fail(const QString& path, zip_error_t* error) {
+    if (zip_error_system_type(error) == ZIP_ET_SYS && zip_error_code_system(error) != 0)
+        throw FileError(path, zip_error_code_system(error));
+    throw FileError(path, QString::fromLocal8Bit(zip_error_strerror(error)));
 }
 
 [[noreturn]] void fail(const QString& path, zip_t* archive) {
-    throw FileError(path, QString::fromLocal8Bit(zip_strerror(archive)));
+    fail(path, zip_get_error(archive));
 }
 
 QByteArray readArchive(const QString& path) {
@@ -51,18 +58,16 @@ QByteArray readArchive(const QString& path) {
 }
 
 Archive openArchive(const QByteArray& bytes, const QString& path) {
-    zip_error_t error;
-    zip_error_init(&error);
+    Error error;
     zip_source_t* source = zip_source_buffer_create(
         bytes.constData(), static_cast<zip_uint64_t>(bytes.size()), 0, &error);
     if (!source)
-        throw FileError(path, description(error));
+        fail(path, &error);
     Archive archive(zip_open_from_source(source, ZIP_RDONLY, &error));
     if (!archive) {
         zip_source_free(source);
-        throw FileError(path, description(error));
+        fail(path, &error);
     }
-    zip_error_fini(&error);
     return archive;
 }
 
@@ -105,8 +110,7 @@ qint64 unpackEntry(zip_t* archive, zip_uint64_t index, const QString& path, cons
     for (;;) {
         const zip_int64_t count = zip_fread(entry.get(), chunk, sizeof chunk);
         if (count < 0)
-            throw FileError(
-                path, QString::fromLocal8Bit(zip_error_strerror(zip_file_get_error(entry.get()))));
+            fail(path, zip_file_get_error(entry.get()));
         if (count == 0)
             break;
         total += count;
@@ -178,9 +182,9 @@ void zipItem(const QString& folder, const QString& archivePath, const std::stop_
     Archive archive(
         zip_open(QFile::encodeName(archivePath).constData(), ZIP_CREATE | ZIP_TRUNCATE, &code));
     if (!archive) {
-        zip_error_t error;
+        Error error;
         zip_error_init_with_code(&error, code);
-        throw FileError(archivePath, description(error));
+        fail(archivePath, &error);
     }
     for (const QString& file : relativeFiles(folder)) {
         const QByteArray source = QFile::encodeName(folder + u'/' + file);

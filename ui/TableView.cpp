@@ -108,6 +108,7 @@ TableView::TableView(QWidget* parent) : QTableView(parent) {
     setMouseTracking(true);
     setTabKeyNavigation(false);
     setCornerButtonEnabled(false);
+    setCornerWidget(new QWidget); // nothing between the scroll bars
     setSelectionBehavior(SelectRows);
     setEditTriggers(NoEditTriggers);
     setHorizontalScrollMode(ScrollPerPixel);

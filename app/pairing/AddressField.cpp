@@ -1,6 +1,7 @@
 #include "app/pairing/AddressField.h"
 
 #include "app/shell/Theme.h"
+#include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/SelectableText.h"
 #include "ui/SmallButtons.h"
@@ -33,6 +34,9 @@ AddressField::AddressField(const QString& name, QWidget* parent)
     m_confirmation.setInterval(confirmationTime);
     connect(&m_confirmation, &QTimer::timeout, this,
             [this] { m_copy->setIconName(QStringLiteral("doc.on.doc")); });
+    morvik::RingShape ring = morvik::limeRing(radius);
+    ring.always = true;
+    morvik::addFocusRing(m_text, ring);
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(11, 4, 4, 4);
     row->setSpacing(4);

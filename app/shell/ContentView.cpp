@@ -60,7 +60,6 @@ ContentView::ContentView(QWidget* parent)
 
 void ContentView::addTab(AppTab tab, QWidget* page) {
     auto* button = new morvik::TabButton(title(tab));
-    button->setAutoExclusive(true);
     button->setChecked(m_tabs.empty());
     connect(button, &morvik::TabButton::clicked, this, [this, tab] { selectTab(tab); });
     auto* tabs = static_cast<QHBoxLayout*>(m_tabBar->layout());
@@ -73,6 +72,11 @@ void ContentView::addTab(AppTab tab, QWidget* page) {
 void ContentView::setBrandMark(QWidget* mark) {
     static_cast<QGridLayout*>(m_topBar->layout())
         ->addWidget(mark, 0, 0, Qt::AlignLeft | Qt::AlignVCenter);
+    QWidget* last = mark; // which stands before the tabs for the keyboard, too
+    for (morvik::TabButton* button : m_buttons) {
+        setTabOrder(last, button);
+        last = button;
+    }
 }
 
 AppTab ContentView::selectedTab() const {
@@ -84,7 +88,8 @@ void ContentView::selectTab(AppTab tab) {
     const int index = indexOf(tab);
     if (index < 0)
         return;
-    m_buttons[static_cast<size_t>(index)]->setChecked(true);
+    for (morvik::TabButton* button : m_buttons) // a click on the selected one has released it
+        button->setChecked(button == m_buttons[static_cast<size_t>(index)]);
     if (index == m_pages->currentIndex())
         return;
     m_pages->fadeTo(index);

@@ -9,7 +9,6 @@
 namespace kopertal {
 namespace {
 
-/// Without a thread to be had, the first text reads the fonts itself.
 std::jthread started(void (*work)()) {
     try {
         return std::jthread(work);
@@ -20,12 +19,12 @@ std::jthread started(void (*work)()) {
 
 } // namespace
 
-FontReading::FontReading() : m_thread(started([] { FcInit(); })) {
+std::jthread readFontConfiguration() {
+    return started([] { FcInit(); });
 }
 
-void FontReading::applicationExists() {
-    m_thread = {}; // which waits for the configuration
-    m_thread = started([] { QFontDatabase::families(); });
+std::jthread readFontList() {
+    return started([] { QFontDatabase::families(); });
 }
 
 } // namespace kopertal

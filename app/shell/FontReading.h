@@ -4,19 +4,14 @@
 
 namespace kopertal {
 
-/// Has the fonts that the system offers read on a thread of its own while the program starts: a
-/// text waits for them, and little else on the way to the first window does.
-class FontReading {
-public:
-    /// Begins with the system's configuration, which needs no application.
-    FontReading();
+/// These have the fonts that the system offers read on a thread of its own while the program
+/// starts: a text waits for them, and little else on the way to the first window does. Without a
+/// thread to be had, the first text reads them itself.
 
-    /// Goes on with the toolkit's list of fonts. To be called once there is an application, which
-    /// must live longer than this.
-    void applicationExists();
+/// The system's configuration. It needs no application.
+std::jthread readFontConfiguration();
 
-private:
-    std::jthread m_thread;
-};
+/// The toolkit's list of fonts. The application must live until the thread has ended.
+std::jthread readFontList();
 
 } // namespace kopertal

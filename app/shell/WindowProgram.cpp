@@ -109,9 +109,10 @@ int runFirst(SingleInstance& instance, const QString& file) {
 
 int runWindow(int& count, char** arguments) {
     const QString file = count > 1 ? QFile::decodeName(arguments[1]) : QString();
-    FontReading fonts;
+    std::jthread fontConfiguration = readFontConfiguration();
     QApplication application(count, arguments);
-    fonts.applicationExists();
+    fontConfiguration = {}; // waits for it
+    const std::jthread fontList = readFontList();
     QApplication::setApplicationName(QStringLiteral("kopertal"));
     QApplication::setApplicationVersion(QStringLiteral(KOPERTAL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("kopertal"));

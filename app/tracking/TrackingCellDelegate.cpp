@@ -81,14 +81,21 @@ Cell cellAt(const QModelIndex& index, int width) {
     default:
         break;
     }
-    const PlaceLines place = placeLines(whole);
     const bool isUnknown = whole == u"—";
-    std::vector<CellLine> lines{{shownText(place.first),
+    std::vector<CellLine> lines{{text,
                                  morvik::uiFont(11, isUnknown ? QFont::Normal : QFont::Medium),
                                  isUnknown ? Theme::textMuted : Theme::textMain}};
-    if (!place.second.isEmpty())
-        lines.push_back({shownText(place.second), morvik::uiFont(10), Theme::textMuted});
+    const QString address = index.data(TrackingTableModel::PlaceSecondLineRole).toString();
+    if (!address.isEmpty())
+        lines.push_back({shownText(address), morvik::uiFont(10), Theme::textMuted});
     return elidedLines(std::move(lines), width);
+}
+
+QString wholeText(const QModelIndex& index) {
+    QStringList lines{index.data().toString()};
+    if (index.column() == TrackingTableModel::placeColumn)
+        lines += index.data(TrackingTableModel::PlaceSecondLineRole).toString();
+    return lines.join(u'\n').trimmed();
 }
 
 QRect textRect(const QRect& cell, const QModelIndex& index) {
@@ -126,7 +133,7 @@ bool TrackingCellDelegate::helpEvent(QHelpEvent* event, QAbstractItemView* view,
         return TableCellDelegate::helpEvent(event, view, option, index);
     const bool isCut = index.isValid() && cellAt(index, textRect(option.rect, index).width()).isCut;
     QToolTip::showText(event->globalPos(),
-                       isCut ? morvik::plainToolTip(index.data().toString()) : QString(), view,
+                       isCut ? morvik::plainToolTip(wholeText(index)) : QString(), view,
                        option.rect);
     return true;
 }

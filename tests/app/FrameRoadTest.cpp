@@ -16,6 +16,7 @@
 #include "ui/MorvikHelpWindow.h"
 #include "ui/MorvikStyle.h"
 
+#include <QAccessible>
 #include <QApplication>
 #include <QLabel>
 #include <QMenu>
@@ -208,6 +209,19 @@ private Q_SLOTS:
         clickAt(m_window->findChild<morvik::MorvikFooter*>());
         QTRY_COMPARE(opened.list().size(), 1);
         QCOMPARE(namelessParts(), QStringList());
+    }
+
+    void tabGoesFromTheBrandMarkToTheTabsAndOn() {
+        QStringList stops;
+        m_window->findChild<morvik::MorvikFooter*>()->setFocus(Qt::TabFocusReason);
+        for (const char* expected : {"Adresy odbiorców", "Adresy odbiorców", "Wyczyść adresy"}) {
+            pressKeys({"Tab"});
+            QTRY_VERIFY(QApplication::focusWidget());
+            stops += QAccessible::queryAccessibleInterface(QApplication::focusWidget())
+                         ->text(QAccessible::Name);
+            QVERIFY2(stops.last().startsWith(QString::fromUtf8(expected)),
+                     qPrintable(stops.join(u'|')));
+        }
     }
 
     void updatesAreShownAndOpened() {

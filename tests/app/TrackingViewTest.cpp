@@ -61,6 +61,16 @@ QList<ScannedEntry> entries(const QStringList& numbers) {
 class TrackingViewTest : public QObject, private TrackingTab {
     Q_OBJECT
 
+    /// Whether something is drawn below where one line in the middle of the cell would end.
+    bool hasSecondLine(const QModelIndex& index) const {
+        const QRect cell = m_view->table().visualRect(index);
+        const QRect below(cell.left() + 8, cell.center().y() + 8, 60, 5);
+        const QImage picture = m_view->table().viewport()->grab(below).toImage();
+        QImage blank = picture;
+        blank.fill(picture.pixelColor(picture.rect().bottomRight()));
+        return picture != blank;
+    }
+
 private Q_SLOTS:
     void initTestCase() {
         QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
@@ -135,6 +145,8 @@ private Q_SLOTS:
         QTRY_COMPARE(shownRows(*m_view), answered);
         QTRY_VERIFY(!m_view->isRefreshing());
         QVERIFY(button("Sprawdź statusy")->isEnabled());
+        QVERIFY(hasSecondLine(m_view->model().index(0, Model::placeColumn))); // of the address
+        QVERIFY(!hasSecondLine(m_view->model().index(1, Model::placeColumn)));
 
         // By the keyboard: the third row, its number to the clipboard, the order of dates.
         m_view->table().setFocus(Qt::TabFocusReason);
