@@ -169,26 +169,13 @@ class PhonePagesTest(unittest.TestCase):
             time.sleep(0.4)
             self.browser.save_screenshot(f'{folder}/{name}.png')
 
-    def style(self, selector, name, pseudo=None):
-        return self.browser.execute_script(
-            'return getComputedStyle(document.querySelector(arguments[0]), arguments[1])'
-            '.getPropertyValue(arguments[2])', selector, pseudo, name)
-
-    def assert_styles(self, expected):
-        for place, values in expected.items():
-            selector, _, pseudo = place.partition('::')
-            for name, value in values.items():
-                with self.subTest(place=place, name=name):
-                    self.assertEqual(self.style(selector, name, f'::{pseudo}' if pseudo else None),
-                                     value)
-
     def assert_no_complaints(self):
         self.assertEqual([entry for entry in self.browser.get_log('browser')
                           if entry['level'] == 'SEVERE'], [])
 
     # The tests.
 
-    def test_scan_page_says_and_looks_what_it_should(self):
+    def test_scan_page_says_what_it_should(self):
         self.open()
         self.await_status(READY)
         self.picture('scan')
@@ -201,28 +188,9 @@ class PhonePagesTest(unittest.TestCase):
         self.assertEqual(self.element('#photo').get_attribute('capture'), 'environment')
         self.assertFalse(self.element('#progress').is_displayed())
         self.assertFalse(self.element('#retry').is_displayed())
-        self.assert_styles({
-            'body': {'background-color': 'rgb(245, 246, 248)', 'color': 'rgb(27, 42, 74)',
-                     'padding': '24px 20px 20px'},
-            '.card': {'border': '2px solid rgb(222, 247, 28)', 'border-radius': '16px',
-                      'padding': '32px 24px', 'background-color': 'rgb(255, 255, 255)',
-                      'max-width': '380px', 'text-align': 'center'},
-            '.logo': {'font-size': '11px', 'color': 'rgb(153, 153, 153)', 'letter-spacing': '1px'},
-            '.logo::before': {'width': '8px', 'background-color': 'rgb(222, 247, 28)'},
-            'h1': {'font-size': '20px', 'font-weight': '700'},
-            '.subtitle': {'font-size': '14px', 'color': 'rgb(107, 123, 153)',
-                          'line-height': '19.6px'},
-            '.main-button': {'background-color': 'rgb(222, 247, 28)', 'border-radius': '10px',
-                             'padding': '16px', 'font-size': '17px', 'font-weight': '700'},
-            '#status': {'font-size': '14px', 'color': 'rgb(107, 123, 153)', 'margin-top': '28px'},
-            '#progress': {'height': '6px', 'background-color': 'rgb(232, 235, 242)'},
-            '#bar': {'background-color': 'rgb(222, 247, 28)', 'transition-duration': '0.3s'},
-            '#retry': {'background-color': 'rgba(0, 0, 0, 0)', 'border-radius': '10px',
-                       'border': '2px solid rgb(222, 247, 28)'},
-            'footer': {'font-size': '11px', 'color': 'rgb(170, 170, 170)', 'margin-top': '24px'}})
         self.assert_no_complaints()
 
-    def test_pairing_page_says_and_looks_what_it_should(self):
+    def test_pairing_page_says_what_it_should(self):
         self.open('/pair?x=1')
         self.picture('pair')
         self.assertEqual(self.browser.title, "Sparuj iPhone'a — Kopertal")
@@ -236,13 +204,6 @@ class PhonePagesTest(unittest.TestCase):
         self.assertEqual([bold.text for bold in self.browser.find_elements(By.TAG_NAME, 'b')],
                          ['„Dodaj do ekranu głównego”', '„Dodaj”'])
         self.assertEqual(self.browser.find_elements(By.TAG_NAME, 'script'), [])
-        self.assert_styles({
-            'li': {'font-size': '14px', 'line-height': '19.6px', 'text-align': 'left'},
-            'li::before': {'width': '28px', 'height': '28px', 'font-weight': '700',
-                           'background-color': 'rgb(222, 247, 28)'},
-            '.share': {'width': '20px', 'height': '20px', 'border-radius': '4px',
-                       'background-color': 'rgb(0, 122, 255)', 'color': 'rgb(255, 255, 255)'},
-            '.hint': {'font-size': '14px', 'color': 'rgb(107, 123, 153)', 'margin-top': '28px'}})
 
     def test_both_pages_share_head_and_manifest(self):
         for path in ['/', '/pair']:
@@ -418,9 +379,6 @@ class PhonePagesTest(unittest.TestCase):
         self.picture('scan-unreachable')
         self.assertTrue(self.element('#retry').is_displayed())
         self.assertFalse(self.element('#photo').is_enabled())
-        self.assert_styles({'.main-button': {'background-color': 'rgb(232, 235, 242)',
-                                             'color': 'rgb(153, 153, 153)',
-                                             'pointer-events': 'none'}})
         # A server that does not answer is the same after three seconds.
         self.server.start()
         self.server.pause()
