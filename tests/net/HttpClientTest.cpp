@@ -4,13 +4,12 @@
 #include "tests/support/TrackingStandIn.h"
 
 #include <QElapsedTimer>
-#include <QFile>
-#include <QRegularExpression>
 #include <QTest>
 
 #include <memory>
 #include <netinet/in.h>
 #include <netinet/tcp.h>
+#include <sys/resource.h>
 #include <sys/socket.h>
 
 using namespace kopertal;
@@ -34,10 +33,9 @@ int watchedConnections() {
 
 /// In bytes, as the kernel counts it.
 qint64 peakMemory() {
-    QFile status(QStringLiteral("/proc/self/status"));
-    status.open(QIODevice::ReadOnly);
-    static const QRegularExpression peak(QStringLiteral("VmHWM:\\s+(\\d+) kB"));
-    return peak.match(QString::fromLatin1(status.readAll())).captured(1).toLongLong() * 1024;
+    rusage usage{};
+    getrusage(RUSAGE_SELF, &usage);
+    return qint64(usage.ru_maxrss) * 1024;
 }
 
 } // namespace

@@ -58,6 +58,11 @@ private Q_SLOTS:
         QCOMPARE(column(*m_model, 1), QStringList({"—", "10", "9"}));
         for (const int unknown : {2, 3, 4})
             QCOMPARE(column(*m_model, unknown), QStringList({"—", "—", "—"}));
+        QStringList titles;
+        for (int i = 0; i < m_model->columnCount(); ++i)
+            titles << m_model->headerData(i, Qt::Horizontal).toString();
+        QCOMPARE(titles, QStringList({"Lp.", "Nr nadawczy", "Status", "Data statusu",
+                                      "Ostatnia placówka"}));
         QVERIFY(m_model->contains("10"));
         QVERIFY(!m_model->contains("1"));
     }
