@@ -120,17 +120,11 @@ private Q_SLOTS:
     }
 
     void findsThePhoto() {
-        const std::pair<std::string, std::size_t> cases[] = {{"", 0},
-                                                             {"abc", 0},
-                                                             {"\xFF\xD8\xFF", 0},
-                                                             {"--x\r\n\r\n\xFF\xD8\xFF", 7},
-                                                             {"a\xFF\xD8\xFF\xD8", 1},
-                                                             {"\xFF\xFF\xD8", 1},
-                                                             {"abc\xFF", 0},
-                                                             {"ab\x89PNG\r\n", 2},
-                                                             {"\x89PNG....\xFF\xD8..", 8},
-                                                             {"ab\x89PN", 0},
-                                                             {"\0\0\xFF\xD8"s, 2}};
+        for (const char* body : {"", "abc", "\xFF\xD8\xFF", "abc\xFF", "ab\x89PN"})
+            QVERIFY2(photoStart(body) == 0, body);
+        const std::pair<std::string, std::size_t> cases[] = {
+            {"--x\r\n\r\n\xFF\xD8\xFF", 7}, {"a\xFF\xD8\xFF\xD8", 1},     {"\xFF\xFF\xD8", 1},
+            {"ab\x89PNG\r\n", 2},           {"\x89PNG....\xFF\xD8..", 8}, {"\0\0\xFF\xD8"s, 2}};
         for (const auto& [body, start] : cases)
             QVERIFY2(photoStart(body) == start, body.c_str());
     }

@@ -71,11 +71,6 @@ private Q_SLOTS:
         }
     }
 
-    void knowsAPhotoWithoutCodes() {
-        QCOMPARE(toPhotoResult({}).outcome, PhotoOutcome::none);
-        QCOMPARE(PhotoResult().outcome, PhotoOutcome::unreadable);
-    }
-
     void travelsAsJson() {
         const PhotoResult sent = toPhotoResult({code("RR1", {0.25, 0.75}), code(u"żółć"_qs)});
         const QByteArray answer = QJsonDocument(QJsonArray{toJson("-", sent)}).toJson();

@@ -106,26 +106,30 @@ private:
     }
 
     static QByteArray envelopeOf(const QString& number) {
-        return R"(<?xml version="1.0" encoding="UTF-8"?>
-<soapenv:Envelope xmlns:soapenv="http://schemas.xmlsoap.org/soap/envelope/"
-                  xmlns:sled="http://stand-in.test/?a&amp;b">
-  <soapenv:Header>
-    <wsse:Security xmlns:wsse="http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-wssecurity-secext-1.0.xsd"
-                   soapenv:mustUnderstand="1">
-      <wsse:UsernameToken>
-        <wsse:Username>guest</wsse:Username>
-        <wsse:Password Type="http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-username-token-profile-1.0#PasswordText">secret</wsse:Password>
-      </wsse:UsernameToken>
-    </wsse:Security>
-  </soapenv:Header>
-  <soapenv:Body>
-    <sled:sprawdzPrzesylkePl>
-      <sled:numer>)" +
+        return QByteArray(
+                   "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                   "<soapenv:Envelope xmlns:soapenv=\"http://schemas.xmlsoap.org/soap/envelope/\"\n"
+                   "                  xmlns:sled=\"http://stand-in.test/?a&amp;b\">\n"
+                   "  <soapenv:Header>\n"
+                   "    <wsse:Security xmlns:wsse=\"http://docs.oasis-open.org/wss/2004/01/"
+                   "oasis-200401-wss-wssecurity-secext-1.0.xsd\"\n"
+                   "                   soapenv:mustUnderstand=\"1\">\n"
+                   "      <wsse:UsernameToken>\n"
+                   "        <wsse:Username>guest</wsse:Username>\n"
+                   "        <wsse:Password Type=\"http://docs.oasis-open.org/wss/2004/01/"
+                   "oasis-200401-wss-username-token-profile-1.0#PasswordText\">secret"
+                   "</wsse:Password>\n"
+                   "      </wsse:UsernameToken>\n"
+                   "    </wsse:Security>\n"
+                   "  </soapenv:Header>\n"
+                   "  <soapenv:Body>\n"
+                   "    <sled:sprawdzPrzesylkePl>\n"
+                   "      <sled:numer>") +
                number.toUtf8() +
-               R"(</sled:numer>
-    </sled:sprawdzPrzesylkePl>
-  </soapenv:Body>
-</soapenv:Envelope>)";
+               "</sled:numer>\n"
+               "    </sled:sprawdzPrzesylkePl>\n"
+               "  </soapenv:Body>\n"
+               "</soapenv:Envelope>";
     }
 
     std::unique_ptr<TrackingStandIn> m_standIn;
