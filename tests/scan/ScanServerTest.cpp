@@ -86,6 +86,14 @@ private Q_SLOTS:
         QCOMPARE(photo.photo().data(), photo.whole().data() + 8); // one value, no copy
     }
 
+    void refusesALargePhotoThatIsStillBeingSent() {
+        RunningServer s;
+        RawClient client(s.port);
+        QVERIFY(client.send(uploadHead(60'000'000)));
+        QVERIFY(client.send(std::string(60'000'000, 'x'))); // read and thrown away
+        QCOMPARE(client.readAll().value_or("still open"), tooLarge);
+    }
+
     void acceptsTheLargestPhoto() {
         std::string body(maxUploadBytes, '\0');
         std::mt19937 random(1);
