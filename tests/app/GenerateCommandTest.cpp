@@ -105,22 +105,17 @@ private Q_SLOTS:
         QVERIFY(QFile::exists(second.output.trimmed()));
     }
 
-    void readsWhatSendersHave_data() {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("Windows-1250, CR LF")
-            << QByteArray("Jan \xa3o\x9c\r\nul. 1\r\n\r\nB\r\nb\r\n");
-        QTest::newRow("with what XML cannot hold")
-            << QByteArray("Jan \x01Łoś\x1b\nul. 1\n\nB\n\xef\xbf\xbf"
-                          "b");
-    }
-
     void readsWhatSendersHave() {
-        QFETCH(QByteArray, bytes);
+        const QByteArray inputs[] = {"Jan \xa3o\x9c\r\nul. 1\r\n\r\nB\r\nb\r\n", // Windows-1250
+                                     "Jan \x01Łoś\x1b\nul. 1\n\nB\n\xef\xbf\xbf"
+                                     "b"}; // with what XML cannot hold
         writeFile("o.docx", "old");
-        const Result result = run({"generate", "--json", "--output", "o.docx"}, bytes);
-        QCOMPARE(result.exitCode, 0);
-        QCOMPARE(QJsonDocument::fromJson(result.output.toUtf8())["recipients"].toInt(), 2);
-        QVERIFY(documentOf(m_scratch->filePath("work/o.docx")).contains(">Jan Łoś<"));
+        for (const QByteArray& bytes : inputs) {
+            const Result result = run({"generate", "--json", "--output", "o.docx"}, bytes);
+            QCOMPARE(result.exitCode, 0);
+            QCOMPARE(QJsonDocument::fromJson(result.output.toUtf8())["recipients"].toInt(), 2);
+            QVERIFY(documentOf(m_scratch->filePath("work/o.docx")).contains(">Jan Łoś<"));
+        }
     }
 
     void takesTheRestFromTheSettings() {
@@ -174,74 +169,47 @@ private Q_SLOTS:
                  QString(first).replace(".docx", "_1.docx"));
     }
 
-    void failsWithAMessage_data() {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("no recipients") << QStringList{"only-skipped.txt"} << "Brak adresatów";
-        QTest::newRow("no input file")
-            << QStringList{"missing.txt"} << "Nie można odczytać adresów: missing.txt: ";
-        QTest::newRow("a folder for input") << QStringList{"."} << ".: ";
-        QTest::newRow("a source without end")
-            << QStringList{"/dev/zero"} << "/dev/zero: plik jest większy";
-        QTest::newRow("no save folder")
-            << QStringList{"a.txt", "-o", "missing"} << "Folder zapisu nie istnieje: missing";
-        QTest::newRow("a file for save folder")
-            << QStringList{"a.txt", "-o", "a.txt"} << "Folder zapisu nie istnieje: a.txt";
-        QTest::newRow("no folder of the output")
-            << QStringList{"a.txt", "--output", "missing/o.docx"}
-            << "Folder zapisu nie istnieje: missing";
-        QTest::newRow("no template") << QStringList{"a.txt", "--template", "missing.dotx"}
-                                     << "Nie znaleziono szablonu: missing.dotx";
-        QTest::newRow("a pipe for template")
-            << QStringList{"a.txt", "--template", "/dev/stdin"} << "/dev/stdin: to nie jest plik";
-        QTest::newRow("no archive") << QStringList{"a.txt", "--template", "a.txt"}
-                                    << "Nie udało się utworzyć dokumentu: a.txt: ";
-    }
-
     void failsWithAMessage() {
-        QFETCH(QStringList, arguments);
-        QFETCH(QString, message);
+        const std::pair<QStringList, QString> cases[] = {
+            {{"only-skipped.txt"}, "Brak adresatów"},
+            {{"missing.txt"}, "Nie można odczytać adresów: missing.txt: "},
+            {{"."}, ".: "},
+            {{"/dev/zero"}, "/dev/zero: plik jest większy"},
+            {{"a.txt", "-o", "missing"}, "Folder zapisu nie istnieje: missing"},
+            {{"a.txt", "-o", "a.txt"}, "Folder zapisu nie istnieje: a.txt"},
+            {{"a.txt", "--output", "missing/o.docx"}, "Folder zapisu nie istnieje: missing"},
+            {{"a.txt", "--template", "missing.dotx"}, "Nie znaleziono szablonu: missing.dotx"},
+            {{"a.txt", "--template", "/dev/stdin"}, "/dev/stdin: to nie jest plik"},
+            {{"a.txt", "--template", "a.txt"}, "Nie udało się utworzyć dokumentu: a.txt: "}};
         writeFile("a.txt", twoRecipients);
         writeFile("only-skipped.txt", "A\n\nB\n");
         const QStringList before = workFiles();
-        const Result result = run(QStringList("generate") + arguments);
-        QVERIFY2(result.messages.contains(message), qPrintable(result.messages));
-        QCOMPARE(result.exitCode, 1);
-        QCOMPARE(result.output, QString());
-        QCOMPARE(workFiles(), before);
-    }
-
-    void refusesWrongUsage_data() {
-        QTest::addColumn<QStringList>("arguments");
-        const auto row = [](const char* name, const QStringList& arguments) {
-            QTest::newRow(name) << arguments;
-        };
-        row("unknown command", {"generuj"});
-        row("unknown option", {"generate", "--colour"});
-        row("missing value", {"generate", "a.txt", "-o"});
-        row("unexpected value", {"generate", "--json=yes"});
-        row("two files", {"generate", "a.txt", "a.txt"});
-        row("two destinations", {"generate", "a.txt", "-o", ".", "--output", "x.docx"});
-        row("empty destination", {"generate", "a.txt", "--output", ""});
-        row("a folder as output", {"generate", "a.txt", "--output", "folder"});
-        row("a future folder as output", {"generate", "a.txt", "--output", "new/"});
-        row("its own input as output", {"generate", "a.txt", "--output", "./a.txt"});
-        row("its own template as output",
-            {"generate", "a.txt", "--template", "a.txt", "--output", "folder/../a.txt"});
-        row("empty input", {"generate", ""});
-        row("a device as output", {"generate", "a.txt", "--output", "/dev/null"});
+        for (const auto& [arguments, message] : cases) {
+            const Result result = run(QStringList("generate") + arguments);
+            QVERIFY2(result.messages.contains(message), qPrintable(result.messages));
+            QCOMPARE(result.exitCode, 1);
+            QCOMPARE(result.output, QString());
+            QCOMPARE(workFiles(), before);
+        }
     }
 
     void refusesWrongUsage() {
-        QFETCH(QStringList, arguments);
         writeFile("a.txt", twoRecipients);
         QVERIFY(QDir(m_scratch->path()).mkpath("work/folder/below"));
-        const Result result = run(arguments);
-        QCOMPARE(result.exitCode, 2);
-        QVERIFY(QFileInfo(m_scratch->filePath("work/a.txt")).size() == twoRecipients.size());
-        QVERIFY(result.messages.contains("--help"));
-        QCOMPARE(workFiles(), QStringList({"a.txt", "folder"}));
-        QVERIFY(QFile::exists(m_scratch->filePath("work/folder/below")));
+        for (const QString words : // a blank at the end: an empty argument
+             {"generuj", "generate ", "generate --colour", "generate a.txt -o",
+              "generate --json=yes", "generate a.txt a.txt", "generate a.txt -o . --output x.docx",
+              "generate a.txt --output ", "generate a.txt --output folder",
+              "generate a.txt --output new/", "generate a.txt --output ./a.txt",
+              "generate a.txt --output /dev/null",
+              "generate a.txt --template a.txt --output folder/../a.txt"}) {
+            const Result result = run(words.split(u' '));
+            QVERIFY2(result.exitCode == 2, qPrintable(words));
+            QVERIFY(QFileInfo(m_scratch->filePath("work/a.txt")).size() == twoRecipients.size());
+            QVERIFY(result.messages.contains("--help"));
+            QCOMPARE(workFiles(), QStringList({"a.txt", "folder"}));
+            QVERIFY(QFile::exists(m_scratch->filePath("work/folder/below")));
+        }
     }
 
     void aSignalLeavesNothing() {

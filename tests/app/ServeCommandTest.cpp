@@ -100,62 +100,54 @@ class ServeCommandTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void showsItsAddressAndEndsCleanly_data() {
-        QTest::addColumn<int>("signal");
-        QTest::addColumn<int>("size");
-        QTest::addColumn<QString>("shown");
-        QTest::newRow("Ctrl+C") << SIGINT << 1 << "(1 bajt)";
-        QTest::newRow("terminate") << SIGTERM << 512 << "(512 B)";
-        QTest::newRow("terminal closed") << SIGHUP << 3'400'000 << "(3,4 MB)";
-        QTest::newRow("nearly a megabyte") << SIGINT << 999'949 << "(999,9 kB)";
-        QTest::newRow("about a megabyte") << SIGINT << 999'950 << "(1,0 MB)";
-    }
-
     void showsItsAddressAndEndsCleanly() {
-        QFETCH(int, signal);
-        QFETCH(int, size);
-        QFETCH(QString, shown);
-        Serve serve({});
-        QVERIFY(serve.port != 0);
-        QVERIFY(serve.messages().contains(QStringLiteral("▀▀▀▀▀▀▀"))); // a finder pattern
-        QVERIFY(RawClient::ask(serve.port, "GET /ping\r\n\r\n").ends_with("ok"));
-        QVERIFY(serve.upload(std::string(static_cast<std::size_t>(size), 'x')));
-        QVERIFY(serve.waitFor(QStringLiteral("Odebrano zdjęcie %1.").arg(shown)));
-        QCOMPARE(serve.end(signal), 0);
-    }
-
-    void readsWhatItHasBeforeItEnds_data() {
-        QTest::addColumn<bool>("isReaderStuck");
-        QTest::addColumn<int>("signals");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("a photo just received")
-            << false << 1 << 0 << "Zdjęcie: nie można odczytać zdjęcia";
-        QTest::newRow("not for ever") << true << 1 << 1 << "Nierozpoznane zdjęcia: 1";
-        QTest::newRow("not after a second Ctrl+C")
-            << true << 2 << 128 + SIGINT << "Odczytuję jeszcze odebrane zdjęcia (1)";
+        const struct {
+            int signal;
+            std::size_t size;
+            QString shown;
+        } cases[] = {{SIGINT, 1, "(1 bajt)"},
+                     {SIGTERM, 512, "(512 B)"},
+                     {SIGHUP, 3'400'000, "(3,4 MB)"},
+                     {SIGINT, 999'949, "(999,9 kB)"},
+                     {SIGINT, 999'950, "(1,0 MB)"}};
+        for (const auto& [signal, size, shown] : cases) {
+            Serve serve({});
+            QVERIFY(serve.port != 0);
+            QVERIFY(serve.messages().contains(QStringLiteral("▀▀▀▀▀▀▀"))); // a finder pattern
+            QVERIFY(RawClient::ask(serve.port, "GET /ping\r\n\r\n").ends_with("ok"));
+            QVERIFY(serve.upload(std::string(size, 'x')));
+            QVERIFY(serve.waitFor(QStringLiteral("Odebrano zdjęcie %1.").arg(shown)));
+            QCOMPARE(serve.end(signal), 0);
+        }
     }
 
     void readsWhatItHasBeforeItEnds() {
-        QFETCH(bool, isReaderStuck);
-        QFETCH(int, signals);
-        Serve serve({});
-        QVERIFY(serve.upload("\xFF\xD8\xFF\xE0" + std::string(3'000'000, 'x')));
-        const pid_t reader = isReaderStuck ? serve.reader() : 0;
-        const auto cleanUp = qScopeGuard([=] {
-            if (reader > 0)
-                kill(reader, SIGKILL);
-        });
-        if (isReaderStuck)
-            QVERIFY(reader > 0 && kill(reader, SIGSTOP) == 0);
-        if (signals == 2) {
-            serve.signal(SIGINT);
-            QVERIFY(serve.waitFor(QStringLiteral("Odczytuję")));
+        const struct {
+            bool isReaderStuck;
+            int signals;
+            int exitCode;
+            QString message;
+        } cases[] = {{false, 1, 0, "Zdjęcie: nie można odczytać zdjęcia"},
+                     {true, 1, 1, "Nierozpoznane zdjęcia: 1"}, // not for ever
+                     {true, 2, 128 + SIGINT, "Odczytuję jeszcze odebrane zdjęcia (1)"}};
+        for (const auto& [isReaderStuck, signals, exitCode, message] : cases) {
+            Serve serve({});
+            QVERIFY(serve.upload("\xFF\xD8\xFF\xE0" + std::string(3'000'000, 'x')));
+            const pid_t reader = isReaderStuck ? serve.reader() : 0;
+            const auto cleanUp = qScopeGuard([=] {
+                if (reader > 0)
+                    kill(reader, SIGKILL);
+            });
+            if (isReaderStuck)
+                QVERIFY(reader > 0 && kill(reader, SIGSTOP) == 0);
+            if (signals == 2) {
+                serve.signal(SIGINT);
+                QVERIFY(serve.waitFor(QStringLiteral("Odczytuję")));
+            }
+            QCOMPARE(serve.end(), exitCode);
+            QVERIFY2(serve.messages().contains(message), qPrintable(serve.messages()));
+            QVERIFY2(!serve.messages().contains("qt."), qPrintable(serve.messages()));
         }
-        QTEST(serve.end(), "exitCode");
-        QFETCH(QString, message);
-        QVERIFY2(serve.messages().contains(message), qPrintable(serve.messages()));
-        QVERIFY2(!serve.messages().contains("qt."), qPrintable(serve.messages()));
     }
 
     void savesEveryPhotoUnderAFreeName() {
@@ -196,39 +188,33 @@ private Q_SLOTS:
         QCOMPARE(saved, expected);
     }
 
-    void saysWhyItCouldNotSave_data() {
-        QTest::addColumn<QStringList>("starter");
-        QTest::addColumn<QString>("reason");
-        QTest::newRow("the folder is gone") << QStringList() << "folderu już nie ma";
-        QTest::newRow("the disk is full")
-            << QStringList{"unshare",
-                           "--user",
-                           "--map-root-user",
-                           "--mount",
-                           "sh",
-                           "-c",
-                           "mount -t tmpfs -o size=64k none \"$4\" && exec \"$@\"",
-                           "sh"}
-            << "na dysku zabrakło miejsca";
-        QTest::newRow("files may not be as large")
-            << QStringList{"prlimit", "--fsize=65536"} << "plik byłby za duży";
-    }
-
     void saysWhyItCouldNotSave() {
-        QFETCH(QStringList, starter);
-        QFETCH(QString, reason);
-        QTemporaryDir folder;
-        Serve serve({"--save-photos", folder.path()}, starter);
-        if (serve.messages().contains("unshare:"))
-            QSKIP("disks cannot be mounted here");
-        if (starter.isEmpty())
-            folder.remove();
-        QVERIFY(serve.upload(std::string(100'000, 'x')));
-        QVERIFY2(serve.waitFor("ale nie udało się go zapisać: " + reason),
-                 qPrintable(serve.messages()));
-        QCOMPARE(serve.files(folder.path()), QStringList()); // nothing half-written
-        QVERIFY(RawClient::ask(serve.port, "GET /ping\r\n\r\n").ends_with("ok")); // goes on
-        QCOMPARE(serve.end(), 1);
+        const QStringList onSmallDisk{"unshare",
+                                      "--user",
+                                      "--map-root-user",
+                                      "--mount",
+                                      "sh",
+                                      "-c",
+                                      "mount -t tmpfs -o size=64k none \"$4\" && exec \"$@\"",
+                                      "sh"};
+        const std::pair<QStringList, QString> cases[] = {
+            {{}, "folderu już nie ma"},
+            {{"prlimit", "--fsize=65536"}, "plik byłby za duży"},
+            {onSmallDisk, "na dysku zabrakło miejsca"}};
+        for (const auto& [starter, reason] : cases) {
+            QTemporaryDir folder;
+            Serve serve({"--save-photos", folder.path()}, starter);
+            if (serve.messages().contains("unshare:"))
+                QSKIP("disks cannot be mounted here");
+            if (starter.isEmpty())
+                folder.remove();
+            QVERIFY(serve.upload(std::string(100'000, 'x')));
+            QVERIFY2(serve.waitFor("ale nie udało się go zapisać: " + reason),
+                     qPrintable(serve.messages()));
+            QCOMPARE(serve.files(folder.path()), QStringList()); // nothing half-written
+            QVERIFY(RawClient::ask(serve.port, "GET /ping\r\n\r\n").ends_with("ok")); // goes on
+            QCOMPARE(serve.end(), 1);
+        }
     }
 
     void refusesABusyPort() {
@@ -240,32 +226,24 @@ private Q_SLOTS:
         QCOMPARE(first.end(), 0);
     }
 
-    void refusesWrongUsage_data() {
-        QTest::addColumn<QStringList>("options");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("message");
-        QTest::newRow("help") << QStringList{"--help"} << 0 << "";
+    void refusesWrongUsage() {
+        QList<std::pair<QStringList, QString>> cases{
+            {{"--port"}, "Brakuje wartości"},
+            {{"--prot", "80"}, "--prot"},
+            {{"80"}, "Nieoczekiwany argument: 80"},
+            {{"--save-photos", "/nie/ma"}, "nie istnieje: /nie/ma"},
+            {{"--save-photos", KOPERTAL_PROGRAM}, "To nie jest folder"}};
         for (const char* port :
              {"0", "65536", "-1", "+80", " 80", "80x", "", "99999999999999999999"})
-            QTest::addRow("port '%s'", port)
-                << QStringList{"--port", port} << 2 << "Port musi być liczbą";
-        QTest::newRow("no port") << QStringList{"--port"} << 2 << "Brakuje wartości";
-        QTest::newRow("unknown option") << QStringList{"--prot", "80"} << 2 << "--prot";
-        QTest::newRow("an argument") << QStringList{"80"} << 2 << "Nieoczekiwany argument: 80";
-        QTest::newRow("no such folder")
-            << QStringList{"--save-photos", "/nie/ma"} << 1 << "nie istnieje: /nie/ma";
-        QTest::newRow("a file, no folder")
-            << QStringList{"--save-photos", KOPERTAL_PROGRAM} << 1 << "To nie jest folder";
-    }
-
-    void refusesWrongUsage() {
-        QFETCH(QStringList, options);
-        QProcess process;
-        process.start(QStringLiteral(KOPERTAL_PROGRAM), QStringList{"serve"} + options);
-        QVERIFY(process.waitForFinished(30000));
-        QTEST(process.exitCode(), "exitCode");
-        QFETCH(QString, message);
-        QVERIFY(QString::fromUtf8(process.readAllStandardError()).contains(message));
+            cases.append({{"--port", port}, "Port musi być liczbą"});
+        for (const auto& [options, message] : cases) {
+            QProcess process;
+            process.start(QStringLiteral(KOPERTAL_PROGRAM), QStringList{"serve"} + options);
+            QVERIFY(process.waitForFinished(30000));
+            QCOMPARE(process.exitCode(), options[0] == "--save-photos" ? 1 : 2);
+            const QString messages = QString::fromUtf8(process.readAllStandardError());
+            QVERIFY2(messages.contains(message), qPrintable(messages));
+        }
     }
 };
 

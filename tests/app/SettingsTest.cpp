@@ -14,6 +14,14 @@
 
 using namespace kopertal;
 
+namespace {
+
+SentBook bookOf(const QString& date, const QString& number) {
+    return {QUuid::createUuid(), date, {{QUuid::createUuid(), "Żaneta", "", number}}, {}};
+}
+
+} // namespace
+
 class SettingsTest : public QObject {
     Q_OBJECT
 
@@ -62,29 +70,23 @@ private Q_SLOTS:
         QCOMPARE(filesBeside(), QStringList("settings.json"));
     }
 
-    void keepsADamagedFileAside_data() {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("garbage") << QByteArray("[General]\nname=x");
-        QTest::newRow("cut off") << QByteArray("{\"sender.name\": \"A");
-        QTest::newRow("no object") << QByteArray("[1]");
-        QTest::newRow("emptied") << QByteArray("");
-    }
-
     void keepsADamagedFileAside() {
-        QFETCH(QByteArray, bytes);
-        writeFile(bytes);
-        PreferencesStore store(m_path);
-        QVERIFY(!store.text("sender.name"));
-        QCOMPARE(filesBeside(), QStringList("settings.json")); // reading changes nothing
+        for (const QByteArray bytes : {"[General]\nname=x", "{\"sender.name\": \"A", "[1]", ""}) {
+            init();
+            writeFile(bytes);
+            PreferencesStore store(m_path);
+            QVERIFY(!store.text("sender.name"));
+            QCOMPARE(filesBeside(), QStringList("settings.json")); // reading changes nothing
 
-        QVERIFY(store.setText("sender.name", "B"));
-        QCOMPARE(store.text("sender.name"), QString("B"));
-        QStringList files = filesBeside();
-        QCOMPARE(files.size(), 2);
-        files.removeOne("settings.json");
-        QFile aside(QFileInfo(m_path).dir().filePath(files[0]));
-        QVERIFY(aside.open(QIODevice::ReadOnly));
-        QCOMPARE(aside.readAll(), bytes);
+            QVERIFY(store.setText("sender.name", "B"));
+            QCOMPARE(store.text("sender.name"), QString("B"));
+            QStringList files = filesBeside();
+            QCOMPARE(files.size(), 2);
+            files.removeOne("settings.json");
+            QFile aside(QFileInfo(m_path).dir().filePath(files[0]));
+            QVERIFY(aside.open(QIODevice::ReadOnly));
+            QCOMPARE(aside.readAll(), bytes);
+        }
     }
 
     void isNotHeldUpByAPipe() {
@@ -180,6 +182,44 @@ private Q_SLOTS:
         const AppSettings next{PreferencesStore(m_path)};
         QCOMPARE(next.senderName(), " ");
         QCOMPARE(next.senderAddress(), QString());
+    }
+
+    void theRegisterLivesInTheStore() {
+        const PreferencesStore store(m_path);
+        AppSettings settings(store);
+        QCOMPARE(settings.loadSentBooks(), QList<SentBook>());
+
+        const SentBook first = bookOf("2025-03-14", "Ł1");
+        const SentBook second = bookOf("2025-03-14", "2");
+        const SentBook later = bookOf("2025-03-15", "3");
+        for (const SentBook& book : {first, second, later})
+            settings.appendSentBook(book);
+        SentBook merged = first;
+        merged.entries.append(second.entries);
+        const QList<SentBook> expected{merged, later};
+        QCOMPARE(settings.loadSentBooks(), expected);
+        QCOMPARE(AppSettings(store).loadSentBooks(), expected);
+
+        settings.saveSentBooks({});
+        QCOMPARE(store.data(settings.sentBooksKey), "[]");
+        QCOMPARE(settings.loadSentBooks(), QList<SentBook>());
+    }
+
+    void anUnreadableRegisterIsEmptyAndReplaced() {
+        PreferencesStore store(m_path);
+        AppSettings settings(store);
+        settings.setSenderName("Jan");
+        for (const bool isText : {true, false}) {
+            if (isText)
+                store.setText(settings.sentBooksKey, "[]x");
+            else
+                store.setData(settings.sentBooksKey, "[{}]");
+            QCOMPARE(settings.loadSentBooks(), QList<SentBook>());
+            const SentBook book = bookOf("2025-03-14", "1");
+            settings.appendSentBook(book);
+            QCOMPARE(settings.loadSentBooks(), QList<SentBook>{book});
+        }
+        QCOMPARE(AppSettings(store).senderName(), "Jan");
     }
 };
 

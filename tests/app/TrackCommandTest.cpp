@@ -30,46 +30,38 @@ private Q_SLOTS:
         QVERIFY(m_standIn->isReady());
     }
 
-    void printsALineForEachNumber_data() {
-        QTest::addColumn<QStringList>("numbers");
-        QTest::addColumn<QString>("output");
-        QTest::addColumn<int>("exitCode");
-        const char* const warsaw = "\tWarszawa — UP Warszawa 1, Marszałkowska 1, 00-001 Warszawa\n";
-        const auto row = [](const char* name, QStringList numbers, const QByteArray& output,
-                            int exitCode) {
-            QTest::newRow(name) << numbers << QString::fromUtf8(output) << exitCode;
-        };
-        row("in the order given", {" (00)delivered\n", "unknown", "relay"},
-            "delivered\tDoręczono\t2025-03-11 11:52" + QByteArray(warsaw) +
-                "unknown\tNie znaleziono\t—\t—\nrelay\tW transporcie\t2025-03-11 01:30\t—\n",
-            0);
-        row("found without events", {"noevents"}, "noevents\tBrak zdarzeń\t—\t—\n", 0);
-        row("known, and nothing else", {"bare"}, "bare\tBrak zdarzeń\t—\t—\n", 0);
-        row("the slow one holds its place", {"relay after 0.5", "unknown"},
-            "relay after 0.5\tW transporcie\t2025-03-11 01:30\t—\nunknown\tNie znaleziono\t—\t—\n",
-            0);
-        row("a network error", {"unknown", "reset"},
-            "unknown\tNie znaleziono\t—\t—\nreset\tBłąd sieci\t—\t—\n", 1);
-        row("a fault is no answer", {"fault"}, "fault\tBrak zdarzeń\t—\t—\n", 1);
-        row("an error page is no answer", {"page"}, "page\tBrak zdarzeń\t—\t—\n", 1);
-        row("unreadable", {"latin2"}, "latin2\tBłąd\t—\t—\n", 1);
-        row("another prefix", {"prefix"}, "prefix\tBrak zdarzeń\t—\t—\n", 1);
-        row("no body", {"empty"}, "empty\tBrak zdarzeń\t—\t—\n", 1);
-        row("an empty number", {"(00)"}, "—\t—\t—\t—\n", 1);
-        row("what a terminal obeys stays out of the answer", {"tricks"},
-            "tricks\tDo r  ęczono\t2025-03-11 " + QByteArray(warsaw), 0);
-        row("control characters stay out", {"unknown\u0085\u009b"},
-            "unknown  \tDoręczono\t2025-03-11 11:52" + QByteArray(warsaw), 0);
-        row("behind two hyphens", {"--", "--json"},
-            "--json\tDoręczono\t2025-03-11 11:52" + QByteArray(warsaw), 0);
-    }
-
     void printsALineForEachNumber() {
-        QFETCH(QStringList, numbers);
-        const Outcome outcome = run(numbers);
-        QTEST(outcome.output, "output");
-        QTEST(outcome.exitCode, "exitCode");
-        QCOMPARE(!outcome.messages.isEmpty(), outcome.exitCode == 1);
+        const QString warsaw = "\tWarszawa — UP Warszawa 1, Marszałkowska 1, 00-001 Warszawa\n";
+        const struct {
+            QStringList numbers;
+            QString output;
+            int exitCode = 0;
+        } cases[] = {
+            {{" (00)delivered\n", "unknown", "relay"},
+             "delivered\tDoręczono\t2025-03-11 11:52" + warsaw +
+                 "unknown\tNie znaleziono\t—\t—\nrelay\tW transporcie\t2025-03-11 01:30\t—\n"},
+            {{"noevents"}, "noevents\tBrak zdarzeń\t—\t—\n"},
+            {{"bare"}, "bare\tBrak zdarzeń\t—\t—\n"},
+            {{"relay after 0.5", "unknown"}, // the slow one holds its place
+             "relay after 0.5\tW transporcie\t2025-03-11 01:30\t—\nunknown\tNie "
+             "znaleziono\t—\t—\n"},
+            {{"unknown", "reset"}, "unknown\tNie znaleziono\t—\t—\nreset\tBłąd sieci\t—\t—\n", 1},
+            {{"fault"}, "fault\tBrak zdarzeń\t—\t—\n", 1},
+            {{"page"}, "page\tBrak zdarzeń\t—\t—\n", 1},
+            {{"latin2"}, "latin2\tBłąd\t—\t—\n", 1},
+            {{"prefix"}, "prefix\tBrak zdarzeń\t—\t—\n", 1},
+            {{"empty"}, "empty\tBrak zdarzeń\t—\t—\n", 1},
+            {{"(00)"}, "—\t—\t—\t—\n", 1},
+            // What a terminal obeys stays out of the answer.
+            {{"tricks"}, "tricks\tDo r  ęczono\t2025-03-11 " + warsaw},
+            {{"unknown\u0085\u009b"}, "unknown  \tDoręczono\t2025-03-11 11:52" + warsaw},
+            {{"--", "--json"}, "--json\tDoręczono\t2025-03-11 11:52" + warsaw}};
+        for (const auto& [numbers, output, exitCode] : cases) {
+            const Outcome outcome = run(numbers);
+            QCOMPARE(outcome.output, output);
+            QCOMPARE(outcome.exitCode, exitCode);
+            QCOMPARE(!outcome.messages.isEmpty(), exitCode == 1);
+        }
     }
 
     void printsEverythingAsJson() {
@@ -103,29 +95,21 @@ private Q_SLOTS:
                  "Do\u202er\u2028\u2029ęczono");
     }
 
-    void saysWhyThereIsNoAnswer_data() {
-        QTest::addColumn<QStringList>("numbers");
-        QTest::addColumn<QString>("messages");
+    void saysWhyThereIsNoAnswer() {
         const QString lost =
             "Błąd sieci: Połączenie z serwerem zostało przerwane. Bez odpowiedzi: ";
         const QString fault = "Usługa śledzenia zgłosiła błąd albo odpowiedziała nie na temat. "
                               "Bez odpowiedzi: ";
-        QTest::newRow("each reason once")
-            << QStringList{"reset", "fault", "unknown", "cut", "reset", "page"}
-            << lost + "reset, cut\n" + fault + "fault, page\n";
-        QTest::newRow("not too many numbers")
-            << QStringList{"fault", "fault after 0.1", "fault after 0.2", "page",
-                           "empty", "page after 0.1",  "prefix"}
-            << fault + "fault, fault after 0.1, fault after 0.2, page, empty i jeszcze 2\n";
-        QTest::newRow("unreadable") << QStringList{"latin2"}
-                                    << "Błąd: Nie można odczytać odpowiedzi. Bez odpowiedzi: "
-                                       "latin2\n";
-        QTest::newRow("empty") << QStringList{""} << "Numer jest pusty.\n";
-    }
-
-    void saysWhyThereIsNoAnswer() {
-        QFETCH(QStringList, numbers);
-        QTEST(run(numbers).messages, "messages");
+        const std::pair<QStringList, QString> cases[] = {
+            {{"reset", "fault", "unknown", "cut", "reset", "page"},
+             lost + "reset, cut\n" + fault + "fault, page\n"},
+            {{"fault", "fault after 0.1", "fault after 0.2", "page", "empty", "page after 0.1",
+              "prefix"},
+             fault + "fault, fault after 0.1, fault after 0.2, page, empty i jeszcze 2\n"},
+            {{"latin2"}, "Błąd: Nie można odczytać odpowiedzi. Bez odpowiedzi: latin2\n"},
+            {{""}, "Numer jest pusty.\n"}};
+        for (const auto& [numbers, messages] : cases)
+            QCOMPARE(run(numbers).messages, messages);
     }
 
     void withoutDescriptorsItFailsWithAReason() {
@@ -143,19 +127,13 @@ private Q_SLOTS:
         }
     }
 
-    void wrongUseIsRefused_data() {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::newRow("no number") << QStringList{};
-        QTest::newRow("an option alone") << QStringList{"--json"};
-        QTest::newRow("unknown option") << QStringList{"--xml", "1"};
-    }
-
     void wrongUseIsRefused() {
-        QFETCH(QStringList, arguments);
-        const Outcome outcome = run(arguments);
-        QCOMPARE(outcome.exitCode, 2);
-        QCOMPARE(outcome.output, "");
-        QVERIFY(outcome.messages.contains("kopertal track --help"));
+        for (const QStringList& arguments : {QStringList{}, {"--json"}, {"--xml", "1"}}) {
+            const Outcome outcome = run(arguments);
+            QCOMPARE(outcome.exitCode, 2);
+            QCOMPARE(outcome.output, "");
+            QVERIFY(outcome.messages.contains("kopertal track --help"));
+        }
     }
 
     void aNumberThatIsNotUtf8IsRefused() {

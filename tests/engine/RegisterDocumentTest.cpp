@@ -95,44 +95,6 @@ private Q_SLOTS:
 
     void cleanup() { qunsetenv("TMPDIR"); }
 
-    void fillsEveryPage_data() {
-        QTest::addColumn<int>("count");
-        QTest::addColumn<QStringList>("numbers");
-        QTest::newRow("0") << 0 << QStringList{"16:1"};
-        QTest::newRow("1") << 1 << QStringList{"16:1"};
-        QTest::newRow("10") << 10 << QStringList{"16:1"};
-        QTest::newRow("11") << 11 << QStringList{"16:1/2", "16:2/2"};
-        QTest::newRow("25") << 25 << QStringList{"16:1/3", "16:2/3", "16:3/3"};
-    }
-
-    void fillsEveryPage() {
-        QFETCH(int, count);
-        QFETCH(QStringList, numbers);
-        fill(recipients(count));
-        const pugi::xml_node root = openOutput();
-
-        const std::vector<TextboxGrid> grids = findAllTextboxGrids(root);
-        QCOMPARE(qsizetype(grids.size()), numbers.size());
-        for (int i = 0; i < int(grids.size()) * 10; ++i) {
-            const TextboxGrid& grid = grids[size_t(i / 10)];
-            const bool isFilled = i < count;
-            QCOMPARE(boxText(grid.nameShapes.at(size_t(i % 10))),
-                     isFilled ? QString("16:Adresat %1").arg(i + 1) : QString("-"));
-            QCOMPARE(boxText(grid.addressShapes.at(size_t(i % 10))),
-                     isFilled ? QString("16:ul. %1/00-000 X").arg(i + 1) : QString("-"));
-        }
-        QStringList free;
-        for (const pugi::xml_node& shape : descendantsOutside(root, "wps:wsp", "wpg:wgp"))
-            free += boxText(shape);
-        QStringList expected;
-        for (const QString& number : numbers)
-            expected += QStringList{"18:Nadawca", "18:ul. Nadawcza 1", number};
-        free.sort();
-        expected.sort();
-        QCOMPARE(free, expected);
-        QVERIFY(QDir(m_scratch->filePath("tmp")).isEmpty());
-    }
-
     void anEmptySenderKeepsTheTemplatesText() {
         fill(recipients(11), QStringLiteral(" \t\u00a0\u0001\ufffe "), " ul. 1 ");
         const std::vector<SenderShapePair> pairs = findAllSenderShapePairs(openOutput());

@@ -51,9 +51,17 @@ private:
         return result;
     }
 
-    void refuse() {
-        QVERIFY_THROWS_EXCEPTION(FileError, TemplatePackage{m_template});
-        QCOMPARE(leftovers(), QStringList());
+    bool isRefused() const {
+        try {
+            const TemplatePackage package(m_template);
+            return false;
+        } catch (const FileError&) {
+            return leftovers().isEmpty();
+        }
+    }
+
+    bool isRefused(const QList<ArchiveEntry>& entries) const {
+        return writeArchive(m_template, entries) && isRefused();
     }
 
     std::unique_ptr<QTemporaryDir> m_scratch;
@@ -112,23 +120,17 @@ private Q_SLOTS:
         QCOMPARE(leftovers(), QStringList());
     }
 
-    void refusesEntriesThatWouldLandElsewhere_data() {
-        QTest::addColumn<QByteArray>("name");
-        QTest::addColumn<unsigned int>("mode");
+    void refusesEntriesThatWouldLandElsewhere() {
+        QList<std::pair<QByteArray, unsigned int>> elsewhere{{"link", S_IFLNK | 0777},
+                                                             {"device", S_IFBLK | 0600}};
         for (const char* name : {"../evil", "word/../../evil", "/evil", "..", "./a", "a//b",
                                  "word\\evil", "C:\\evil", "a\nb", "../"})
-            QTest::newRow(name) << QByteArray(name) << 0U;
-        QTest::newRow("symbolic link") << QByteArray("link") << unsigned(S_IFLNK | 0777);
-        QTest::newRow("device") << QByteArray("device") << unsigned(S_IFBLK | 0600);
-    }
-
-    void refusesEntriesThatWouldLandElsewhere() {
-        QFETCH(QByteArray, name);
-        QFETCH(unsigned int, mode);
-        QList<ArchiveEntry> entries = templateEntries("<a/>");
-        entries.prepend({name, "/etc/passwd", true, mode});
-        QVERIFY(writeArchive(m_template, entries));
-        refuse();
+            elsewhere.append({name, 0});
+        for (const auto& [name, mode] : elsewhere) {
+            QList<ArchiveEntry> entries = templateEntries("<a/>");
+            entries.prepend({name, "/etc/passwd", true, mode});
+            QVERIFY2(isRefused(entries), name);
+        }
     }
 
     void refusesAnEntryThatStandsTwice() {
@@ -138,34 +140,28 @@ private Q_SLOTS:
             entries << ArchiveEntry{"styles", "s"} << ArchiveEntry{name, "<b/>"};
             QVERIFY(writeArchive(m_template, entries));
             setContents(m_template, fileContents(m_template).replace(name, becomes));
-            refuse();
-        }
-    }
-
-    void refusesDamage_data() {
-        QTest::addColumn<QByteArray>("entry");
-        QTest::addColumn<bool>("deflated");
-        for (const char* entry : {"[Content_Types].xml", "word/document.xml", "other.bin"}) {
-            QTest::addRow("stored %s", entry) << QByteArray(entry) << false;
-            QTest::addRow("deflated %s", entry) << QByteArray(entry) << true;
+            QVERIFY(isRefused());
         }
     }
 
     /// The central directory's checksum is changed: every byte and size is right.
     void refusesDamage() {
-        QFETCH(QByteArray, entry);
-        QFETCH(bool, deflated);
         QList<ArchiveEntry> entries = templateEntries("<a/>");
         entries << ArchiveEntry{"other.bin", "other"};
-        for (ArchiveEntry& each : entries)
-            each.deflated = deflated;
-        QVERIFY(writeArchive(m_template, entries));
-        QByteArray bytes = fileContents(m_template);
-        const qsizetype header = bytes.lastIndexOf(entry) - 46;
-        QCOMPARE(bytes.mid(header, 4), QByteArray("PK\1\2"));
-        bytes[header + 16] = static_cast<char>(bytes[header + 16] ^ 1);
-        setContents(m_template, bytes);
-        refuse();
+        for (const bool deflated : {false, true}) {
+            for (ArchiveEntry& each : entries)
+                each.deflated = deflated;
+            QVERIFY(writeArchive(m_template, entries));
+            const QByteArray whole = fileContents(m_template);
+            for (const char* entry : {"[Content_Types].xml", "word/document.xml", "other.bin"}) {
+                QByteArray bytes = whole;
+                const qsizetype header = bytes.lastIndexOf(entry) - 46;
+                QCOMPARE(bytes.mid(header, 4), QByteArray("PK\1\2"));
+                bytes[header + 16] = static_cast<char>(bytes[header + 16] ^ 1);
+                setContents(m_template, bytes);
+                QVERIFY2(isRefused(), entry);
+            }
+        }
     }
 
     void refusesATruncatedArchive() {
@@ -173,35 +169,28 @@ private Q_SLOTS:
         const QByteArray whole = fileContents(m_template);
         for (qsizetype size = 0; size < whole.size(); size += 7) {
             setContents(m_template, whole.left(size));
-            refuse();
+            QVERIFY(isRefused());
         }
     }
 
-    void refusesWhatUnpacksToTooMuch_data() {
-        QTest::addColumn<int>("files");
-        QTest::addColumn<qint64>("bytesEach");
-        QTest::newRow("one entry") << 1 << maxUnpackedEntryBytes + 1;
-        QTest::newRow("all together") << 5 << maxUnpackedBytes / 5 + 1;
-        QTest::newRow("too many entries") << int(maxArchiveEntries) << qint64(0);
-    }
-
     void refusesWhatUnpacksToTooMuch() {
-        QFETCH(int, files);
-        QFETCH(qint64, bytesEach);
-        QList<ArchiveEntry> entries = templateEntries("<a/>");
-        const QByteArray zeros(bytesEach, '\0');
-        for (int i = 0; i < files; ++i)
-            entries << ArchiveEntry{QByteArray::number(i), zeros};
-        QVERIFY(writeArchive(m_template, entries));
-        refuse();
+        const std::pair<qint64, qint64> cases[] = {// files, bytes of each
+                                                   {1, maxUnpackedEntryBytes + 1},
+                                                   {5, maxUnpackedBytes / 5 + 1},
+                                                   {maxArchiveEntries, 0}};
+        for (const auto& [files, bytesEach] : cases) {
+            QList<ArchiveEntry> entries = templateEntries("<a/>");
+            const QByteArray zeros(bytesEach, '\0');
+            for (qint64 i = 0; i < files; ++i)
+                entries << ArchiveEntry{QByteArray::number(i), zeros};
+            QVERIFY2(isRefused(entries), QByteArray::number(files));
+        }
     }
 
     void refusesWhatIsNoTemplate() {
         const QList<ArchiveEntry> broken = templateEntries("<a><b></a>");
-        for (const auto& entries : {broken, broken.first(2)}) { // the second has no main document
-            QVERIFY(writeArchive(m_template, entries));
-            refuse();
-        }
+        for (const auto& entries : {broken, broken.first(2)}) // the second has no main document
+            QVERIFY(isRefused(entries));
     }
 
     void needsATemporaryFolder() {

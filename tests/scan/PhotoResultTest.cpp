@@ -35,61 +35,40 @@ class PhotoResultTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void ordersCodesAsTheyAreRead_data() {
-        QTest::addColumn<QList<QPointF>>("centres");
-        QTest::addColumn<QStringList>("order");
-        QTest::newRow("none") << QList<QPointF>{} << QStringList{};
-        QTest::newRow("one") << QList<QPointF>{{0.1, 0.9}} << QStringList{"0"};
-        QTest::newRow("top to bottom: y grows upwards")
-            << QList<QPointF>{{0.5, 0.2}, {0.4, 0.9}, {0.6, 0.5}} << QStringList{"1", "2", "0"};
-        QTest::newRow("a row from left to right")
-            << QList<QPointF>{{0.9, 0.5}, {0.1, 0.4}, {0.5, 0.6}} << QStringList{"1", "2", "0"};
-        QTest::newRow("equal spreads read downwards")
-            << QList<QPointF>{{0.25, 0.25}, {0.75, 0.75}} << QStringList{"1", "0"};
-        QTest::newRow("equal heights keep their order")
-            << QList<QPointF>{{0.5, 0.5}, {0.5, 0.75}, {0.25, 0.5}, {0.5, 0.0}}
-            << QStringList{"1", "0", "2", "3"};
-    }
     void ordersCodesAsTheyAreRead() {
-        QFETCH(QList<QPointF>, centres);
-        QFETCH(QStringList, order);
-        QList<Barcode> found;
-        for (const QPointF& centre : centres)
-            found.append(code(QString::number(found.size()), centre));
-        QCOMPARE(texts(inReadingOrder(found)), order);
+        const std::pair<QList<QPointF>, QStringList> cases[] = {
+            {{}, {}},
+            {{{0.1, 0.9}}, {"0"}},
+            {{{0.5, 0.2}, {0.4, 0.9}, {0.6, 0.5}}, {"1", "2", "0"}}, // y grows upwards
+            {{{0.9, 0.5}, {0.1, 0.4}, {0.5, 0.6}}, {"1", "2", "0"}},
+            {{{0.25, 0.25}, {0.75, 0.75}}, {"1", "0"}}, // equal spreads read downwards
+            {{{0.5, 0.5}, {0.5, 0.75}, {0.25, 0.5}, {0.5, 0.0}}, {"1", "0", "2", "3"}}};
+        for (const auto& [centres, order] : cases) {
+            QList<Barcode> found;
+            for (const QPointF& centre : centres)
+                found.append(code(QString::number(found.size()), centre));
+            QCOMPARE(texts(inReadingOrder(found)), order);
+        }
     }
 
-    void cleansAndSorts_data() {
-        QTest::addColumn<QStringList>("read");
-        QTest::addColumn<QStringList>("numbers");
-        const QString group = QString(QChar(0x1d));
-        QTest::newRow("sorted") << QStringList{"RR2", "0055", "RR1"}
-                                << QStringList{"0055", "RR1", "RR2"};
-        QTest::newRow("equal codes once") << QStringList{"A", "B", "A"} << QStringList{"A", "B"};
-        QTest::newRow("case matters") << QStringList{"a", "A"} << QStringList{"A", "a"};
-        QTest::newRow("bracketed prefix")
-            << QStringList{"(00)99", "99", "x(00)99"} << QStringList{"99", "x(00)99"};
-        QTest::newRow("group separators")
-            << QStringList{group + "0055" + group + "77"} << QStringList{"005577"};
-        QTest::newRow("nothing left") << QStringList{"(00)", group, " "} << QStringList{};
-        QTest::newRow("beyond the first plane") << QStringList{u"\U0001F4E6"_qs, u"\uFF21"_qs}
-                                                << QStringList{u"\uFF21"_qs, u"\U0001F4E6"_qs};
-    }
     void cleansAndSorts() {
-        QFETCH(QStringList, read);
-        QFETCH(QStringList, numbers);
-        const PhotoResult result = toPhotoResult(codes(read));
-        QCOMPARE(result.outcome, PhotoOutcome::numbers);
-        QCOMPARE(texts(result.numbers), numbers);
-        QList<ScannedEntry> entries;
-        for (const QString& number : numbers)
-            entries.append({number, {}});
-        QCOMPARE(result.entries(), entries);
-    }
-
-    void knowsAPhotoWithoutCodes() {
-        QCOMPARE(toPhotoResult({}).outcome, PhotoOutcome::none);
-        QCOMPARE(PhotoResult().outcome, PhotoOutcome::unreadable);
+        const std::pair<QStringList, QStringList> cases[] = {
+            {{"RR2", "0055", "RR1"}, {"0055", "RR1", "RR2"}},
+            {{"A", "B", "A"}, {"A", "B"}},
+            {{"a", "A"}, {"A", "a"}},
+            {{"(00)99", "99", "x(00)99"}, {"99", "x(00)99"}},
+            {{"\u001d0055\u001d77"}, {"005577"}},
+            {{"(00)", "\u001d", " "}, {}},
+            {{"\U0001F4E6", "\uFF21"}, {"\uFF21", "\U0001F4E6"}}};
+        for (const auto& [read, numbers] : cases) {
+            const PhotoResult result = toPhotoResult(codes(read));
+            QCOMPARE(result.outcome, PhotoOutcome::numbers);
+            QCOMPARE(texts(result.numbers), numbers);
+            QList<ScannedEntry> entries;
+            for (const QString& number : numbers)
+                entries.append({number, {}});
+            QCOMPARE(result.entries(), entries);
+        }
     }
 
     void travelsAsJson() {
@@ -103,27 +82,15 @@ private Q_SLOTS:
         QCOMPARE(received->numbers[0].box, sent.numbers[0].box);
     }
 
-    void refusesWhatIsNoAnswer_data() {
-        QTest::addColumn<QByteArray>("answer");
-        QTest::newRow("empty") << QByteArray();
-        QTest::newRow("no JSON") << QByteArray("Segmentation fault");
-        QTest::newRow("an object") << QByteArray("{\"outcome\":\"none\"}");
-        QTest::newRow("no photo") << QByteArray("[]");
-        QTest::newRow("two photos")
-            << QByteArray("[{\"outcome\":\"none\"},{\"outcome\":\"none\"}]");
-        QTest::newRow("unknown outcome") << QByteArray("[{\"outcome\":\"perhaps\"}]");
-        QTest::newRow("numbers in none")
-            << QByteArray("[{\"outcome\":\"none\",\"numbers\":[{\"text\":\"1\"}]}]");
-        QTest::newRow("not clean")
-            << QByteArray("[{\"outcome\":\"numbers\",\"numbers\":[{\"text\":\"\\u001b[2J\"}]}]");
-        QTest::newRow("empty number")
-            << QByteArray("[{\"outcome\":\"numbers\",\"numbers\":[{\"text\":\"\"}]}]");
-        QTest::newRow("cut off") << QByteArray(
-            "[{\"outcome\":\"numbers\",\"numbers\":[{\"text\":\"1\"}");
-    }
     void refusesWhatIsNoAnswer() {
-        QFETCH(QByteArray, answer);
-        QVERIFY(!photoResultFromJson(answer));
+        for (QByteArray answer :
+             {"", "Segmentation fault", "{'outcome':'none'}", "[]",
+              "[{'outcome':'none'},{'outcome':'none'}]", "[{'outcome':'perhaps'}]",
+              "[{'outcome':'none','numbers':[{'text':'1'}]}]",
+              "[{'outcome':'numbers','numbers':[{'text':'\\u001b[2J'}]}]",
+              "[{'outcome':'numbers','numbers':[{'text':''}]}]",
+              "[{'outcome':'numbers','numbers':[{'text':'1'}"})
+            QVERIFY2(!photoResultFromJson(answer.replace('\'', '"')), answer);
     }
 };
 

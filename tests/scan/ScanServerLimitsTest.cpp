@@ -33,10 +33,7 @@ class ScanServerLimitsTest : public QObject {
 
 private Q_SLOTS:
     void whoIsWorthLeastGivesWayAtTheLimit() {
-        ServerLimits limits;
-        limits.connections = 4;
-        limits.heldBytes = 1;
-        RunningServer s(limits);
+        RunningServer s({.connections = 4, .heldBytes = 1});
         std::vector<RawClient> clients;
         const auto add = [&](const std::string& request) -> RawClient& {
             clients.emplace_back(s.port);
@@ -66,9 +63,7 @@ private Q_SLOTS:
     }
 
     void newConnectionsWaitWhileAllAreUploading() {
-        ServerLimits limits;
-        limits.connections = 3;
-        RunningServer s(limits);
+        RunningServer s({.connections = 3});
         std::vector<RawClient> uploads;
         for (int i = 0; i < 3; ++i) {
             uploads.emplace_back(s.port);
@@ -86,121 +81,99 @@ private Q_SLOTS:
         QCOMPARE(waiting.readAll().value_or(""), probe);
     }
 
-    void goesOnWithoutDescriptorsToSpare_data() {
-        QTest::addColumn<bool>("hasSilent");
-        QTest::newRow("a silent connection gives way") << true;
-        QTest::newRow("an upload is let finish") << false;
-    }
-
     void goesOnWithoutDescriptorsToSpare() {
-        QFETCH(bool, hasSilent);
-        RunningServer s;
-        RawClient old(s.port);
-        if (!hasSilent)
-            old.send(uploadHead(4) + "ab");
-        letItRead();
-        rlimit whole{};
-        QCOMPARE(getrlimit(RLIMIT_NOFILE, &whole), 0);
-        const rlimit few{static_cast<rlim_t>(lowestFreeDescriptor()) + 1, whole.rlim_max};
-        QCOMPARE(setrlimit(RLIMIT_NOFILE, &few), 0);
-        RawClient next(s.port);
-        next.send("GET /ping\r\n\r\n");
-        const std::clock_t begin = std::clock();
-        const std::optional<std::string> answer = next.readAll(hasSilent ? 2s : 600ms);
-        const std::clock_t spent = std::clock() - begin;
-        QCOMPARE(setrlimit(RLIMIT_NOFILE, &whole), 0);
-        QCOMPARE(answer.has_value(), hasSilent);
-        QVERIFY2(spent < CLOCKS_PER_SEC / 5, "it spins");
-        if (hasSilent) {
-            QCOMPARE(*answer, probe);
-            QCOMPARE(old.readAll(2s), std::optional(""s));
-        } else {
-            QCOMPARE(next.readAll().value_or("not accepted"), probe);
-            old.send("cd");
-            QCOMPARE(old.readAll().value_or("closed"), accepted);
+        for (const bool hasSilent : {true, false}) { // gives way, unlike an upload
+            RunningServer s;
+            RawClient old(s.port);
+            if (!hasSilent)
+                old.send(uploadHead(4) + "ab");
+            letItRead();
+            rlimit whole{};
+            QCOMPARE(getrlimit(RLIMIT_NOFILE, &whole), 0);
+            const rlimit few{static_cast<rlim_t>(lowestFreeDescriptor()) + 1, whole.rlim_max};
+            QCOMPARE(setrlimit(RLIMIT_NOFILE, &few), 0);
+            RawClient next(s.port);
+            next.send("GET /ping\r\n\r\n");
+            const std::clock_t begin = std::clock();
+            const std::optional<std::string> answer = next.readAll(hasSilent ? 2s : 600ms);
+            const std::clock_t spent = std::clock() - begin;
+            QCOMPARE(setrlimit(RLIMIT_NOFILE, &whole), 0);
+            QCOMPARE(answer.has_value(), hasSilent);
+            QVERIFY2(spent < CLOCKS_PER_SEC / 5, "it spins");
+            if (hasSilent) {
+                QCOMPARE(*answer, probe);
+                QCOMPARE(old.readAll(2s), std::optional(""s));
+            } else {
+                QCOMPARE(next.readAll().value_or("not accepted"), probe);
+                old.send("cd");
+                QCOMPARE(old.readAll().value_or("closed"), accepted);
+            }
         }
-    }
-
-    void endsWhatTakesTooLong_data() {
-        QTest::addColumn<std::string>("sent");
-        QTest::addColumn<bool>("dribbles"); // goes on sending one byte at a time
-        QTest::addColumn<int>("limit");     // ms
-        QTest::newRow("silent from the start") << ""s << false << 300;
-        QTest::newRow("silent in the body") << uploadHead(9) + "abc" << false << 400;
-        QTest::newRow("too slow in the body") << uploadHead(9000) + "abc" << true << 900;
-        QTest::newRow("answered and silent") << "GET /ping\r\n\r\n"s << false << 500;
-        QTest::newRow("answered and sending on") << "GET /ping\r\n\r\n"s << true << 500;
     }
 
     void endsWhatTakesTooLong() {
-        QFETCH(std::string, sent);
-        QFETCH(bool, dribbles);
-        QFETCH(int, limit);
-        ServerLimits limits;
-        limits.header = 300ms;
-        limits.bodyIdle = 400ms;
-        limits.body = 900ms;
-        limits.discard = 500ms;
-        RunningServer s(limits);
-        RawClient client(s.port);
-        QElapsedTimer clock;
-        clock.start();
-        client.send(sent);
-        if (!dribbles) {
-            const std::string answer = sent.starts_with("GET") ? probe : "";
-            QCOMPARE(client.readAll(3s), std::optional(answer));
-            if (!answer.empty())
-                QTest::qSleep(limit);
+        const struct {
+            std::string sent;
+            bool dribbles; // goes on sending one byte at a time
+            int limit;     // ms
+        } cases[] = {{"", false, 300},
+                     {uploadHead(9) + "abc", false, 400},
+                     {uploadHead(9000) + "abc", true, 900},
+                     {"GET /ping\r\n\r\n", false, 500},
+                     {"GET /ping\r\n\r\n", true, 500}};
+        for (const auto& [sent, dribbles, limit] : cases) {
+            RunningServer s({.header = 300ms, .bodyIdle = 400ms, .body = 900ms, .discard = 500ms});
+            RawClient client(s.port);
+            QElapsedTimer clock;
+            clock.start();
+            client.send(sent);
+            if (!dribbles) {
+                const std::string answer = sent.starts_with("GET") ? probe : "";
+                QCOMPARE(client.readAll(3s), std::optional(answer));
+                if (!answer.empty())
+                    QTest::qSleep(limit);
+            }
+            // A connection that is closed at the other end soon refuses to take more.
+            while (client.send("x") && clock.elapsed() < 3000)
+                QTest::qSleep(20);
+            const QByteArray took = QByteArray::number(clock.elapsed()) + " ms: " + sent.c_str();
+            QVERIFY2(clock.elapsed() >= limit - 50, took);
+            QVERIFY2(clock.elapsed() < limit + 800, took);
+            QVERIFY(s.photos.empty());
         }
-        // A connection that is closed at the other end soon refuses to take more.
-        while (client.send("x") && clock.elapsed() < 3000)
-            QTest::qSleep(20);
-        QVERIFY2(clock.elapsed() >= limit - 50, qPrintable(QString::number(clock.elapsed())));
-        QVERIFY2(clock.elapsed() < limit + 800, qPrintable(QString::number(clock.elapsed())));
-        QVERIFY(s.photos.empty());
-    }
-
-    void aSlowUploadGivesWayToAWaitingOne_data() {
-        QTest::addColumn<int>("bytesPerTick");
-        QTest::addColumn<bool>("isAwaited");
-        QTest::addColumn<bool>("survives");
-        QTest::newRow("stalled") << 0 << true << false;
-        QTest::newRow("dribbling") << 1 << true << false;
-        QTest::newRow("dribbling, in nobody's way") << 1 << false << true;
-        QTest::newRow("on course") << 8000 << true << true; // 100,000 bytes in 1.25 s
     }
 
     void aSlowUploadGivesWayToAWaitingOne() {
-        QFETCH(int, bytesPerTick);
-        QFETCH(bool, isAwaited);
-        QFETCH(bool, survives);
-        ServerLimits limits;
-        limits.heldBytes = 1;
-        limits.paceGrace = 400ms;
-        limits.pace = 4000ms;
-        RunningServer s(limits);
-        RawClient slow(s.port);
-        slow.send(uploadHead(100'000));
-        letItRead();
-        RawClient waiting(s.port);
-        if (isAwaited)
-            waiting.send(upload("photo"));
-        int left = 100'000;
-        for (int tick = 0; tick < 12; ++tick, left -= bytesPerTick) {
-            slow.send(std::string(static_cast<std::size_t>(bytesPerTick), 'x'));
-            QTest::qSleep(100);
+        const struct {
+            int bytesPerTick;
+            bool isAwaited;
+            bool survives;
+        } cases[] = {{0, true, false},
+                     {1, true, false},
+                     {1, false, true},
+                     {8000, true, true}}; // on course: 100,000 bytes in 1.25 s
+        for (const auto& [bytesPerTick, isAwaited, survives] : cases) {
+            RunningServer s({.paceGrace = 400ms, .pace = 4000ms, .heldBytes = 1});
+            RawClient slow(s.port);
+            slow.send(uploadHead(100'000));
+            letItRead();
+            RawClient waiting(s.port);
+            if (isAwaited)
+                waiting.send(upload("photo"));
+            int left = 100'000;
+            for (int tick = 0; tick < 12; ++tick, left -= bytesPerTick) {
+                slow.send(std::string(static_cast<std::size_t>(bytesPerTick), 'x'));
+                QTest::qSleep(100);
+            }
+            slow.send(std::string(static_cast<std::size_t>(left), 'x'));
+            QCOMPARE(s.answerTo(slow) == accepted, survives);
+            if (isAwaited)
+                QCOMPARE(s.answerTo(waiting), accepted);
         }
-        slow.send(std::string(static_cast<std::size_t>(left), 'x'));
-        QCOMPARE(s.answerTo(slow) == accepted, survives);
-        if (isAwaited)
-            QCOMPARE(s.answerTo(waiting), accepted);
     }
 
     void anUploadWithoutRoomWaitsWithinItsTime() {
-        ServerLimits limits;
-        limits.heldBytes = 10;
-        limits.room = 700ms;
-        RunningServer s(limits, true);
+        RunningServer s({.room = 700ms, .heldBytes = 10}, true);
         QCOMPARE(RawClient::ask(s.port, upload("12345678")), accepted);
         QVERIFY(s.waitForPhotos(1));
         // As long as the first photo is held, there is no room for a second one.
@@ -215,9 +188,7 @@ private Q_SLOTS:
     }
 
     void aPeerThatIsLostWhileItWaitsIsLetGo() {
-        ServerLimits limits;
-        limits.heldBytes = 1;
-        RunningServer s(limits);
+        RunningServer s({.heldBytes = 1});
         RawClient working(s.port);
         working.send(uploadHead(4));
         letItRead();
@@ -236,11 +207,9 @@ private Q_SLOTS:
     }
 
     void thePeerThatHoldsLeastIsServedFirst() {
-        ServerLimits limits;
-        limits.heldBytes = 2 * UploadBudget::leastReservation;
-        limits.room = 2000ms;
-        limits.paceGrace = 60'000ms;
-        RunningServer s(limits);
+        RunningServer s({.room = 2000ms,
+                         .paceGrace = 60'000ms,
+                         .heldBytes = 2 * UploadBudget::leastReservation});
         std::vector<RawClient> greedy;
         for (int i = 0; i < 4; ++i) {
             greedy.emplace_back(s.port);
@@ -255,9 +224,7 @@ private Q_SLOTS:
     }
 
     void countsEveryUploadAsAtLeastTheMinimum() {
-        ServerLimits limits;
-        limits.heldBytes = 2 * UploadBudget::leastReservation;
-        RunningServer s(limits, true);
+        RunningServer s({.heldBytes = 2 * UploadBudget::leastReservation}, true);
         for (std::size_t count = 1; count <= 2; ++count) {
             QCOMPARE(RawClient::ask(s.port, upload("x")), accepted);
             QVERIFY(s.waitForPhotos(count));
@@ -269,29 +236,19 @@ private Q_SLOTS:
         QCOMPARE(third.readAll().value_or("still open"), accepted);
     }
 
-    void aShortUploadHoldsOnlyWhatArrived_data() {
-        QTest::addColumn<std::size_t>("size");
-        QTest::newRow("nothing") << std::size_t(0);
-        QTest::newRow("a few bytes") << std::size_t(3);
-        QTest::newRow("many pages") << std::size_t(300'001);
-    }
-
     void aShortUploadHoldsOnlyWhatArrived() {
-        QFETCH(std::size_t, size);
-        ServerLimits limits;
-        limits.heldBytes = 1'000'000;
-        RunningServer s(limits, true);
-        const std::string body(size, 'x');
-        QCOMPARE(RawClient::ask(s.port, uploadHead(600'000) + body), accepted);
-        QCOMPARE(RawClient::ask(s.port, uploadHead(600'000) + "next"), accepted);
-        QVERIFY(s.waitForPhotos(2));
-        QCOMPARE(std::string(s.held[0].whole()), body);
+        for (const std::size_t size : {0, 3, 300'001}) {
+            RunningServer s({.heldBytes = 1'000'000}, true);
+            const std::string body(size, 'x');
+            QCOMPARE(RawClient::ask(s.port, uploadHead(600'000) + body), accepted);
+            QCOMPARE(RawClient::ask(s.port, uploadHead(600'000) + "next"), accepted);
+            QVERIFY(s.waitForPhotos(2));
+            QCOMPARE(std::string(s.held[0].whole()), body);
+        }
     }
 
     void aFloodAfterTheAnswerIsEnded() {
-        ServerLimits limits;
-        limits.discardBytes = 1'000'000;
-        RunningServer s(limits);
+        RunningServer s({.discardBytes = 1'000'000});
         RawClient client(s.port);
         client.send("GET /ping\r\n\r\n");
         QVERIFY(!client.send(std::string(50'000'000, 'x')));

@@ -1,7 +1,4 @@
-"""Drives the phone's pages in a real browser against the real server: phone_pages_test.py PROGRAM
-
-With KOPERTAL_SCREENSHOTS=FOLDER in the environment, every state is also kept as a picture there.
-"""
+"""Drives the phone's pages in a real browser against the real server: phone_pages_test.py PROGRAM"""
 
 import os
 import re
@@ -163,35 +160,15 @@ class PhonePagesTest(unittest.TestCase):
         """The bar's width as a part of its track, as it will be when it has come to rest."""
         return float(self.element('#bar').get_attribute('style').split('width:')[1].split('%')[0])
 
-    def picture(self, name):
-        folder = os.environ.get('KOPERTAL_SCREENSHOTS')
-        if folder:
-            time.sleep(0.4)
-            self.browser.save_screenshot(f'{folder}/{name}.png')
-
-    def style(self, selector, name, pseudo=None):
-        return self.browser.execute_script(
-            'return getComputedStyle(document.querySelector(arguments[0]), arguments[1])'
-            '.getPropertyValue(arguments[2])', selector, pseudo, name)
-
-    def assert_styles(self, expected):
-        for place, values in expected.items():
-            selector, _, pseudo = place.partition('::')
-            for name, value in values.items():
-                with self.subTest(place=place, name=name):
-                    self.assertEqual(self.style(selector, name, f'::{pseudo}' if pseudo else None),
-                                     value)
-
     def assert_no_complaints(self):
         self.assertEqual([entry for entry in self.browser.get_log('browser')
                           if entry['level'] == 'SEVERE'], [])
 
     # The tests.
 
-    def test_scan_page_says_and_looks_what_it_should(self):
+    def test_scan_page_says_what_it_should(self):
         self.open()
         self.await_status(READY)
-        self.picture('scan')
         self.assertEqual(self.browser.title, 'Kopertal')
         self.assertEqual(
             self.element('body').text.split('\n'),
@@ -201,30 +178,10 @@ class PhonePagesTest(unittest.TestCase):
         self.assertEqual(self.element('#photo').get_attribute('capture'), 'environment')
         self.assertFalse(self.element('#progress').is_displayed())
         self.assertFalse(self.element('#retry').is_displayed())
-        self.assert_styles({
-            'body': {'background-color': 'rgb(245, 246, 248)', 'color': 'rgb(27, 42, 74)',
-                     'padding': '24px 20px 20px'},
-            '.card': {'border': '2px solid rgb(222, 247, 28)', 'border-radius': '16px',
-                      'padding': '32px 24px', 'background-color': 'rgb(255, 255, 255)',
-                      'max-width': '380px', 'text-align': 'center'},
-            '.logo': {'font-size': '11px', 'color': 'rgb(153, 153, 153)', 'letter-spacing': '1px'},
-            '.logo::before': {'width': '8px', 'background-color': 'rgb(222, 247, 28)'},
-            'h1': {'font-size': '20px', 'font-weight': '700'},
-            '.subtitle': {'font-size': '14px', 'color': 'rgb(107, 123, 153)',
-                          'line-height': '19.6px'},
-            '.main-button': {'background-color': 'rgb(222, 247, 28)', 'border-radius': '10px',
-                             'padding': '16px', 'font-size': '17px', 'font-weight': '700'},
-            '#status': {'font-size': '14px', 'color': 'rgb(107, 123, 153)', 'margin-top': '28px'},
-            '#progress': {'height': '6px', 'background-color': 'rgb(232, 235, 242)'},
-            '#bar': {'background-color': 'rgb(222, 247, 28)', 'transition-duration': '0.3s'},
-            '#retry': {'background-color': 'rgba(0, 0, 0, 0)', 'border-radius': '10px',
-                       'border': '2px solid rgb(222, 247, 28)'},
-            'footer': {'font-size': '11px', 'color': 'rgb(170, 170, 170)', 'margin-top': '24px'}})
         self.assert_no_complaints()
 
-    def test_pairing_page_says_and_looks_what_it_should(self):
+    def test_pairing_page_says_what_it_should(self):
         self.open('/pair?x=1')
-        self.picture('pair')
         self.assertEqual(self.browser.title, "Sparuj iPhone'a — Kopertal")
         text = re.sub(r'\s*↑\s*', ' ↑ ', self.element('body').text)
         self.assertEqual(
@@ -236,25 +193,11 @@ class PhonePagesTest(unittest.TestCase):
         self.assertEqual([bold.text for bold in self.browser.find_elements(By.TAG_NAME, 'b')],
                          ['„Dodaj do ekranu głównego”', '„Dodaj”'])
         self.assertEqual(self.browser.find_elements(By.TAG_NAME, 'script'), [])
-        self.assert_styles({
-            'li': {'font-size': '14px', 'line-height': '19.6px', 'text-align': 'left'},
-            'li::before': {'width': '28px', 'height': '28px', 'font-weight': '700',
-                           'background-color': 'rgb(222, 247, 28)'},
-            '.share': {'width': '20px', 'height': '20px', 'border-radius': '4px',
-                       'background-color': 'rgb(0, 122, 255)', 'color': 'rgb(255, 255, 255)'},
-            '.hint': {'font-size': '14px', 'color': 'rgb(107, 123, 153)', 'margin-top': '28px'}})
 
-    def test_both_pages_share_head_and_manifest(self):
+    def test_both_pages_share_the_manifest(self):
         for path in ['/', '/pair']:
             with self.subTest(path=path):
                 self.open(path)
-                metas = {meta.get_attribute('name'): meta.get_attribute('content')
-                         for meta in self.browser.find_elements(By.CSS_SELECTOR, 'meta[name]')}
-                self.assertEqual(metas, {
-                    'viewport': 'width=device-width, initial-scale=1, viewport-fit=cover',
-                    'apple-mobile-web-app-capable': 'yes',
-                    'apple-mobile-web-app-status-bar-style': 'default',
-                    'apple-mobile-web-app-title': 'Kopertal'})
                 self.assertEqual(self.browser.execute_script('return document.characterSet'),
                                  'UTF-8')
                 manifest = self.browser.execute_cdp_cmd('Page.getAppManifest', {})
@@ -294,7 +237,6 @@ class PhonePagesTest(unittest.TestCase):
                     self.assertEqual(box['width'], min(380, width - 40))
                     self.assertEqual(box['left'], (width - box['width']) / 2)
                     self.assertGreaterEqual(box['top'], 24)
-                    self.picture(f'size-{width}x{height}{path.replace("/", "-")}{len(state)}')
 
     def test_sends_photos_byte_for_byte(self):
         self.open()
@@ -304,7 +246,6 @@ class PhonePagesTest(unittest.TestCase):
             self.choose(photo)
             self.await_status(SENT, 'success')
             self.assertEqual(self.bar(), 100)
-            self.picture('scan-sent')
             self.assertEqual(self.await_photos(number)[-1].read_bytes(), photo.read_bytes())
         self.assert_no_complaints()
 
@@ -318,7 +259,6 @@ class PhonePagesTest(unittest.TestCase):
         self.assertTrue(self.element('#progress').is_displayed())
         self.assertGreater(self.bar(), 0)
         self.assertLess(self.bar(), 90)
-        self.picture('scan-sending')
         self.choose(self.photo(1000, 'male.jpg'))
         time.sleep(0.5)
         self.assertEqual(self.status()[0], SENDING)
@@ -333,7 +273,6 @@ class PhonePagesTest(unittest.TestCase):
         self.await_status(READY)
         self.choose(self.photo(60_000_000, 'zaduze.jpg'))
         self.await_status('Błąd: 413', 'error')
-        self.picture('scan-413')
         self.choose(self.photo(0, 'puste.jpg'))
         self.await_status('Błąd: 400', 'error')
         self.choose(self.photo(1000, 'dobre.jpg'))
@@ -353,7 +292,6 @@ class PhonePagesTest(unittest.TestCase):
         self.assertEqual(self.server.stop(), 0)
         self.choose(photo)
         self.await_status(LOST, 'error')
-        self.picture('scan-lost')
         self.server.start()
         self.choose(photo)
         self.await_status(SENT, 'success')
@@ -413,14 +351,9 @@ class PhonePagesTest(unittest.TestCase):
         self.await_status(UNREACHABLE, 'warning')
         self.assertLessEqual(self.browser.execute_script(
             'return document.getElementById("retry").getBoundingClientRect().bottom'), 320)
-        self.picture('scan-unreachable-sideways')
         set_screen(self.browser, 390, 844)
-        self.picture('scan-unreachable')
         self.assertTrue(self.element('#retry').is_displayed())
         self.assertFalse(self.element('#photo').is_enabled())
-        self.assert_styles({'.main-button': {'background-color': 'rgb(232, 235, 242)',
-                                             'color': 'rgb(153, 153, 153)',
-                                             'pointer-events': 'none'}})
         # A server that does not answer is the same after three seconds.
         self.server.start()
         self.server.pause()

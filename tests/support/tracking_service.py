@@ -8,6 +8,7 @@ SECONDS" delays it.
 """
 
 import asyncio
+import functools
 import gzip
 import json
 import logging
@@ -33,7 +34,6 @@ connections = 0
 open_now = 0
 open_most = 0
 addresses = {}
-ZIPPED = {}
 
 
 def wanted(method, path, body):
@@ -124,65 +124,34 @@ async def drip(reader, writer):
         await asyncio.sleep(0.05)
 
 
-async def bomb(reader, writer):
-    body = gzip.compress(bytes(40_000_000), 1)
-    writer.write(head(200, SOAP, len(body), "Content-Encoding: gzip") + body)
-    await writer.drain()
+def zipped(make):
+    made = functools.cache(make)
+
+    async def behave(reader, writer):
+        writer.write(head(200, SOAP, len(made()), "Content-Encoding: gzip") + made())
+        return True
+    return behave
 
 
-async def zipped(reader, writer):
-    body = gzip.compress(DOCUMENTS["delivered"][2])
-    writer.write(head(200, SOAP, len(body), "Content-Encoding: gzip") + body)
-    return True
-
-
-async def flood(reader, writer):
-    if not ZIPPED:
-        ZIPPED["flood"] = gzip.compress(DOCUMENTS["flood"][2])
-    body = ZIPPED["flood"]
-    writer.write(head(200, SOAP, len(body), "Content-Encoding: gzip") + body)
-    return True
-
-
-async def badzip(reader, writer):
-    writer.write(head(200, SOAP, 9, "Content-Encoding: gzip") + b"no gzip..")
-    return True
-
-
-async def loop(reader, writer):
-    writer.write(head(307, SOAP, 0, "Location: /loop"))
-    return True
-
-
-async def moved302(reader, writer):
-    writer.write(head(302, SOAP, 0, "Location: /open"))
-    return True
-
-
-async def moved307(reader, writer):
-    writer.write(head(307, SOAP, 0, "Location: /whatever"))
-    return True
-
-
-async def downgrade(reader, writer):
-    writer.write(head(307, SOAP, 0, f"Location: {addresses['http']}open"))
-    return True
-
-
-async def nowhere(reader, writer):
-    writer.write(head(302, SOAP, 0, "Location: http://[1"))
-    return True
-
-
-async def elsewhere(reader, writer):
-    writer.write(head(302, SOAP, 0, "Location: file:///etc/passwd"))
-    return True
+def moved(status, location):
+    async def behave(reader, writer):
+        writer.write(head(status, SOAP, 0, "Location: " + location.format(**addresses)))
+        return True
+    return behave
 
 
 BEHAVIOURS = {name: globals()[name] for name in (
-    "silent half cut reset close garbage endless headers drip bomb zipped badzip flood loop"
-    " moved302 downgrade nowhere elsewhere"
-).split()}
+    "silent half cut reset close garbage endless headers drip").split()} | {
+    "bomb": zipped(lambda: gzip.compress(bytes(40_000_000), 1)),
+    "zipped": zipped(lambda: gzip.compress(DOCUMENTS["delivered"][2])),
+    "flood": zipped(lambda: gzip.compress(DOCUMENTS["flood"][2])),
+    "badzip": zipped(lambda: b"no gzip.."),
+    "loop": moved(307, "/loop"),
+    "moved302": moved(302, "/open"),
+    "downgrade": moved(307, "{http}open"),
+    "nowhere": moved(302, "http://[1"),
+    "elsewhere": moved(302, "file:///etc/passwd"),
+}
 
 
 async def serve_http1(reader, writer):
@@ -197,7 +166,7 @@ async def serve_http1(reader, writer):
             recorded = request + body
         await asyncio.sleep(delay)
         if name == "moved307":  # the number comes along: the path tells the second request
-            behave = moved307 if path == "/service" else None
+            behave = moved(307, "/whatever") if path == "/service" else None
             name = "pickedup"
         else:
             behave = BEHAVIOURS.get(name)

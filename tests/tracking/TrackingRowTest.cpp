@@ -56,115 +56,58 @@ private Q_SLOTS:
         QCOMPARE(row, before); // the date too
     }
 
-    void aFinalEventGivesTheDate_data() {
-        QTest::addColumn<QList<TrackingEvent>>("events");
-        QTest::addColumn<QString>("sortable");
-        QTest::addColumn<QString>("shown");
-        using Events = QList<TrackingEvent>;
-        QTest::newRow("none") << Events{} << ""
-                              << "—";
-        QTest::newRow("the final one")
-            << Events{eventAt("9"), eventAt("2", true), eventAt("8")} << "2"
-            << "2";
-        QTest::newRow("the first final one")
-            << Events{eventAt("3", true), eventAt("4", true)} << "3"
-            << "3";
-        QTest::newRow("the last") << Events{eventAt("9"), eventAt("1")} << "1"
-                                  << "1";
-        QTest::newRow("an event without a time") << Events{eventAt("")} << ""
-                                                 << "";
-    }
-
     void aFinalEventGivesTheDate() {
-        QFETCH(QList<TrackingEvent>, events);
-        TrackingRow row = rowOf("1");
-        row.setEvents(events);
-        QTEST(row.sortableDate(), "sortable");
-        QTEST(statusDate(row), "shown");
-    }
-
-    void coloursFollowTheStatus_data() {
-        QTest::addColumn<QString>("status");
-        QTest::addColumn<int>("color");
-        const auto row = [](const char* status, StatusColor color) {
-            QTest::newRow(status) << status << static_cast<int>(color);
-        };
-        row("", StatusColor::mainText);
-        row("Awizowana — doręczono", StatusColor::success);
-        row("Doręczona", StatusColor::success);
-        row("Doręczono", StatusColor::mainText);
-        row("przed doręczeniem", StatusColor::systemOrange);
-        row("W doręczeni", StatusColor::systemOrange);
-        row("doręczeni i doręczono", StatusColor::success);
-        row("Błąd sieci", StatusColor::systemRed);
-        row("błąd", StatusColor::mainText);
-        row("Nie znaleziono", StatusColor::systemRed);
-        row("transport drogowy", StatusColor::systemOrange);
-        row("W transporcie", StatusColor::mainText);
-        row("Transport", StatusColor::mainText);
-        row("transport, Błąd", StatusColor::systemRed);
-        row("Nadanie", StatusColor::mainText);
+        const struct {
+            QList<TrackingEvent> events;
+            QString sortable, shown;
+        } cases[] = {{{}, "", "—"},
+                     {{eventAt("9"), eventAt("2", true), eventAt("8")}, "2", "2"},
+                     {{eventAt("3", true), eventAt("4", true)}, "3", "3"},
+                     {{eventAt("9"), eventAt("1")}, "1", "1"},
+                     {{eventAt("")}, "", ""}};
+        for (const auto& [events, sortable, shown] : cases) {
+            TrackingRow row = rowOf("1");
+            row.setEvents(events);
+            QCOMPARE(row.sortableDate(), sortable);
+            QCOMPARE(statusDate(row), shown);
+        }
     }
 
     void coloursFollowTheStatus() {
-        QFETCH(QString, status);
-        QTEST(static_cast<int>(statusColor(status)), "color");
-    }
-
-    void placesHaveTwoLines_data() {
-        QTest::addColumn<QString>("place");
-        QTest::addColumn<QString>("first");
-        QTest::addColumn<QString>("second");
-        QTest::newRow("none") << ""
-                              << "—"
-                              << "";
-        QTest::newRow("one") << "a"
-                             << "a"
-                             << "";
-        QTest::newRow("two") << "a\nb"
-                             << "a"
-                             << "b";
-        QTest::newRow("the rest is the second") << "a\nb\nc"
-                                                << "a"
-                                                << "b\nc";
+        const std::pair<StatusColor, QStringList> cases[] = {
+            {StatusColor::mainText,
+             {"", "Doręczono", "błąd", "W transporcie", "Transport", "Nadanie"}},
+            {StatusColor::success, {"Awizowana — doręczono", "Doręczona", "doręczeni i doręczono"}},
+            {StatusColor::systemOrange, {"przed doręczeniem", "W doręczeni", "transport drogowy"}},
+            {StatusColor::systemRed, {"Błąd sieci", "Nie znaleziono", "transport, Błąd"}}};
+        for (const auto& [color, statuses] : cases) {
+            for (const QString& status : statuses)
+                QVERIFY2(statusColor(status) == color, qPrintable(status));
+        }
     }
 
     void placesHaveTwoLines() {
-        QFETCH(QString, place);
-        QTEST(placeLines(place).first, "first");
-        QTEST(placeLines(place).second, "second");
-    }
-
-    void textsCompareByScalars_data() {
-        QTest::addColumn<QString>("low");
-        QTest::addColumn<QString>("high");
-        QTest::newRow("text order") << "10"
-                                    << "9";
-        QTest::newRow("prefix") << "1"
-                                << "10";
-        QTest::newRow("empty first") << ""
-                                     << "\u0001";
-        QTest::newRow("case") << "Z"
-                              << "a";
-        QTest::newRow("no language") << "z"
-                                     << "ą";
-        QTest::newRow("private use before higher planes") << "\uffee"
-                                                          << "\U0001F4E6";
-        QTest::newRow("within higher planes") << "\U0001F4E6"
-                                              << "\U00020000";
-        QTest::newRow("composed after normalisation") << "a\u0301"
-                                                      << "ą";
+        const QStringList cases[] = {
+            {"", "—", ""}, {"a", "a", ""}, {"a\nb", "a", "b"}, {"a\nb\nc", "a", "b\nc"}};
+        for (const QStringList& place : cases)
+            QCOMPARE(QStringList({placeLines(place[0]).first, placeLines(place[0]).second}),
+                     place.sliced(1));
     }
 
     void textsCompareByScalars() {
-        QFETCH(QString, low);
-        QFETCH(QString, high);
-        QVERIFY(compareScalars(low, high) < 0);
-        QVERIFY(compareScalars(high, low) > 0);
-        QCOMPARE(compareScalars(high, high), 0);
-    }
-
-    void canonicallyEqualTextsAreEqual() {
+        const std::pair<QString, QString> cases[] = {
+            {"10", "9"},
+            {"1", "10"},
+            {"", "\u0001"},
+            {"Z", "a"},
+            {"z", "ą"},
+            {"\uffee", "\U0001F4E6"}, // private use before higher planes
+            {"\U0001F4E6", "\U00020000"},
+            {"a\u0301", "ą"}}; // composed after normalisation
+        for (const auto& [low, high] : cases) {
+            QVERIFY2(compareScalars(low, high) < 0 && compareScalars(high, low) > 0,
+                     qPrintable(low + u' ' + high));
+        }
         QCOMPARE(compareScalars("ą", "a\u0328"), 0);
         QCOMPARE(compareScalars("\u2126", "\u03a9"), 0); // ohm
     }

@@ -56,9 +56,8 @@ private Q_SLOTS:
         m_model->setRows(rowsOf({"9", "10", ""}));
         QCOMPARE(column(*m_model, 0), QStringList({"1", "2", "3"}));
         QCOMPARE(column(*m_model, 1), QStringList({"—", "10", "9"}));
-        QCOMPARE(column(*m_model, 2), QStringList({"—", "—", "—"}));
-        QCOMPARE(column(*m_model, 3), QStringList({"—", "—", "—"}));
-        QCOMPARE(column(*m_model, 4), QStringList({"—", "—", "—"}));
+        for (const int unknown : {2, 3, 4})
+            QCOMPARE(column(*m_model, unknown), QStringList({"—", "—", "—"}));
         QStringList titles;
         for (int i = 0; i < m_model->columnCount(); ++i)
             titles << m_model->headerData(i, Qt::Horizontal).toString();
@@ -164,31 +163,28 @@ private Q_SLOTS:
         QCOMPARE(column(*m_model, 2), QStringList({"of 1", "of 2"}));
     }
 
-    void staysSortedThroughManyAnswers_data() {
-        QTest::addColumn<int>("column");
-        QTest::addColumn<bool>("isAscending");
-        QTest::newRow("number") << int(TrackingTableModel::trackingNumberColumn) << true;
-        QTest::newRow("date") << int(TrackingTableModel::dateColumn) << true;
-        QTest::newRow("date, descending") << int(TrackingTableModel::dateColumn) << false;
-    }
-
     void staysSortedThroughManyAnswers() {
-        QFETCH(int, column);
-        QFETCH(bool, isAscending);
+        using Model = TrackingTableModel;
+        const std::pair<Model::Column, Qt::SortOrder> cases[] = {
+            {Model::trackingNumberColumn, Qt::AscendingOrder},
+            {Model::dateColumn, Qt::AscendingOrder},
+            {Model::dateColumn, Qt::DescendingOrder}};
         QRandomGenerator random(42);
         QStringList numbers;
         for (int i = 0; i < 60; ++i)
             numbers << QString::number(random.bounded(30));
-        m_model->setRows(rowsOf(numbers));
-        m_model->sort(column, isAscending ? Qt::AscendingOrder : Qt::DescendingOrder);
-        for (int i = 0; i < 400; ++i) {
-            const QUuid id = m_model->rows()[random.bounded(60)].id();
-            m_model->merge(id, resultOf("A", QString::number(random.bounded(8))));
-            const std::vector<int> sorted = sortedRows(m_model->rows(), m_model->sortOrder());
-            for (int position = 0; position < 60; ++position) {
-                const TrackingRow& row = m_model->rows()[sorted[size_t(position)]];
-                QCOMPARE(m_model->rowAt(position).id(), row.id());
-                QCOMPARE(m_model->positionOf(row.id()), position);
+        for (const auto& [column, order] : cases) {
+            m_model->setRows(rowsOf(numbers));
+            m_model->sort(column, order);
+            for (int i = 0; i < 400; ++i) {
+                const QUuid id = m_model->rows()[random.bounded(60)].id();
+                m_model->merge(id, resultOf("A", QString::number(random.bounded(8))));
+                const std::vector<int> sorted = sortedRows(m_model->rows(), m_model->sortOrder());
+                for (int position = 0; position < 60; ++position) {
+                    const TrackingRow& row = m_model->rows()[sorted[size_t(position)]];
+                    QCOMPARE(m_model->rowAt(position).id(), row.id());
+                    QCOMPARE(m_model->positionOf(row.id()), position);
+                }
             }
         }
     }

@@ -142,25 +142,19 @@ private Q_SLOTS:
         QVERIFY(m_opened.isEmpty());
     }
 
-    void opensTheFolderWhereNothingReveals_data() {
-        QTest::addColumn<bool>("hasManager");
-        QTest::addColumn<bool>("fileExists");
-        QTest::newRow("the file manager refuses") << true << true;
-        QTest::newRow("there is none on the bus") << false << true;
-        QTest::newRow("the file is gone") << true << false;
-    }
-
     void opensTheFolderWhereNothingReveals() {
-        QFETCH(bool, hasManager);
-        QFETCH(bool, fileExists);
-        m_manager.refuses = true;
-        if (!hasManager)
-            m_services->unregisterService(managerName);
-        const QString file = make(QStringLiteral("a b.docx"));
-        if (!fileExists)
-            QFile::remove(file);
-        PanelHelper::revealInFinder({QUrl::fromLocalFile(file)});
-        QTRY_COMPARE(m_opened, QList<QUrl>{QUrl::fromLocalFile(m_folder.path())});
+        enum class Why { refusal, noManager, noFile };
+        for (const Why why : {Why::refusal, Why::noManager, Why::noFile}) {
+            init();
+            m_manager.refuses = true;
+            if (why == Why::noManager)
+                m_services->unregisterService(managerName);
+            const QString file = make(QStringLiteral("a b.docx"));
+            if (why == Why::noFile)
+                QFile::remove(file);
+            PanelHelper::revealInFinder({QUrl::fromLocalFile(file)});
+            QTRY_COMPARE(m_opened, QList<QUrl>{QUrl::fromLocalFile(m_folder.path())});
+        }
     }
 
     void revealsNothingElse() {
@@ -185,31 +179,23 @@ private Q_SLOTS:
         QVERIFY(!QFile::exists(argumentsFile()));
     }
 
-    void fallsBackToTheTool_data() {
-        QTest::addColumn<bool>("hasPortal");
-        QTest::addColumn<bool>("refuses");
-        QTest::addColumn<uint>("code");
-        QTest::newRow("no portal") << false << false << 0U;
-        QTest::newRow("the portal refuses") << true << true << 0U;
-        QTest::newRow("the portal finds no mail program") << true << false << 2U;
-    }
-
     void fallsBackToTheTool() {
-        QFETCH(bool, hasPortal);
-        QFETCH(uint, code);
-        QFETCH(bool, refuses);
-        m_portal.refuses = refuses;
-        m_portal.code = code;
-        if (!hasPortal)
-            m_services->unregisterService(portalName);
         QStringList expected;
         QList<QUrl> files;
         for (const QString& name : names()) {
             expected << QStringLiteral("--attach") << make(name);
             files << QUrl::fromLocalFile(expected.back());
         }
-        EmailHelper::sendViaEmail(files);
-        QTRY_COMPARE(toolArguments(), expected);
+        enum class Why { noPortal, refusal, noMailProgram };
+        for (const Why why : {Why::noPortal, Why::refusal, Why::noMailProgram}) {
+            init();
+            m_portal.refuses = why == Why::refusal;
+            m_portal.code = why == Why::noMailProgram ? 2 : 0;
+            if (why == Why::noPortal)
+                m_services->unregisterService(portalName);
+            EmailHelper::sendViaEmail(files);
+            QTRY_COMPARE(toolArguments(), expected);
+        }
     }
 
     void aCancelledMessageIsNotTriedAgain() {

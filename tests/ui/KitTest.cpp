@@ -75,45 +75,31 @@ private Q_SLOTS:
         QCOMPARE(button.text(), QStringLiteral("Stwórz"));
     }
 
-    void dropZonePassesAllowedFiles_data() {
-        QTest::addColumn<QStringList>("allowed");
-        QTest::addColumn<bool>("multiple");
-        QTest::addColumn<QStringList>("dropped");
-        QTest::addColumn<QStringList>("passed");
-        QTest::newRow("any case of the extension")
-            << QStringList{"pdf"} << true << QStringList{"/a/a.PDF", "/a/b.txt"}
-            << QStringList{"a.PDF"};
-        QTest::newRow("several where one is chosen")
-            << QStringList{} << false << QStringList{"/a/1", "/a/2.x", "/a/3"}
-            << QStringList{"1", "2.x", "3"};
-        QTest::newRow("none allowed")
-            << QStringList{"pdf"} << true << QStringList{"/a/pdf"} << QStringList{};
-        QTest::newRow("not a file")
-            << QStringList{} << true << QStringList{"https://example.invalid/a.pdf", "/a/b"}
-            << QStringList{"b"};
-    }
-
     void dropZonePassesAllowedFiles() {
-        QFETCH(QStringList, allowed);
-        QFETCH(bool, multiple);
-        QFETCH(QStringList, dropped);
-        QList<QList<QUrl>> calls;
-        FileDropZone zone(QSet<QString>(allowed.begin(), allowed.end()), multiple,
-                          [&](const QList<QUrl>& files) { calls << files; });
-        zone.show();
-        QMimeData data;
-        data.setUrls(urls(dropped));
-        QDragEnterEvent enter({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(&zone, &enter);
-        QVERIFY(zone.isTargeted());
-        QDropEvent drop({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
-        QApplication::sendEvent(&zone, &drop);
-        QVERIFY(drop.isAccepted());
-        QVERIFY(!zone.isTargeted());
-        QFETCH(QStringList, passed);
-        QCOMPARE(calls.size(), passed.isEmpty() ? 0 : 1);
-        if (!passed.isEmpty())
-            QCOMPARE(fileNames(calls.front()), passed);
+        const struct {
+            QSet<QString> allowed;
+            bool takesSeveral;
+            QStringList dropped, passed;
+        } cases[] = {{{"pdf"}, true, {"/a/a.PDF", "/a/b.txt"}, {"a.PDF"}},
+                     {{}, false, {"/a/1", "/a/2.x", "/a/3"}, {"1", "2.x", "3"}},
+                     {{"pdf"}, true, {"/a/pdf"}, {}},
+                     {{}, true, {"https://example.invalid/a.pdf", "/a/b"}, {"b"}}};
+        for (const auto& [allowed, takesSeveral, dropped, passed] : cases) {
+            QList<QStringList> calls;
+            FileDropZone zone(allowed, takesSeveral,
+                              [&](const QList<QUrl>& files) { calls << fileNames(files); });
+            zone.show();
+            QMimeData data;
+            data.setUrls(urls(dropped));
+            QDragEnterEvent enter({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(&zone, &enter);
+            QVERIFY(zone.isTargeted());
+            QDropEvent drop({}, Qt::CopyAction, &data, Qt::LeftButton, Qt::NoModifier);
+            QApplication::sendEvent(&zone, &drop);
+            QVERIFY(drop.isAccepted());
+            QVERIFY(!zone.isTargeted());
+            QCOMPARE(calls, passed.isEmpty() ? QList<QStringList>() : QList<QStringList>{passed});
+        }
     }
 
     void fileListIsOrderedAndEmptiedByItsButtons() {
@@ -142,20 +128,17 @@ private Q_SLOTS:
         QVERIFY(saysEmpty);
     }
 
-    void filesHaveTheirPictures_data() {
-        QTest::addColumn<QString>("icon");
-        QTest::newRow("a.PDF") << "doc.fill";
-        QTest::newRow("a.dotx") << "doc.richtext.fill";
-        QTest::newRow("a.tiff") << "photo";
-        QTest::newRow("scan.TIF") << "doc";
-        QTest::newRow("pdf") << "doc";
-    }
-
     void filesHaveTheirPictures() {
-        const QUrl file = QUrl::fromLocalFile(QStringLiteral("/a/") +
-                                              QString::fromLatin1(QTest::currentDataTag()));
-        QTEST(FileListView::iconOf(file), "icon");
-        QVERIFY(hasIcon(FileListView::iconOf(file)));
+        const std::pair<const char*, const char*> cases[] = {{"a.PDF", "doc.fill"},
+                                                             {"a.dotx", "doc.richtext.fill"},
+                                                             {"a.tiff", "photo"},
+                                                             {"scan.TIF", "doc"},
+                                                             {"pdf", "doc"}};
+        for (const auto& [name, icon] : cases) {
+            const QUrl file = QUrl::fromLocalFile(QStringLiteral("/a/") + name);
+            QCOMPARE(FileListView::iconOf(file), icon);
+            QVERIFY2(hasIcon(icon), icon);
+        }
     }
 
     void panelsAskForTheirFiles() {
