@@ -8,8 +8,8 @@
 
 namespace kopertal {
 
-/// The user's preferences: texts, binary values and objects by key, in one JSON file that only the user may
-/// read.
+/// The user's preferences: texts, binary values and objects by key, in one JSON file that only the
+/// user may read.
 ///
 /// Every write is on the disk when the call returns, and changes its own key only, also while other
 /// processes write theirs. A file that cannot be read or is no preferences file reads as empty; the

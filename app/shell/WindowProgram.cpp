@@ -13,6 +13,7 @@
 #include "app/shell/FrameCommands.h"
 #include "app/shell/LatePage.h"
 #include "app/shell/MainWindow.h"
+#include "app/shell/MissingDisplay.h"
 #include "app/shell/SingleInstance.h"
 #include "app/shell/TerminationSignals.h"
 #include "app/shell/WindowMemory.h"
@@ -31,6 +32,7 @@
 #include <QTranslator>
 
 #include <cstdio>
+#include <optional>
 
 namespace kopertal {
 namespace {
@@ -113,7 +115,9 @@ int runFirst(SingleInstance& instance, DesktopWishes& wishes, const QString& fil
 int runWindow(int& count, char** arguments) {
     const QString file = count > 1 ? QFile::decodeName(arguments[1]) : QString();
     FontReading fonts;
+    auto missingDisplay = std::make_optional<MissingDisplay>();
     QApplication application(count, arguments);
+    missingDisplay.reset();
     fonts.applicationExists();
     QApplication::setApplicationName(QStringLiteral("kopertal"));
     QApplication::setApplicationVersion(QStringLiteral(KOPERTAL_VERSION));
