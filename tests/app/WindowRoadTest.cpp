@@ -294,16 +294,18 @@ private Q_SLOTS:
     }
 
     void saysOnceThatSettingsAreNotSaved() {
-        const QString inTheWay = m_folder->filePath("config");
-        QFile file(inTheWay);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        m_settings = std::make_unique<AppSettings>(PreferencesStore(inTheWay + "/settings.json"));
+        const QString folder = m_folder->filePath("config");
+        m_settings = std::make_unique<AppSettings>(PreferencesStore(folder + "/settings.json"));
         openReadyWindow();
+        QVERIFY(QDir(folder).removeRecursively());
+        QFile file(folder); // in the way
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        m_settings->setSenderName("B");
+        m_settings->setSenderAddress("C");
         QTRY_VERIFY(alert());
         QVERIFY(alert()->informativeText().startsWith(u"Nie udało się zapisać ustawień"));
         pressKeys({"Return"});
         QTRY_VERIFY(!alert());
-        m_settings->setSenderName("B");
         m_settings->appendSentBook({QUuid::createUuid(), "2026-05-04", {}, {}});
         QCOMPARE(m_settings->loadSentBooks().size(), 1); // kept for this run
         QTest::qWait(100);
@@ -312,7 +314,7 @@ private Q_SLOTS:
         QVERIFY(file.remove());
         m_settings->appendSentBook({QUuid::createUuid(), "2026-05-05", {}, {}});
         QCOMPARE(m_settings->loadSentBooks().size(), 2);
-        QCOMPARE(AppSettings(PreferencesStore(inTheWay + "/settings.json")).loadSentBooks(),
+        QCOMPARE(AppSettings(PreferencesStore(folder + "/settings.json")).loadSentBooks(),
                  m_settings->loadSentBooks());
     }
 
