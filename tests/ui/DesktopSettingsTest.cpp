@@ -85,20 +85,20 @@ private Q_SLOTS:
 
     void takesTheValuesOfNow_data() {
         QTest::addColumn<QVariantMap>("values");
-        QTest::addColumn<QList<bool>>("motion");
-        QTest::addColumn<QList<double>>("factors");
+        QTest::addColumn<QVariantList>("motion");
+        QTest::addColumn<QVariantList>("factors");
         QTest::newRow("both") << QVariantMap{{motionKey, false}, {textKey, 1.25}}
-                              << QList<bool>{false} << QList<double>{1.25};
-        QTest::newRow("none known") << QVariantMap() << QList<bool>() << QList<double>();
+                              << QVariantList{false} << QVariantList{1.25};
+        QTest::newRow("none known") << QVariantMap() << QVariantList() << QVariantList();
         QTest::newRow("of other kinds")
-            << QVariantMap{{motionKey, 0}, {textKey, QStringLiteral("1.25")}} << QList<bool>()
-            << QList<double>();
+            << QVariantMap{{motionKey, 0}, {textKey, QStringLiteral("1.25")}} << QVariantList()
+            << QVariantList();
         QTest::newRow("no number") << QVariantMap{{motionKey, true}, {textKey, qQNaN()}}
-                                   << QList<bool>{true} << QList<double>();
+                                   << QVariantList{true} << QVariantList();
         QTest::newRow("too large")
-            << QVariantMap{{textKey, 1e9}} << QList<bool>() << QList<double>();
-        QTest::newRow("negative") << QVariantMap{{textKey, -1.0}} << QList<bool>()
-                                  << QList<double>();
+            << QVariantMap{{textKey, 1e9}} << QVariantList() << QVariantList();
+        QTest::newRow("negative") << QVariantMap{{textKey, -1.0}} << QVariantList()
+                                  << QVariantList();
     }
 
     void takesTheValuesOfNow() {
@@ -117,8 +117,8 @@ private Q_SLOTS:
         announce(group, motionKey, false);
         announce(QStringLiteral("another"), motionKey, true);
         announce(group, textKey, 1.5);
-        QTRY_COMPARE(m_factors, QList<double>{1.5});
-        QCOMPARE(m_motion, QList<bool>{false});
+        QTRY_COMPARE(m_factors, QVariantList{1.5});
+        QCOMPARE(m_motion, QVariantList{false});
         m_owner.reset();
         announce(group, textKey, 2.0);
         QTest::qWait(100);
@@ -171,8 +171,8 @@ private:
     std::unique_ptr<QDBusConnection> m_services;
     SettingsPortal m_portal;
     std::unique_ptr<QObject> m_owner;
-    QList<bool> m_motion;
-    QList<double> m_factors;
+    QVariantList m_motion;
+    QVariantList m_factors;
 };
 
 QTEST_MAIN(DesktopSettingsTest)
