@@ -23,9 +23,9 @@ std::jthread started(void (*work)()) {
 FontReading::FontReading() : m_thread(started([] { FcInit(); })) {
 }
 
-void FontReading::applicationExists() {
+std::jthread FontReading::applicationExists() {
     m_thread = {}; // which waits for the configuration
-    m_thread = started([] { QFontDatabase::families(); });
+    return started([] { QFontDatabase::families(); });
 }
 
 } // namespace kopertal

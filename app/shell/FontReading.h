@@ -12,8 +12,8 @@ public:
     FontReading();
 
     /// Goes on with the toolkit's list of fonts. To be called once there is an application, which
-    /// must live longer than this.
-    void applicationExists();
+    /// must live longer than the thread: it joins when it is destroyed.
+    [[nodiscard]] std::jthread applicationExists();
 
 private:
     std::jthread m_thread;

@@ -118,7 +118,7 @@ int runWindow(int& count, char** arguments) {
     auto missingDisplay = std::make_optional<MissingDisplay>();
     QApplication application(count, arguments);
     missingDisplay.reset();
-    fonts.applicationExists();
+    const std::jthread fontList = fonts.applicationExists();
     QApplication::setApplicationName(QStringLiteral("kopertal"));
     QApplication::setApplicationVersion(QStringLiteral(KOPERTAL_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("kopertal"));
