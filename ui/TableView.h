@@ -23,8 +23,8 @@ public:
     /// at every width of the table; dragging its edge sets another share.
     void shareWidth(int column, double share);
 
-    /// What the user has made of the columns: the share in thousandths, where there is one, else the
-    /// widths of the columns that can be dragged.
+    /// What the user has made of the columns: the share in thousandths, where there is one, else
+    /// the widths of the columns that can be dragged.
     QList<int> columns() const;
     /// Nothing changes unless all of it is a share or are widths that a screen has room for.
     void setColumns(const QList<int>& columns);
