@@ -1,5 +1,6 @@
 #include "app/Module.h"
 #include "app/cli/CommandLine.h"
+#include "app/cli/Verbose.h"
 
 #include <clocale>
 #include <csignal>
@@ -48,6 +49,8 @@ int main(int argc, char** argv) {
     openMissingStreams();
     ensureUtf8Locale();
     makeWriteSignalsErrors();
+    if (kopertal::takeVerbose(argc, argv))
+        kopertal::startLog();
     if (argc > 1 && !isAddressFile(argc, argv))
         return kopertal::runCommandLine(argc, argv);
     const kopertal::ModuleRun runWindow = kopertal::loadModule("window");

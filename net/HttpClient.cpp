@@ -1,13 +1,44 @@
 #include "net/HttpClient.h"
 
+#include <QElapsedTimer>
+#include <QLoggingCategory>
 #include <QPromise>
 
+#include <atomic>
 #include <exception>
 #include <memory>
 #include <new>
 #include <utility>
 
 namespace kopertal {
+namespace {
+
+Q_LOGGING_CATEGORY(httpLog, "kopertal.http", QtWarningMsg)
+
+/// What the transport says besides the kind of a failure may name what was asked for.
+QString outcomeText(const HttpAnswer& answer) {
+    HttpAnswer kind;
+    kind.failure = answer.failure;
+    return answer.failure == HttpFailure::none
+               ? QStringLiteral("kod %1, bajtów %2").arg(answer.status).arg(answer.text().size())
+               : failureText(kind);
+}
+
+/// `completion` that tells of the request first.
+HttpCarrier::Completion logged(const HttpRequest& request, HttpCarrier::Completion completion) {
+    static std::atomic<int> requests = 0;
+    const int number = ++requests;
+    QElapsedTimer timer;
+    timer.start();
+    qCInfo(httpLog, "zapytanie %d: bajtów %zu", number, request.body ? request.body->size() : 0);
+    return [number, timer, completion = std::move(completion)](HttpAnswer answer) {
+        qCInfo(httpLog, "zapytanie %d po %lld ms: %s", number, timer.elapsed(),
+               qUtf8Printable(outcomeText(answer)));
+        completion(std::move(answer));
+    };
+}
+
+} // namespace
 
 HttpClient::HttpClient(std::unique_ptr<HttpCarrier> carrier) : m_carrier(std::move(carrier)) {
 }
@@ -15,14 +46,17 @@ HttpClient::HttpClient(std::unique_ptr<HttpCarrier> carrier) : m_carrier(std::mo
 QFuture<HttpAnswer> HttpClient::send(HttpRequest request) {
     const auto promise = std::make_shared<QPromise<HttpAnswer>>();
     promise->start();
-    m_carrier->send(std::move(request), [promise](HttpAnswer answer) {
+    HttpCarrier::Completion completion = [promise](HttpAnswer answer) {
         try {
             promise->addResult(std::move(answer));
         } catch (const std::bad_alloc&) {
             promise->setException(std::current_exception());
         }
         promise->finish();
-    });
+    };
+    if (httpLog().isInfoEnabled())
+        completion = logged(request, std::move(completion));
+    m_carrier->send(std::move(request), std::move(completion));
     return promise->future();
 }
 

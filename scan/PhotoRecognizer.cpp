@@ -2,10 +2,17 @@
 
 #include "scan/PhotoProcess.h"
 
+#include <QLoggingCategory>
+
 #include <algorithm>
 #include <utility>
 
 namespace kopertal {
+namespace {
+
+Q_LOGGING_CATEGORY(photoLog, "kopertal.photo", QtWarningMsg)
+
+} // namespace
 
 PhotoBytes photoBytes(const QByteArray& photo) {
     const auto owner = std::make_shared<const QByteArray>(photo);
@@ -32,6 +39,7 @@ QFuture<PhotoResult> PhotoRecognizer::recognize(const PhotoBytes& photo) {
     const auto job = std::make_shared<Job>();
     job->photo = photo;
     job->promise.start();
+    job->timer.start();
     m_waiting.enqueue(job);
     startNext();
     return job->promise.future();
@@ -65,7 +73,11 @@ void PhotoRecognizer::finish(const std::shared_ptr<Job>& job, const PhotoResult&
         return;
     }
     const bool isBetter = result.outcome >= job->earlier.outcome;
-    job->promise.addResult(isBetter ? result : job->earlier);
+    const PhotoResult& best = isBetter ? result : job->earlier;
+    qCInfo(photoLog, "zdjęcie po %lld ms: %s, kodów %lld", job->timer.elapsed(),
+           best.outcome == PhotoOutcome::unreadable ? "nieczytelne" : "odczytane",
+           static_cast<qint64>(best.numbers.size()));
+    job->promise.addResult(best);
     job->promise.finish();
 }
 

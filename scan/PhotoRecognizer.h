@@ -4,6 +4,7 @@
 #include "scan/ReceivedPhoto.h"
 
 #include <QByteArrayView>
+#include <QElapsedTimer>
 #include <QFuture>
 #include <QObject>
 #include <QPromise>
@@ -54,6 +55,7 @@ private:
         QPromise<PhotoResult> promise;
         bool isWhole = false; ///< The whole upload is being tried.
         PhotoResult earlier;  ///< What the cut photo said.
+        QElapsedTimer timer;  ///< Since it was handed over.
     };
 
     void startNext();

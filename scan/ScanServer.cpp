@@ -4,6 +4,7 @@
 #include "scan/PhonePages.h"
 
 #include <QCoreApplication>
+#include <QLoggingCategory>
 #include <QMetaObject>
 
 #include <string>
@@ -12,6 +13,8 @@
 
 namespace kopertal {
 namespace {
+
+Q_LOGGING_CATEGORY(serverLog, "kopertal.server", QtWarningMsg)
 
 /// After it the port can be read, and a listener that fails has failed.
 constexpr std::chrono::milliseconds settleTime{150};
@@ -42,6 +45,7 @@ void ScanServer::start(std::optional<std::uint16_t> fixedPort) {
         throw ScanServerError(*fixedPort);
     if (!m_loop) {
         const auto handOver = [weak = std::weak_ptr(m_receiver)](ReceivedPhoto photo) {
+            qCInfo(serverLog, "odebrano zdjęcie: bajtów %zu", photo.whole().size());
             QMetaObject::invokeMethod(
                 QCoreApplication::instance(),
                 [weak, photo = std::move(photo)] {
@@ -55,6 +59,10 @@ void ScanServer::start(std::optional<std::uint16_t> fixedPort) {
     }
     if (const std::optional<std::uint16_t> port = m_loop->listen(fixedPort.value_or(0)))
         m_port = *port;
+    if (m_port > 0)
+        qCInfo(serverLog, "serwer działa na porcie %d", static_cast<int>(m_port));
+    else
+        qCInfo(serverLog, "nie można otworzyć portu");
     std::this_thread::sleep_for(settleTime);
 }
 

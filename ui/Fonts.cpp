@@ -8,11 +8,13 @@
 namespace morvik {
 namespace {
 
+double untoldFactor = 1;
+
 double textFactor() {
     constexpr double referenceDpi = 96;
     const QScreen* screen = QGuiApplication::primaryScreen();
     const double dpi = screen ? screen->logicalDotsPerInch() : referenceDpi;
-    return std::clamp(dpi / referenceDpi, 0.75, 3.0);
+    return std::clamp(dpi / referenceDpi * untoldFactor, 0.75, 3.0);
 }
 
 QFont sized(const QStringList& families, int pixels, QFont::Weight weight) {
@@ -23,6 +25,10 @@ QFont sized(const QStringList& families, int pixels, QFont::Weight weight) {
 }
 
 } // namespace
+
+void setTextFactor(double factor) {
+    untoldFactor = factor;
+}
 
 int textPixels(int pixels) {
     return qRound(pixels * textFactor());

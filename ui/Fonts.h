@@ -4,8 +4,17 @@
 
 namespace morvik {
 
-/// `pixels` logical pixels times the desktop's text factor (its text DPI over 96), so that texts
-/// keep their stated size on every screen and follow a user who asks for larger ones.
+/// What a desktop offers.
+inline constexpr double leastTextFactor = 0.5;
+inline constexpr double largestTextFactor = 3;
+
+/// A factor of the desktop's that its display does not tell; 1 unless set. For texts that are made
+/// afterwards.
+void setTextFactor(double factor);
+
+/// `pixels` logical pixels times the desktop's text factor (the display's text DPI over 96, times
+/// what is set), so that texts keep their stated size on every screen and follow a user who asks
+/// for larger ones.
 int textPixels(int pixels);
 
 /// The interface's typeface: Inter, else Noto Sans, else the desktop's.

@@ -6,6 +6,7 @@
 #include "ui/Icons.h"
 #include "ui/LimeBorderedButton.h"
 #include "ui/MorvikTheme.h"
+#include "ui/Motion.h"
 #include "ui/Tones.h"
 
 #include <QApplication>
@@ -153,6 +154,8 @@ int MorvikStyle::styleHint(StyleHint hint, const QStyleOption* option, const QWi
     switch (hint) {
     case SH_FocusFrame_AboveWidget:
         return 1;
+    case SH_Widget_Animation_Duration:
+        return isMotionWanted() ? QProxyStyle::styleHint(hint, option, widget, data) : 0;
     case SH_FocusFrame_Mask: // else a ring inside its control would be cut out
     case SH_ScrollBar_Transient:
     case SH_EtchDisabledText:

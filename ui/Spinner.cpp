@@ -1,5 +1,6 @@
 #include "ui/Spinner.h"
 
+#include "ui/Motion.h"
 #include "ui/Tones.h"
 
 #include <QPainter>
@@ -18,11 +19,16 @@ constexpr double leastStroke = 1.5;
 
 SpinnerClock::SpinnerClock(QObject* parent) : QTimer(parent) {
     setInterval(spokeTime);
-    connect(this, &QTimer::timeout, this, [this] { m_step = (m_step + 1) % spokes; });
+    connect(this, &QTimer::timeout, this, [this] {
+        if (isMotionWanted())
+            m_step = (m_step + 1) % spokes;
+        else
+            stop();
+    });
 }
 
 void SpinnerClock::setRunning(bool isRunning) {
-    if (isRunning)
+    if (isRunning && isMotionWanted())
         start();
     else
         stop();

@@ -8,7 +8,7 @@ class QPainter;
 
 namespace morvik {
 
-/// The steps of a spinner in time: ticks while it runs.
+/// The steps of a spinner in time: ticks while it runs and motion is wanted.
 class SpinnerClock : public QTimer {
     Q_OBJECT
 

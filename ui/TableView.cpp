@@ -11,6 +11,7 @@
 #include <QPainter>
 #include <QPainterPath>
 #include <QScopedValueRollback>
+#include <QScreen>
 
 #include <algorithm>
 
@@ -22,6 +23,8 @@ constexpr int cellPadding = TableCellDelegate::cellPadding;
 constexpr int sortMark = 10;
 constexpr int selectionBar = 3;
 constexpr double radius = 10;
+constexpr int wholeShare = 1000;
+constexpr int leastShare = 50; // of which both columns keep so much
 
 /// Muted titles over a hairline, with short separators between the columns.
 class ColumnHeader : public QHeaderView {
@@ -142,6 +145,44 @@ void TableView::shareWidth(int column, double share) {
                     m_share = std::clamp(static_cast<double>(width) / sharedWidth(), 0.0, 1.0);
             });
     applyShare();
+}
+
+QList<int> TableView::draggedColumns() const {
+    QList<int> columns;
+    for (int column = 0; column < horizontalHeader()->count(); ++column) {
+        if (horizontalHeader()->sectionResizeMode(column) == QHeaderView::Interactive)
+            columns << column;
+    }
+    return columns;
+}
+
+QList<int> TableView::columns() const {
+    if (m_sharedColumn >= 0)
+        return {qRound(m_share * wholeShare)};
+    QList<int> widths;
+    for (const int column : draggedColumns())
+        widths << columnWidth(column);
+    return widths;
+}
+
+void TableView::setColumns(const QList<int>& columns) {
+    const auto areWithin = [&](int least, int most) {
+        return std::all_of(columns.begin(), columns.end(),
+                           [&](int value) { return value >= least && value <= most; });
+    };
+    if (m_sharedColumn >= 0) {
+        if (columns.size() == 1 && areWithin(leastShare, wholeShare - leastShare)) {
+            m_share = static_cast<double>(columns.front()) / wholeShare;
+            applyShare();
+        }
+        return;
+    }
+    const QList<int> dragged = draggedColumns();
+    if (columns.size() != dragged.size() ||
+        !areWithin(horizontalHeader()->minimumSectionSize(), screen()->availableSize().width()))
+        return;
+    for (qsizetype i = 0; i < dragged.size(); ++i)
+        setColumnWidth(dragged[i], columns[i]);
 }
 
 int TableView::sharedWidth() const {

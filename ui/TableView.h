@@ -23,6 +23,12 @@ public:
     /// at every width of the table; dragging its edge sets another share.
     void shareWidth(int column, double share);
 
+    /// What the user has made of the columns: the share in thousandths, where there is one, else
+    /// the widths of the columns that can be dragged.
+    QList<int> columns() const;
+    /// Nothing changes unless all of it is a share or are widths that a screen has room for.
+    void setColumns(const QList<int>& columns);
+
     int hoveredRow() const { return m_hoveredRow; }
 
 protected:
@@ -31,6 +37,7 @@ protected:
 
 private:
     void setHoveredRow(int row);
+    QList<int> draggedColumns() const;
     int sharedWidth() const;
     void applyShare();
 

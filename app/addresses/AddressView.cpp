@@ -60,6 +60,7 @@ AddressView::AddressView(AppSettings& settings, QWidget* parent)
     : QWidget(parent), m_settings(settings) {
     setAcceptDrops(true);
     auto* split = new morvik::Splitter;
+    split->setObjectName(QStringLiteral("addresses.panes"));
     split->addWidget(makeEditorPane());
     split->addWidget(makePreviewPane());
     split->setStretchFactor(0, 3);
@@ -143,6 +144,7 @@ QWidget* AddressView::makePreviewPane() {
     m_model = new RecipientModel(m_editor->live(), this);
     m_table = new morvik::TableView;
     m_table->setModel(m_model);
+    m_table->setObjectName(QStringLiteral("addresses.columns"));
     m_table->setBordered(true);
     m_table->setAccessibleName(QStringLiteral("Podgląd adresów"));
     m_table->setSelectionMode(QAbstractItemView::SingleSelection);

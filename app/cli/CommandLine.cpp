@@ -18,7 +18,7 @@ namespace {
 const char* const overview =
     R"(Kopertal: książka nadawcza i śledzenie listów poleconych.
 
-Użycie: kopertal [PLIK]
+Użycie: kopertal [--verbose] [PLIK]
        kopertal POLECENIE [ARGUMENTY]
 
 Bez polecenia otwiera okno programu, z adresami z PLIKU, jeśli go podano.
@@ -31,6 +31,8 @@ Polecenia:
 
   -h, --help     pokaż tę pomoc; „kopertal POLECENIE --help” opisuje polecenie
       --version  pokaż wersję
+      --verbose  opisuj przebieg pracy na standardowym wyjściu błędów: liczby, rozmiary
+                 i czasy, bez adresów, numerów i treści; działa też z poleceniami
 
 Kod wyjścia: 0 wykonane, 1 nie udało się, 2 błędne użycie.)";
 

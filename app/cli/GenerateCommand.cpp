@@ -42,6 +42,7 @@ Windows-1250 i ISO 8859-2.
       --sender-address T adres nadawcy (domyślnie: z ustawień)
       --template PLIK    użyj własnego szablonu .dotx
       --json             wypisz wynik jako obiekt JSON: document, recipients, pages, skipped
+      --verbose          opisuj przebieg pracy, bez adresów i treści
   -h, --help             pokaż tę pomoc
 
 Na standardowe wyjście trafia ścieżka dokumentu, na standardowe wyjście błędów

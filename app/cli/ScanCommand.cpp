@@ -31,10 +31,11 @@ Odczytuje kody kreskowe ze zdjęć książki nadawczej i wypisuje numery, po jed
 w wierszu, posortowane w obrębie każdego zdjęcia. „-” oznacza standardowe wejście.
 Zdjęcia: JPEG, PNG, WebP, TIFF, BMP, GIF, HEIC/HEIF, AVIF.
 
-      --json    wypisz tablicę JSON z obiektem na zdjęcie: photo, outcome (numbers,
-                none, unreadable) i numbers (text, format, box: część zdjęcia,
-                liczona od lewego dolnego rogu)
-  -h, --help    pokaż tę pomoc
+      --json     wypisz tablicę JSON z obiektem na zdjęcie: photo, outcome (numbers,
+                 none, unreadable) i numbers (text, format, box: część zdjęcia,
+                 liczona od lewego dolnego rogu)
+      --verbose  opisuj przebieg pracy, bez numerów i zdjęć
+  -h, --help     pokaż tę pomoc
 
 Kod wyjścia: 0, gdy każde zdjęcie dało numer, 1, gdy któreś nie dało, 2 przy
 błędnym użyciu.)";

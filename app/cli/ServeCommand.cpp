@@ -41,6 +41,7 @@ już odebrane odczytuje jeszcze przez chwilę, drugie Ctrl+C kończy od razu.
       --port N              port serwera, 1–65535 (domyślnie: dowolny wolny)
       --save-photos FOLDER  zapisuj zdjęcia w FOLDERZE jako zdjecie_RRRRMMDD_GGMMSS,
                             zawsze pod wolną nazwą, czytelne tylko dla Ciebie
+      --verbose             opisuj przebieg pracy, bez numerów i zdjęć
   -h, --help                pokaż tę pomoc
 
 Numery trafiają na standardowe wyjście, po jednym w wierszu; adres, kod QR

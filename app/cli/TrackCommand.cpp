@@ -29,8 +29,9 @@ Pyta Pocztę Polską o przesyłki, o wszystkie naraz, i wypisuje po jednym wiers
 na numer, w podanej kolejności: numer, status, data statusu i ostatnia placówka,
 rozdzielone tabulatorami; „—” zamiast tego, co nieznane.
 
-      --json    wypisz tablicę JSON ze wszystkim, co wiadomo, też z historią zdarzeń
-  -h, --help    pokaż tę pomoc
+      --json     wypisz tablicę JSON ze wszystkim, co wiadomo, też z historią zdarzeń
+      --verbose  opisuj przebieg pracy, bez numerów i odpowiedzi
+  -h, --help     pokaż tę pomoc
 
 Kod wyjścia: 0, gdy usługa odpowiedziała na każdy numer (także że go nie zna),
 1, gdy na któryś nie odpowiedziała, 2 przy błędnym użyciu.

@@ -1,7 +1,9 @@
 #include "app/http/LoadedHttpCarrier.h"
 
 #include <QCoreApplication>
+#include <QElapsedTimer>
 #include <QFile>
+#include <QLoggingCategory>
 
 #include <dlfcn.h>
 #include <exception>
@@ -10,6 +12,8 @@
 
 namespace kopertal {
 namespace {
+
+Q_LOGGING_CATEGORY(moduleLog, "kopertal.module", QtWarningMsg)
 
 class NoCarrier : public HttpCarrier {
 public:
@@ -31,10 +35,13 @@ private:
 std::unique_ptr<HttpCarrier> loadHttpCarrier(const HttpOptions& options) {
     const QString path =
         QCoreApplication::applicationDirPath() + QStringLiteral("/../lib/kopertal/http.so");
+    QElapsedTimer timer;
+    timer.start();
     void* const module = dlopen(QFile::encodeName(path).constData(), RTLD_NOW | RTLD_LOCAL);
     void* const make = module == nullptr ? nullptr : dlsym(module, "kopertalHttpCarrier");
     if (make == nullptr)
         return std::make_unique<NoCarrier>(dlerror());
+    qCInfo(moduleLog, "wczytano moduł http w %lld ms", timer.elapsed());
     try {
         return std::unique_ptr<HttpCarrier>(reinterpret_cast<MakeHttpCarrier>(make)(options));
     } catch (const std::exception& error) {

@@ -3,11 +3,14 @@
 #include "tracking/SentBookJson.h"
 
 #include <QCoreApplication>
+#include <QLoggingCategory>
 
 #include <utility>
 
 namespace kopertal {
 namespace {
+
+Q_LOGGING_CATEGORY(settingsLog, "kopertal.settings", QtWarningMsg)
 
 const auto senderNameKey = QStringLiteral("sender.name");
 const auto senderAddressKey = QStringLiteral("sender.address");
@@ -52,12 +55,16 @@ bool AppSettings::isSenderDataMissing() const {
 }
 
 QList<SentBook> AppSettings::loadSentBooks() const {
+    if (m_unsavedBooks)
+        return *m_unsavedBooks;
     return decodeSentBooks(m_store.data(sentBooksKey).value_or(QByteArray()))
         .value_or(QList<SentBook>());
 }
 
 void AppSettings::saveSentBooks(const QList<SentBook>& books) {
-    m_store.setData(sentBooksKey, encodeSentBooks(books));
+    const bool isWritten = m_store.setData(sentBooksKey, encodeSentBooks(books));
+    m_unsavedBooks = isWritten ? std::nullopt : std::optional(books);
+    noteWrite(isWritten);
 }
 
 void AppSettings::appendSentBook(const SentBook& book) {
@@ -68,8 +75,17 @@ void AppSettings::appendSentBook(const SentBook& book) {
 
 void AppSettings::assign(QString& field, const QString& key, const QString& value) {
     field = value;
-    m_store.setText(key, value);
+    const bool isWritten = m_store.setText(key, value);
     Q_EMIT changed();
+    noteWrite(isWritten);
+}
+
+void AppSettings::noteWrite(bool isWritten) {
+    if (!isWritten && !std::exchange(m_isSavingFailing, true)) {
+        qCInfo(settingsLog, "nie udało się zapisać ustawień");
+        Q_EMIT savingFailed();
+    }
+    m_isSavingFailing = !isWritten;
 }
 
 } // namespace kopertal

@@ -9,8 +9,8 @@
 namespace kopertal {
 
 /// The settings of the program. Each assignment is written to the store at once and announced,
-/// whether or not the value differs; a write that fails keeps the value for this run. Main thread
-/// only.
+/// whether or not the value differs; a write that fails keeps the value for this run and is told.
+/// Main thread only.
 class AppSettings : public QObject {
     Q_OBJECT
 
@@ -51,8 +51,11 @@ public:
 Q_SIGNALS:
     /// After every assignment, with the new value in place.
     void changed();
+    /// Nothing is kept for the next run; told once until a write succeeds again.
+    void savingFailed();
 
 private:
+    void noteWrite(bool isWritten);
     void assign(QString& field, const QString& key, const QString& value);
 
     PreferencesStore m_store;
@@ -60,6 +63,8 @@ private:
     QString m_senderAddress;
     QString m_saveFolder;
     QString m_iphoneMode;
+    std::optional<QList<SentBook>> m_unsavedBooks; // what the store did not take
+    bool m_isSavingFailing = false;
 };
 
 } // namespace kopertal

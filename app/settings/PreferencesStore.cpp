@@ -93,12 +93,23 @@ std::optional<QByteArray> PreferencesStore::data(const QString& key) const {
     return *decoded;
 }
 
+std::optional<QJsonObject> PreferencesStore::object(const QString& key) const {
+    const QJsonValue value = readPreferences(m_path).value_or(QJsonObject()).value(key);
+    if (!value.isObject())
+        return std::nullopt;
+    return value.toObject();
+}
+
 bool PreferencesStore::setText(const QString& key, const QString& value) {
     return update(key, value);
 }
 
 bool PreferencesStore::setData(const QString& key, const QByteArray& value) {
     return update(key, QJsonObject{{base64Key, QString::fromLatin1(value.toBase64())}});
+}
+
+bool PreferencesStore::setObject(const QString& key, const QJsonObject& value) {
+    return update(key, value);
 }
 
 bool PreferencesStore::remove(const QString& key) {

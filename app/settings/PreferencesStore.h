@@ -8,8 +8,8 @@
 
 namespace kopertal {
 
-/// The user's preferences: texts and binary values by key, in one JSON file that only the user may
-/// read.
+/// The user's preferences: texts, binary values and objects by key, in one JSON file that only the
+/// user may read.
 ///
 /// Every write is on the disk when the call returns, and changes its own key only, also while other
 /// processes write theirs. A file that cannot be read or is no preferences file reads as empty; the
@@ -25,10 +25,12 @@ public:
     /// The value; nothing when the key is absent or of the other kind.
     std::optional<QString> text(const QString& key) const;
     std::optional<QByteArray> data(const QString& key) const;
+    std::optional<QJsonObject> object(const QString& key) const;
 
     /// False when the value could not be written (a read-only home, a full disk).
     bool setText(const QString& key, const QString& value);
     bool setData(const QString& key, const QByteArray& value);
+    bool setObject(const QString& key, const QJsonObject& value);
     bool remove(const QString& key);
 
 private:

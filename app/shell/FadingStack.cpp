@@ -1,5 +1,7 @@
 #include "app/shell/FadingStack.h"
 
+#include "ui/Motion.h"
+
 #include <QEasingCurve>
 #include <QPainter>
 
@@ -58,11 +60,11 @@ void FadingStack::fadeTo(int index) {
     auto* veil = static_cast<Veil*>(m_veil);
     m_fade.stop();
     veil->hide();
-    const bool isSeen = isVisible() && currentWidget();
-    if (isSeen)
+    const bool fades = isVisible() && currentWidget() && morvik::isMotionWanted();
+    if (fades)
         veil->setPicture(currentWidget()->grab());
     setCurrentIndex(index);
-    if (!isSeen)
+    if (!fades)
         return;
     veil->setGeometry(rect());
     veil->setStrength(1);

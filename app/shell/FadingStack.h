@@ -6,7 +6,7 @@
 namespace kopertal {
 
 /// Pages of which one is shown; the others keep their state. A change fades for 0.15 s, in which
-/// the new page is in use already.
+/// the new page is in use already; not where no motion is wanted.
 class FadingStack : public QStackedWidget {
     Q_OBJECT
 

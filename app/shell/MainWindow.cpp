@@ -4,11 +4,13 @@
 #include "app/addresses/AddressView.h"
 #include "app/sender/SenderSetupView.h"
 #include "app/settings/AppSettings.h"
+#include "app/shell/ErrorAlert.h"
 #include "ui/Sheet.h"
 
 #include <QActionGroup>
 #include <QApplication>
 #include <QCloseEvent>
+#include <QFileInfo>
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QScreen>
@@ -51,6 +53,12 @@ MainWindow::MainWindow(AppSettings& settings)
     setCentralWidget(m_content);
     resize(firstSize.boundedTo(screen()->availableSize()));
     m_addresses->setFocus();
+    connect(&settings, &AppSettings::savingFailed, this, [] {
+        showError(QStringLiteral("Nie udało się zapisać ustawień w folderze %1. Zmiany działają do "
+                                 "zamknięcia programu. Sprawdź, czy na dysku jest miejsce i czy "
+                                 "wolno Ci zapisywać w tym folderze.")
+                      .arg(QFileInfo(PreferencesStore::defaultPath()).path()));
+    });
     connect(m_content, &ContentView::appeared, this, [this] {
         if (m_settings.isSenderDataMissing())
             showSenderSheet();

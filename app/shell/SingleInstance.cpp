@@ -4,6 +4,7 @@
 #include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QLoggingCategory>
 #include <QSocketNotifier>
 #include <QThread>
 
@@ -20,6 +21,8 @@ namespace kopertal {
 namespace {
 
 using namespace std::chrono_literals;
+
+Q_LOGGING_CATEGORY(instanceLog, "kopertal.instance", QtWarningMsg)
 
 constexpr std::size_t maxMessageBytes = 64UL * 1024;
 constexpr int waitingStarts = 16;
@@ -90,8 +93,12 @@ SingleInstance::SingleInstance(const QString& folder, QObject* parent)
 }
 
 bool SingleInstance::claim() {
-    if (!m_lock.tryLock(0))
-        return m_lock.error() != QLockFile::LockFailedError; // no folder to lock in: work alone
+    if (!m_lock.tryLock(0)) {
+        const bool isAlone = m_lock.error() != QLockFile::LockFailedError; // no folder to lock in
+        qCInfo(instanceLog,
+               isAlone ? "brak folderu na blokadę, okno działa samo" : "okno jest już otwarte");
+        return isAlone;
+    }
     listen();
     return true;
 }
@@ -122,8 +129,10 @@ void SingleInstance::welcome() {
 
 void SingleInstance::receive(int connection) {
     const QByteArray message = receiveMessage(connection);
-    if (!message.isEmpty() && sendMessage(connection, answer))
+    if (!message.isEmpty() && sendMessage(connection, answer)) {
+        qCInfo(instanceLog, "następne uruchomienie przekazało polecenie");
         Q_EMIT started(decode(message));
+    }
 }
 
 bool SingleInstance::handOver(const StartMessage& message) const {

@@ -8,13 +8,16 @@
 #include "app/settings/AppSettings.h"
 #include "app/settings/PreferencesStore.h"
 #include "app/shell/AppDelegate.h"
+#include "app/shell/DesktopWishes.h"
 #include "app/shell/EditWords.h"
 #include "app/shell/FontReading.h"
 #include "app/shell/FrameCommands.h"
 #include "app/shell/LatePage.h"
 #include "app/shell/MainWindow.h"
+#include "app/shell/MissingDisplay.h"
 #include "app/shell/SingleInstance.h"
 #include "app/shell/TerminationSignals.h"
+#include "app/shell/WindowMemory.h"
 #include "app/tracking/TrackingView.h"
 #include "ui/Icons.h"
 #include "ui/MorvikStyle.h"
@@ -30,6 +33,7 @@
 #include <QTranslator>
 
 #include <cstdio>
+#include <optional>
 
 namespace kopertal {
 namespace {
@@ -66,14 +70,16 @@ UpdaterParts updaterParts() {
             [options] { return loadHttpCarrier(options); }};
 }
 
-int runFirst(SingleInstance& instance, const QString& file) {
+int runFirst(SingleInstance& instance, DesktopWishes& wishes, const QString& file) {
     AppSettings& settings = AppSettings::shared();
     AppDelegate delegate(PreferencesStore(PreferencesStore::defaultPath()), settings.sentBooksKey,
                          updaterParts());
     MainWindow window(settings);
+    WindowMemory memory(PreferencesStore(PreferencesStore::defaultPath()), window);
     window.addTrackingTab(new LatePage([&] {
         auto* tracking = new TrackingView(settings, trackingParts());
         window.addViewActions(AppTab::tracking, tracking->actions());
+        memory.restore(*tracking);
         return tracking;
     }));
     addFrameCommands(window, delegate.updater(), frameTexts());
@@ -100,6 +106,7 @@ int runFirst(SingleInstance& instance, const QString& file) {
                      });
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, &instance, &SingleInstance::release);
     window.show();
+    wishes.followLater();
     if (!file.isEmpty())
         window.addresses().loadFile(file);
     return QApplication::exec();
@@ -110,7 +117,9 @@ int runFirst(SingleInstance& instance, const QString& file) {
 int runWindow(int& count, char** arguments) {
     const QString file = count > 1 ? QFile::decodeName(arguments[1]) : QString();
     std::jthread fontConfiguration = readFontConfiguration();
+    auto missingDisplay = std::make_optional<MissingDisplay>();
     QApplication application(count, arguments);
+    missingDisplay.reset();
     fontConfiguration = {}; // waits for it
     const std::jthread fontList = readFontList();
     QApplication::setApplicationName(QStringLiteral("kopertal"));
@@ -123,10 +132,12 @@ int runWindow(int& count, char** arguments) {
         std::fputs("Kopertal już działa, ale nie odpowiada.\n", stderr);
         return 1;
     }
+    DesktopWishes wishes(PreferencesStore(PreferencesStore::defaultPath()),
+                         QGuiApplication::platformName().startsWith(u"wayland"));
     morvik::MorvikStyle::install(application);
     QApplication::setWindowIcon(morvik::pictureIcon(QStringLiteral(":/kopertal/kopertal.svg")));
     speakPolish(application);
-    const int code = runFirst(instance, absolute(file));
+    const int code = runFirst(instance, wishes, absolute(file));
     QThreadPool::globalInstance()->waitForDone(); // a register in the making is finished
     return code;
 }

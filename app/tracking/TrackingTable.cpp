@@ -60,6 +60,7 @@ TrackingTable::TrackingTable(TrackingTableModel& model, QWidget* parent)
     : TableView(parent), m_model(model) {
     setItemDelegate(new TrackingCellDelegate(this));
     setModel(&model);
+    setObjectName(QStringLiteral("tracking.columns"));
     setRowHeight(twoLineRow);
     setSelectionMode(SingleSelection);
     setAccessibleName(QStringLiteral("Przesyłki"));

@@ -173,6 +173,7 @@ QWidget* TrackingView::makeTablePane() {
     m_detailsPane = makePane(m_details, leastDetailsWidth);
     m_detailsPane->hide();
     auto* split = new morvik::Splitter;
+    split->setObjectName(QStringLiteral("tracking.panes"));
     split->addWidget(makePane(m_table, leastTableWidth));
     split->addWidget(m_detailsPane);
     split->setStretchFactor(0, 1);

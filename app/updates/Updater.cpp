@@ -4,6 +4,7 @@
 #include "net/HttpClient.h"
 
 #include <QDateTime>
+#include <QLoggingCategory>
 
 #include <algorithm>
 #include <utility>
@@ -12,6 +13,8 @@ namespace kopertal {
 namespace {
 
 using namespace std::chrono_literals;
+
+Q_LOGGING_CATEGORY(updatesLog, "kopertal.updates", QtWarningMsg)
 
 constexpr std::chrono::seconds retryDelay = 1h;
 constexpr std::chrono::milliseconds longestWait = 24h; // the timer counts milliseconds in an int
@@ -69,6 +72,7 @@ void Updater::checkForUpdates() {
 }
 
 void Updater::check(bool isAskedFor) {
+    qCInfo(updatesLog, "sprawdzanie aktualizacji, %s", isAskedFor ? "na życzenie" : "okresowe");
     m_client = std::make_unique<HttpClient>(m_parts.makeCarrier());
     Q_EMIT canCheckForUpdatesChanged(false);
     HttpRequest request;
@@ -94,12 +98,15 @@ void Updater::finish(const HttpAnswer& answer, bool isAskedFor) {
     if (m_parts.interval > 0s)
         schedule(problem.isEmpty() ? m_parts.interval : std::min(m_parts.interval, retryDelay));
     if (!problem.isEmpty()) {
+        qCInfo(updatesLog, "nie udało się sprawdzić aktualizacji");
         if (isAskedFor)
             Q_EMIT checkFailed(problem);
         return;
     }
     m_parts.store.setText(lastCheckKey, QDateTime::currentDateTimeUtc().toString(Qt::ISODate));
     const std::optional<Release> update = newestUpdate(*releases, ownVersion(m_parts));
+    qCInfo(updatesLog, "wydań %lld, %s", static_cast<qint64>(releases->size()),
+           update ? "jest nowsze" : "nowszego nie ma");
     if (update && (isAskedFor || !isSkipped(*update)))
         Q_EMIT updateFound(*update, isAskedFor);
     else if (!update && isAskedFor)

@@ -16,6 +16,7 @@ namespace {
 
 constexpr int endOfSession = SIGUSR1; // what the session manager is told by
 const auto registerKey = QStringLiteral("tracking.sentBooks");
+const auto layoutKey = QStringLiteral("window.layout");
 
 QString programPath() {
     return QStringLiteral(KOPERTAL_PROGRAM);
@@ -54,6 +55,7 @@ private Q_SLOTS:
         m_store.setText(QStringLiteral("sender.address"), QStringLiteral("ul. Nowa 1"));
         m_store.setText(QStringLiteral("paths.saveFolder"), m_folder.path());
         m_store.setData(registerKey, QByteArrayLiteral("[]"));
+        m_store.remove(layoutKey);
         m_program = std::make_unique<QProcess>();
     }
 
@@ -87,6 +89,7 @@ private Q_SLOTS:
         QCOMPARE(m_program->exitStatus(), QProcess::NormalExit);
         QCOMPARE(m_program->exitCode(), 0);
         QVERIFY(!m_store.data(registerKey));
+        QVERIFY(m_store.object(layoutKey)); // the window is remembered at every end
         QCOMPARE(m_store.text(QStringLiteral("sender.name")), QStringLiteral("Nadawca"));
         if (signal == endOfSession) // which brings back what the user had, not the toolkit's words
             QCOMPARE(m_program->readAllStandardOutput().split('\n').value(0),
@@ -134,6 +137,7 @@ private Q_SLOTS:
         QCOMPARE(second.exitCode(), 0);
         QCOMPARE(windowsNamedKopertal(), windows);
         QCOMPARE(m_store.data(registerKey), QByteArrayLiteral("[2]")); // the first one's, still
+        QVERIFY(!m_store.object(layoutKey));
         QTest::qWait(500);
         pressKeys({"ctrl+Return"});
         QTRY_COMPARE_WITH_TIMEOUT(documents(), 1, 20000);

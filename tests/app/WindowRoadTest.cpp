@@ -293,6 +293,31 @@ private Q_SLOTS:
         QTRY_COMPARE(QApplication::topLevelWidgets().contains(settings), false);
     }
 
+    void saysOnceThatSettingsAreNotSaved() {
+        const QString folder = m_folder->filePath("config");
+        m_settings = std::make_unique<AppSettings>(PreferencesStore(folder + "/settings.json"));
+        openReadyWindow();
+        QVERIFY(QDir(folder).removeRecursively());
+        QFile file(folder); // in the way
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        m_settings->setSenderName("B");
+        m_settings->setSenderAddress("C");
+        QTRY_VERIFY(alert());
+        QVERIFY(alert()->informativeText().startsWith(u"Nie udało się zapisać ustawień"));
+        pressKeys({"Return"});
+        QTRY_VERIFY(!alert());
+        m_settings->appendSentBook({QUuid::createUuid(), "2026-05-04", {}, {}});
+        QCOMPARE(m_settings->loadSentBooks().size(), 1); // kept for this run
+        QTest::qWait(100);
+        QVERIFY(!alert());
+
+        QVERIFY(file.remove());
+        m_settings->appendSentBook({QUuid::createUuid(), "2026-05-05", {}, {}});
+        QCOMPARE(m_settings->loadSentBooks().size(), 2);
+        QCOMPARE(AppSettings(PreferencesStore(folder + "/settings.json")).loadSentBooks(),
+                 m_settings->loadSentBooks());
+    }
+
     void everythingHasANameForAScreenReader_data() {
         QTest::addColumn<QString>("folder");
         QTest::addColumn<QStringList>("keys");
