@@ -26,11 +26,11 @@ _kopertal() {
 
     local options
     case $cword:$command in
-    1:*) options='--help --version' ;;
-    *:generate) options='-o --output --sender-name --sender-address --template --json --help' ;;
-    *:scan) options='--json --help' ;;
-    *:serve) options='--port --save-photos --help' ;;
-    *:track) options='--json --help' ;;
+    1:*) options='--help --version --verbose' ;;
+    *:generate) options='-o --output --sender-name --sender-address --template --json --verbose --help' ;;
+    *:scan) options='--json --verbose --help' ;;
+    *:serve) options='--port --save-photos --verbose --help' ;;
+    *:track) options='--json --verbose --help' ;;
     *) return ;;
     esac
     if [[ $cur == -* ]]; then

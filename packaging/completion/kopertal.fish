@@ -2,6 +2,7 @@
 
 complete -c kopertal -n __fish_use_subcommand -l version -d 'pokaż wersję'
 complete -c kopertal -s h -l help -f -d 'pokaż pomoc'
+complete -c kopertal -l verbose -d 'opisuj przebieg pracy'
 
 complete -c kopertal -n __fish_use_subcommand -a generate -d 'tworzy wypełnioną książkę nadawczą'
 complete -c kopertal -n __fish_use_subcommand -a serve -d 'odbiera zdjęcia z telefonu'

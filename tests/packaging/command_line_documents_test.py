@@ -40,7 +40,7 @@ class CommandLineDocumentsTest(unittest.TestCase):
     def test_the_help_is_read(self):
         self.assertEqual(sorted(COMMANDS), ['generate', 'scan', 'serve', 'track'])
         self.assertIn('-o', COMMANDS['generate'])
-        self.assertEqual(COMMANDS['track'], {'-h', '--help', '--json'})
+        self.assertEqual(COMMANDS['track'], {'-h', '--help', '--json', '--verbose'})
 
     def test_manuals_describe_every_option_of_every_command_and_no_other(self):
         common = options_of()
