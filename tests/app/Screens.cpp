@@ -67,7 +67,8 @@ void openSuccess(MainWindow& window) {
     sheet->open(view->defaultButton());
 }
 
-/// Knows two printers, and never gets further than to the middle of a document.
+/// Knows two printers, and gets no further than to the middle of a document; two copies are printed,
+/// three fail.
 class HalfPrinting : public PrintWork {
 public:
     PrintSetup lookUp(const QString&, const std::stop_token&) override {
@@ -85,6 +86,8 @@ public:
         progress(10, 23);
         while (order.copies == 1 && !stop.stop_requested())
             QThread::msleep(10);
+        if (order.copies == 3)
+            result.error = QStringLiteral("LibreOffice nie odpowiada.");
         return result;
     }
 };
@@ -111,8 +114,12 @@ bool savePrinting(Screens& screens, MainWindow& window) {
     sheet = new morvik::Sheet(again, QStringLiteral("Drukowanie"), &window);
     sheet->open(again->defaultButton());
     QTest::qWait(200);
-    again->findChild<QSpinBox*>()->setValue(2);
+    auto* copies = again->findChild<QSpinBox*>();
+    copies->setValue(3);
     pages = again->findChild<QLineEdit*>(QStringLiteral("pages"));
+    enter("");
+    isSaved &= screens.save(window, QStringLiteral("print-failed"));
+    copies->setValue(2);
     enter("");
     isSaved &= screens.save(window, QStringLiteral("print-sent"));
     sheet->dismiss();
