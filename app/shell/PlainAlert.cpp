@@ -5,13 +5,17 @@
 #include <QLabel>
 #include <QMessageBox>
 
+#include <algorithm>
+
 namespace kopertal {
 namespace {
 
 constexpr int iconSize = 40;
 
 QString bounded(const QString& message) {
-    return message.size() > longestAlert ? message.first(longestAlert) + u'…' : message;
+    const QString shown =
+        message.first(std::min(message.size(), longestAlert)).section(u'\n', 0, mostAlertLines - 1);
+    return shown.size() < message.size() ? shown + u'…' : message;
 }
 
 } // namespace
