@@ -13,6 +13,7 @@
 #include "app/shell/FrameCommands.h"
 #include "app/shell/FrameTexts.h"
 #include "app/shell/MainWindow.h"
+#include "app/shell/PlainAlert.h"
 #include "app/shell/WaitingThreads.h"
 #include "app/updates/UpdateView.h"
 #include "app/updates/Updater.h"
@@ -23,12 +24,14 @@
 #include "ui/LimeActionButton.h"
 #include "ui/MorvikAboutCommand.h"
 #include "ui/MorvikStyle.h"
+#include "ui/MorvikTheme.h"
 #include "ui/Sheet.h"
 
 #include <QApplication>
 #include <QFile>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QScrollBar>
 #include <QSemaphore>
 #include <QSpinBox>
@@ -266,6 +269,14 @@ int main(int argc, char** argv) {
     isSaved &= screens.save(window, QStringLiteral("success"));
     isSaved &= saveFrame(screens);
     isSaved &= savePrinting(screens, window);
+    QMessageBox* alert = plainAlert(
+        &window, QStringLiteral("Błąd"),
+        QStringLiteral("LibreOffice nie przygotował stron do druku. Dokument może być uszkodzony: "
+                       "otwórz go i zapisz albo stwórz kopertal od nowa.\n\nSzczegóły: Error: ") +
+            QStringLiteral("<b>source</b> file could not be loaded. ").repeated(100),
+        QStringLiteral("exclamationmark.triangle.fill"), morvik::MorvikTheme::Colors::error);
+    isSaved &= screens.save(*alert, QStringLiteral("alert"));
+    alert->close();
     SenderSetupView form(settings, true);
     isSaved &= screens.save(form, QStringLiteral("settings"));
     return isSaved ? 0 : 1;
