@@ -70,8 +70,8 @@ void openSuccess(MainWindow& window) {
     sheet->open(view->defaultButton());
 }
 
-/// Knows two printers, and gets no further than to the middle of a document; two copies are printed,
-/// three fail.
+/// Knows two printers, and gets no further than to the middle of a document; two copies are
+/// printed, three fail.
 class HalfPrinting : public PrintWork {
 public:
     PrintSetup lookUp(const QString&, const std::stop_token&) override {
