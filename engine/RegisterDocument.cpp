@@ -30,7 +30,7 @@ constexpr double boxHeightMM = 9.2;
 
 QString templatePath(const std::optional<QString>& templateURL) {
     if (!templateURL) {
-        const auto resource = QStringLiteral(":/kopertal.dotx");
+        const QString resource(ownTemplate);
         if (!QFileInfo::exists(resource))
             throw EngineError::templateNotFound(QStringLiteral("kopertal.dotx"));
         return resource;

@@ -15,6 +15,9 @@ namespace kopertal {
 inline constexpr qsizetype maxRecipients = 200'000;
 inline constexpr qsizetype maxAddressLines = 1'000;
 
+/// The program's own template, a resource of it.
+inline constexpr QLatin1String ownTemplate(":/kopertal.dotx");
+
 /// Makes the dispatch register of `addresses` from the template at `templateURL` (without one, from
 /// the program's own) at `outputURL`, in place of what is there: ten recipients a page, at least
 /// one page, the sender on each; an empty sender value leaves the template's text. Returns how many

@@ -1,6 +1,7 @@
 #include "engine/ZipArchive.h"
 
 #include "engine/EngineError.h"
+#include "engine/RegularFile.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -43,11 +44,8 @@ using Entry = std::unique_ptr<zip_file_t, CloseEntry>;
 }
 
 QByteArray readArchive(const QString& path) {
-    if (!QFileInfo(path).isFile()) // a pipe might never end
-        throw FileError(path, QStringLiteral("to nie jest plik"));
     QFile file(path);
-    if (!file.open(QIODevice::ReadOnly))
-        throw FileError(path, file.errorString());
+    openRegular(file);
     // One byte more than there may be; reading first makes room for all that is asked for.
     QByteArray bytes = file.read(std::min(file.size(), maxArchiveBytes) + 1);
     if (file.error() != QFileDevice::NoError)

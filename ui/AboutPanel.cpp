@@ -4,6 +4,7 @@
 #include "ui/Labels.h"
 #include "ui/LinkButton.h"
 #include "ui/MorvikAboutCommand.h"
+#include "ui/RaiseWindow.h"
 #include "ui/Tones.h"
 
 #include <QApplication>
@@ -52,9 +53,7 @@ AboutPanel::AboutPanel(const MorvikAboutCommand& about, QWidget* parent)
 }
 
 void AboutPanel::present() {
-    show();
-    raise();
-    activateWindow();
+    raiseWindow(this);
 }
 
 } // namespace morvik

@@ -36,6 +36,7 @@ void MorvikHelpWindowCommand::addTo(QMenu* menu) const {
     });
     help->setShortcuts(
         {QKeySequence(Qt::CTRL | Qt::Key_Question), QKeySequence(QKeySequence::HelpContents)});
+    help->setShortcutContext(Qt::ApplicationShortcut);
     addLink(menu, appName + QStringLiteral(" — zgłoś błąd"), reportAddress(appName, email));
     menu->addSeparator();
 }

@@ -1,5 +1,7 @@
 #include "ui/MorvikHelpWindow.h"
 
+#include "ui/RaiseWindow.h"
+
 #include <QApplication>
 #include <QPointer>
 #include <QScreen>
@@ -33,10 +35,8 @@ void show(const QString& title, int width, int height, const std::function<QWidg
         QRect frame(QPoint(), QSize(width, height).boundedTo(room.size()));
         frame.moveCenter(room.center());
         window->setGeometry(frame);
-        window->show();
     }
-    window->raise();
-    window->activateWindow();
+    raiseWindow(window);
 }
 
 } // namespace morvik::MorvikHelpWindow

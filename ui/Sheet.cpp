@@ -105,6 +105,7 @@ void Sheet::placePanel() {
     if (m_content->hasHeightForWidth()) // a hint alone takes wrapped texts for narrower ones
         wanted.setHeight(
             std::max(m_content->heightForWidth(wanted.width()), m_content->minimumHeight()));
+    wanted = wanted.expandedTo(m_content->minimumSizeHint()); // less would be scrolled
     wanted = wanted.boundedTo(m_content->maximumSize());
     if (wanted.height() > height()) {
         wanted.rwidth() += m_panel->verticalScrollBar()->sizeHint().width();

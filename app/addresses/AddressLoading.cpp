@@ -2,9 +2,9 @@
 
 #include "app/addresses/TextBounds.h"
 #include "engine/AddressFile.h"
+#include "engine/RegularFile.h"
 
 #include <QFile>
-#include <QFileInfo>
 #include <QtConcurrentRun>
 
 #include <exception>
@@ -17,8 +17,7 @@ constexpr qint64 mostBytesOfAUnit = 3; // UTF-8 of what UTF-16 holds in one unit
 LoadedAddresses load(const QString& path) {
     try {
         QFile file(path);
-        if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly))
-            return {};
+        openRegular(file);
         if (file.size() > maxEditorText * mostBytesOfAUnit)
             return {std::nullopt, editorRefusal({}, file.size())};
         QString text = readAddresses(file, path);

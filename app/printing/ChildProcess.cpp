@@ -15,6 +15,7 @@ namespace {
 constexpr std::chrono::milliseconds glance{50};
 constexpr std::chrono::milliseconds leaving{500}; // what a killed group may take to be gone
 constexpr qsizetype longestReason = 600;
+constexpr QLatin1String noJava("javaldx"); // LibreOffice warns of it where it does no harm
 
 bool isAlive(pid_t group) {
     return kill(-group, 0) == 0;
@@ -56,8 +57,9 @@ bool ChildProcess::isSuccess() const {
 QString ChildProcess::reason() {
     if (m_group == 0)
         return m_process.errorString();
-    const QString words =
-        QString::fromLocal8Bit(m_process.readAllStandardError()).trimmed().right(longestReason);
+    QStringList lines = QString::fromLocal8Bit(m_process.readAllStandardError()).split(u'\n');
+    lines.removeIf([](const QString& line) { return line.contains(noJava); });
+    const QString words = lines.join(u'\n').trimmed().right(longestReason);
     if (m_process.exitStatus() == QProcess::CrashExit)
         return words.isEmpty() ? QStringLiteral("program przerwał pracę")
                                : QStringLiteral("program przerwał pracę: %1").arg(words);

@@ -15,8 +15,8 @@ struct PageRange {
     bool operator==(const PageRange&) const = default;
 };
 
-/// More pages than any printer is sent.
-inline constexpr int lastPossiblePage = 999'999;
+/// The end of a range that has none: more than can be named.
+inline constexpr int lastPossiblePage = 1'000'000;
 
 /// The pages that a user names as in "1-3, 7, 12-" (to the end), in ascending order, none twice;
 /// empty for a blank text, which means all of them. Nothing for a text that is no such list, a page

@@ -3,6 +3,7 @@
 #include "app/printing/PrintError.h"
 
 #include <QFile>
+#include <QFileInfo>
 #include <qpdf/QPDF.hh>
 #include <qpdf/QPDFPageDocumentHelper.hh>
 #include <qpdf/QPDFWriter.hh>
@@ -14,12 +15,12 @@ namespace kopertal {
 namespace {
 
 template <typename Work>
-auto told(const Work& work) {
+auto told(const QString& pdf, const Work& work) {
     try {
         return work();
     } catch (const std::exception& error) {
-        throw PrintError(QStringLiteral("Nie można złożyć stron do druku: %1")
-                             .arg(QString::fromLocal8Bit(error.what())));
+        throw workError(QStringLiteral("Nie można złożyć stron do druku. Spróbuj jeszcze raz."),
+                        QString::fromLocal8Bit(error.what()), QFileInfo(pdf).path());
     }
 }
 
@@ -33,11 +34,11 @@ std::unique_ptr<QPDF> opened(const QString& pdf) {
 } // namespace
 
 int pdfPageCount(const QString& pdf) {
-    return told([&] { return static_cast<int>(opened(pdf)->getAllPages().size()); });
+    return told(pdf, [&] { return static_cast<int>(opened(pdf)->getAllPages().size()); });
 }
 
 void joinPdfPages(const std::vector<PdfPart>& parts, const QString& output) {
-    told([&] {
+    told(output, [&] {
         std::vector<std::unique_ptr<QPDF>> sources; // read from until all is written
         QPDF joined;
         joined.emptyPDF();

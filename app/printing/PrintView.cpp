@@ -217,10 +217,16 @@ void PrintView::offer(const PrintSetup& setup) {
     m_printer->addItems(setup.printers);
     m_printer->setCurrentText(setup.preferredPrinter);
     m_pageCount = setup.pages;
+    showHint();
+    enter(State::choosing, {});
+}
+
+void PrintView::showHint() {
+    morvik::setInvalid(m_pages, false);
     m_hint->setText(m_pageCount > 0
                         ? QStringLiteral("Puste pole: wszystkie (%1).").arg(pageWord(m_pageCount))
                         : QStringLiteral("Puste pole: wszystkie."));
-    enter(State::choosing, {});
+    morvik::setInk(m_hint, Theme::textMuted);
 }
 
 void PrintView::refusePages(const QString& message) {
@@ -243,8 +249,7 @@ void PrintView::print() {
         refusePages(refusal);
         return;
     }
-    morvik::setInvalid(m_pages, false);
-    m_hint->clear();
+    showHint();
     const PrintOrder order{m_document, m_printer->currentText(), m_copies->value(),
                            m_collated->isChecked(), *ranges};
     enter(State::printing, QStringLiteral("Przygotowywanie stron…"));

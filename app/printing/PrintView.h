@@ -51,6 +51,7 @@ private:
     void enter(State state, const QString& status);
     void lookUp();
     void offer(const PrintSetup& setup);
+    void showHint();
     void print();
     void refusePages(const QString& message);
     void finish(const PrintResult& result, const QString& printer);

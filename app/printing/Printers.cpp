@@ -32,12 +32,10 @@ QProcessEnvironment plainWords() {
     return environment;
 }
 
-QString noPrinters(const QString& reason) {
-    QString message = QStringLiteral("System nie ma żadnej drukarki. Dodaj ją w ustawieniach "
-                                     "drukarek; musi też działać system CUPS (pakiet cups).");
-    if (!reason.isEmpty())
-        message += QStringLiteral("\n\nOdpowiedź systemu: %1").arg(reason);
-    return message;
+PrintError noPrinters(const QString& reason) {
+    return PrintError(QStringLiteral("System nie ma żadnej drukarki. Dodaj ją w ustawieniach "
+                                     "drukarek; musi też działać system CUPS (pakiet cups)."),
+                      reason);
 }
 
 } // namespace
@@ -50,7 +48,7 @@ Printers findPrinters(const std::stop_token& stop) {
     waitFor(list, lpstat, lookUpLimit, stop);
     printers.names = QString::fromUtf8(list.output()).split(u'\n', Qt::SkipEmptyParts);
     if (printers.names.isEmpty())
-        throw PrintError(noPrinters(list.isSuccess() ? QString() : list.reason()));
+        throw noPrinters(list.isSuccess() ? QString() : list.reason());
 
     ChildProcess choice(lpstat, {QStringLiteral("-d")}, plainWords());
     waitFor(choice, lpstat, lookUpLimit, stop);
@@ -72,8 +70,10 @@ void sendToPrinter(const QString& pdf, const QString& title, const PrintOrder& o
         QProcessEnvironment::systemEnvironment());
     waitFor(sending, lp, sendingLimit, stop);
     if (!sending.isSuccess())
-        throw PrintError(QStringLiteral("Drukarka „%1” nie przyjęła wydruku: %2")
-                             .arg(order.printer, sending.reason()));
+        throw PrintError(QStringLiteral("Drukarka „%1” nie przyjęła wydruku. Sprawdź jej stan w "
+                                        "ustawieniach drukarek.")
+                             .arg(order.printer),
+                         sending.reason());
 }
 
 } // namespace kopertal

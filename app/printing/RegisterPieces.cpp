@@ -1,6 +1,9 @@
 #include "app/printing/RegisterPieces.h"
 
+#include "app/printing/PrintError.h"
 #include "engine/EngineError.h"
+#include "engine/RegisterDocument.h"
+#include "engine/RegularFile.h"
 #include "engine/XmlTree.h"
 #include "engine/ZipArchive.h"
 
@@ -9,6 +12,7 @@
 
 #include <algorithm>
 #include <array>
+#include <string>
 #include <string_view>
 
 namespace kopertal {
@@ -17,32 +21,66 @@ namespace {
 const auto mainDocumentPart = QStringLiteral("word/document.xml");
 const auto stylesPart = QStringLiteral("word/styles.xml");
 
-/// What makes a page look different when the pages before it are missing.
-constexpr std::array<std::string_view, 12> dependent{
-    "w:fldSimple",        "w:instrText",        "w:numPr",           "w:footnoteReference",
-    "w:endnoteReference", "w:commentReference", "w:headerReference", "w:footerReference",
-    "w:lnNumType",        "w:pgBorders",        "w:altChunk",        "w:subDoc"};
+/// What a filled box holds.
+constexpr std::array<std::string_view, 14> boxed{
+    "w:p", "w:pPr", "w:pStyle", "w:spacing", "w:r",  "w:rPr",  "w:rFonts",
+    "w:b", "w:bCs", "w:sz",     "w:szCs",    "w:br", "w:lang", "w:t"};
 
-/// Looks for what stands in the way of cutting; the library's own traversal needs no stack.
-class Obstacle : public pugi::xml_tree_walker {
+void describe(pugi::xml_node node, int depth, std::string& outline) {
+    outline += std::to_string(depth) + '<' + node.name();
+    for (const pugi::xml_attribute attribute : node.attributes())
+        outline += std::string(" ") + attribute.name() + '=' + attribute.value();
+    outline += std::string(">") + node.value();
+}
+
+/// The outline of what lies below an element; the library's own traversal needs no stack.
+class Outline : public pugi::xml_tree_walker {
 public:
+    Outline(std::string& outline, bool isPageBreakDue)
+        : m_outline(outline), m_isPageBreakDue(isPageBreakDue) {}
+
     bool for_each(pugi::xml_node& node) override {
         const std::string_view name = node.name();
-        m_sections += name == "w:sectPr" ? 1 : 0;
-        isFound = m_sections > 1 || std::ranges::find(dependent, name) != dependent.end();
-        return !isFound;
+        if (m_box >= 0 && depth() > m_box)
+            return belongsInBox(node);
+        m_box = name == "w:txbxContent" ? depth() : -1;
+        if (m_isPageBreakDue && depth() == 1 && name == "w:pageBreakBefore" &&
+            !node.first_attribute())
+            m_isPageBreakDue = false;
+        else
+            describe(node, depth(), m_outline);
+        return true;
     }
 
-    bool isFound = false;
-
 private:
-    int m_sections = 0;
+    static bool belongsInBox(pugi::xml_node node) {
+        return node.type() != pugi::node_element ||
+               (std::ranges::find(boxed, node.name()) != boxed.end() &&
+                !node.attribute("w:type")); // of a break
+    }
+
+    std::string& m_outline;
+    bool m_isPageBreakDue;
+    int m_box = -1; // the depth of the box that is passed through
 };
 
+/// Adds the element's outline; false when there is something in a box that does not belong there.
+bool addOutline(pugi::xml_node element, bool isPageBreakDue, std::string& outline) {
+    describe(element, -1, outline);
+    Outline walker(outline, isPageBreakDue);
+    return element.traverse(walker);
+}
+
 bool breaksPage(pugi::xml_node element) {
-    const pugi::xml_node mark = element.child("w:pPr").child("w:pageBreakBefore");
-    const std::string_view value = mark.attribute("w:val").as_string("1");
-    return mark && isElement(element, "w:p") && value != "0" && value != "false" && value != "off";
+    return isElement(element, "w:p") && element.child("w:pPr").child("w:pageBreakBefore");
+}
+
+/// Null for what is no such document.
+pugi::xml_node parsedBody(pugi::xml_document& tree, const QByteArray& mainDocument) {
+    const auto size = static_cast<size_t>(mainDocument.size());
+    if (!tree.load_buffer(mainDocument.constData(), size, pugi::parse_default, pugi::encoding_utf8))
+        return {};
+    return tree.document_element().child("w:body");
 }
 
 QByteArray readPart(const QString& path) {
@@ -50,55 +88,75 @@ QByteArray readPart(const QString& path) {
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
+void copyDocument(const QString& document, const QString& path) {
+    constexpr qint64 chunkBytes = 1 << 20;
+    const auto refuse = [&](const QString& reason) {
+        throw PrintError(QStringLiteral("Nie można odczytać dokumentu %1.").arg(document), reason);
+    };
+    QFile source(document);
+    try {
+        openRegular(source);
+    } catch (const FileError& error) {
+        refuse(QString::fromUtf8(error.what()));
+    }
+    QFile copy(path);
+    bool isWritten = copy.open(QIODevice::WriteOnly | QIODevice::NewOnly);
+    for (QByteArray chunk; isWritten && !(chunk = source.read(chunkBytes)).isEmpty();)
+        isWritten = copy.write(chunk) == chunk.size() && copy.flush();
+    if (!isWritten)
+        throw FileError(path, copy.errorString());
+    if (source.error() != QFileDevice::NoError)
+        refuse(source.errorString());
+}
+
 } // namespace
 
-std::vector<qsizetype> pageBounds(const QByteArray& mainDocument) {
+std::vector<qsizetype> pageBounds(const QByteArray& mainDocument, const QByteArray& form) {
+    pugi::xml_document formTree;
+    std::string formPage;
+    std::string formSection;
+    for (const pugi::xml_node element : parsedBody(formTree, form))
+        addOutline(element, false, isElement(element, "w:sectPr") ? formSection : formPage);
+
     pugi::xml_document tree;
-    const auto size = static_cast<size_t>(mainDocument.size());
-    if (!tree.load_buffer(mainDocument.constData(), size, pugi::parse_default, pugi::encoding_utf8))
-        return {};
-    pugi::xml_node body = tree.document_element().child("w:body");
+    const pugi::xml_node body = parsedBody(tree, mainDocument);
     const pugi::xml_node section = body.last_child();
-    Obstacle obstacle;
-    body.traverse(obstacle);
-    if (obstacle.isFound || !isElement(section, "w:sectPr"))
+    std::string outline;
+    if (!isElement(section, "w:sectPr") || !addOutline(section, false, outline) ||
+        outline != formSection)
         return {};
 
     std::vector<qsizetype> bounds;
-    std::vector<std::string_view> form; // the elements of the first page
-    std::vector<std::string_view> page;
-    const auto isLikeFirst = [&] {
-        if (bounds.size() == 1)
-            form = page;
-        return page == form;
-    };
     for (pugi::xml_node element = body.first_child(); element != section;
          element = element.next_sibling()) {
-        if (bounds.empty() || breaksPage(element)) {
-            if (!bounds.empty() && !isLikeFirst())
+        const bool isBreak = !bounds.empty() && breaksPage(element);
+        if (bounds.empty() || isBreak) {
+            if (isBreak && outline != formPage)
                 return {};
             bounds.push_back(element.offset_debug() - 1); // counts to the name, behind the "<"
-            page.clear();
+            outline.clear();
         }
-        page.emplace_back(element.name());
+        if (!addOutline(element, isBreak, outline))
+            return {};
     }
-    if (bounds.empty() || !isLikeFirst())
+    if (bounds.empty() || outline != formPage)
         return {};
     bounds.push_back(section.offset_debug() - 1);
     return bounds;
 }
 
 RegisterPieces::RegisterPieces(const QString& document) : m_document(document) {
+    const WorkFolder form;
     try {
         unzipItem(document, m_folder.path());
+        unzipItem(QString(ownTemplate), form.path());
     } catch (const FileError&) {
         return; // whether the word processor can read it is its own affair
     }
-    // A style that numbers paragraphs does so without a trace in the main document.
-    if (readPart(m_folder.filePath(stylesPart)).contains("<w:numPr"))
+    if (readPart(m_folder.filePath(stylesPart)) != readPart(form.filePath(stylesPart)))
         return;
     m_main = readPart(m_folder.filePath(mainDocumentPart));
-    m_bounds = pageBounds(m_main);
+    m_bounds = pageBounds(m_main, readPart(form.filePath(mainDocumentPart)));
 }
 
 int RegisterPieces::pages() const {
@@ -115,9 +173,7 @@ int RegisterPieces::pagesOf(int piece) const {
 
 void RegisterPieces::write(int piece, const QString& path, const std::stop_token& stop) {
     if (count() == 1) {
-        QFile file(m_document);
-        if (!file.copy(path))
-            throw FileError(m_document, file.errorString());
+        copyDocument(m_document, path);
         return;
     }
     const auto first = static_cast<size_t>(piece) * pagesPerPiece;

@@ -17,7 +17,7 @@ namespace kopertal {
 namespace {
 
 void refuseMissing(const QString& document) {
-    if (!QFileInfo::exists(document))
+    if (!QFileInfo(document).isFile())
         throw PrintError(
             QStringLiteral("Dokumentu już nie ma w folderze zapisu: %1").arg(document));
 }
@@ -132,6 +132,11 @@ Result guarded(const Work& work) {
         work(result);
     } catch (const Cancelled&) {
         result.isStopped = true;
+    } catch (const FileError& error) {
+        // The document's own failures are PrintErrors: this is of the program's copies of it.
+        result.error = QString::fromUtf8(
+            temporaryFolderError(QString::fromUtf8(error.what()).section(QStringLiteral(": "), -1))
+                .what());
     } catch (const std::bad_alloc&) {
         result.error = QStringLiteral("Za mało pamięci.");
     } catch (const std::exception& error) {

@@ -4,6 +4,7 @@
 #include "app/printing/PrintError.h"
 #include "engine/EngineError.h"
 
+#include <QCryptographicHash>
 #include <QDeadlineTimer>
 #include <QFileInfo>
 #include <QStandardPaths>
@@ -12,6 +13,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <unistd.h>
 #include <vector>
 
 namespace kopertal {
@@ -20,13 +22,38 @@ namespace {
 constexpr std::chrono::milliseconds glance{40};
 constexpr qsizetype mostAtOnce = 2; // each takes 200 MB
 
+/// Removes the socket at which LibreOffice awaits other starts with its profile, when this object
+/// goes. Whatever TMPDIR says, it stands in /tmp, named after the profile's address, or in /var/tmp
+/// where that cannot be written to; a LibreOffice that is killed, or asked to end, leaves it there.
+class SocketRemoval {
+public:
+    explicit SocketRemoval(const QString& profile) {
+        const QByteArrayView utf16(reinterpret_cast<const char*>(profile.utf16()),
+                                   2 * profile.size());
+        m_name = QStringLiteral("/OSL_PIPE_%1_SingleOfficeIPC_").arg(getuid());
+        for (const char byte : QCryptographicHash::hash(utf16, QCryptographicHash::Md5))
+            m_name += QString::number(static_cast<uchar>(byte), 16); // without leading zeros
+    }
+    ~SocketRemoval() {
+        for (const auto& folder : {QStringLiteral("/tmp"), QStringLiteral("/var/tmp")})
+            QFile::remove(folder + m_name);
+    }
+    SocketRemoval(const SocketRemoval&) = delete;
+    SocketRemoval& operator=(const SocketRemoval&) = delete;
+
+private:
+    QString m_name;
+};
+
 /// One start of LibreOffice with its share of the documents.
 class Renderer {
 public:
     Renderer(const QString& program, const QStringList& documents, const QString& folder,
              qsizetype number, std::chrono::milliseconds patience)
         : m_documents(documents),
+          m_folder(folder),
           m_patience(patience),
+          m_socket(profile(folder, number)),
           m_process(program, arguments(documents, folder, number), environment(folder)),
           m_limit(patience) {}
 
@@ -38,8 +65,10 @@ public:
         });
         if (isEnded) {
             if (!m_process.isSuccess() || begun < m_documents.size())
-                throw PrintError(QStringLiteral("LibreOffice nie przygotował stron do druku: %1")
-                                     .arg(m_process.reason()));
+                throw workError(
+                    QStringLiteral("LibreOffice nie przygotował stron do druku. Dokument może być "
+                                   "uszkodzony: otwórz go i zapisz albo stwórz kopertal od nowa."),
+                    m_process.reason(), m_folder);
             m_isEnded = true;
             return begun;
         }
@@ -47,7 +76,7 @@ public:
             m_begun = begun;
             m_limit = QDeadlineTimer(m_patience);
         } else if (m_limit.hasExpired()) {
-            throw PrintError(QStringLiteral("LibreOffice nie odpowiada."));
+            throw PrintError(QStringLiteral("LibreOffice nie odpowiada. Spróbuj jeszcze raz."));
         }
         return std::max<qsizetype>(0, begun - 1); // the last one may be half-written
     }
@@ -55,12 +84,15 @@ public:
     bool isEnded() const { return m_isEnded; }
 
 private:
+    static QString profile(const QString& folder, qsizetype number) {
+        const QUrl url =
+            QUrl::fromLocalFile(QStringLiteral("%1/profile-%2").arg(folder).arg(number));
+        return QString::fromLatin1(url.toEncoded());
+    }
+
     static QStringList arguments(const QStringList& documents, const QString& folder,
                                  qsizetype number) {
-        const QUrl profile =
-            QUrl::fromLocalFile(QStringLiteral("%1/profile-%2").arg(folder).arg(number));
-        return QStringList{QStringLiteral("-env:UserInstallation=") +
-                               QString::fromLatin1(profile.toEncoded()),
+        return QStringList{QStringLiteral("-env:UserInstallation=") + profile(folder, number),
                            QStringLiteral("--headless"),
                            QStringLiteral("--norestore"),
                            QStringLiteral("--convert-to"),
@@ -78,7 +110,9 @@ private:
     }
 
     QStringList m_documents;
+    QString m_folder;
     std::chrono::milliseconds m_patience;
+    SocketRemoval m_socket; // after the process's end
     ChildProcess m_process;
     QDeadlineTimer m_limit;
     qsizetype m_begun = 0;

@@ -1,6 +1,6 @@
 #include "app/shell/ErrorAlert.h"
 
-#include "ui/Icons.h"
+#include "app/shell/PlainAlert.h"
 #include "ui/MorvikTheme.h"
 
 #include <QApplication>
@@ -19,19 +19,11 @@ QWidget* mainWindow() {
 }
 
 void openAlert(const QString& message) {
-    constexpr int iconSize = 40;
-    const QString title = QStringLiteral("Błąd");
-    auto* alert = new QMessageBox(mainWindow());
-    alert->setAttribute(Qt::WA_DeleteOnClose);
+    const auto title = QStringLiteral("Błąd");
+    QMessageBox* alert =
+        plainAlert(mainWindow(), title, message, QStringLiteral("exclamationmark.triangle.fill"),
+                   morvik::MorvikTheme::Colors::error);
     alert->setWindowTitle(title);
-    alert->setTextFormat(Qt::PlainText);
-    alert->setText(title);
-    alert->setInformativeText(message);
-    alert->setIcon(QMessageBox::Critical);
-    alert->setIconPixmap(morvik::iconPixmap(QStringLiteral("exclamationmark.triangle.fill"),
-                                            iconSize, morvik::MorvikTheme::Colors::error,
-                                            alert->devicePixelRatioF()));
-    alert->setStandardButtons(QMessageBox::Ok);
     alert->setWindowModality(Qt::ApplicationModal);
     alert->show();
 }

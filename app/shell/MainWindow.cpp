@@ -5,6 +5,7 @@
 #include "app/sender/SenderSetupView.h"
 #include "app/settings/AppSettings.h"
 #include "app/shell/ErrorAlert.h"
+#include "ui/RaiseWindow.h"
 #include "ui/Sheet.h"
 
 #include <QActionGroup>
@@ -99,6 +100,7 @@ void MainWindow::addApplicationMenu() {
     QAction* quit =
         m_applicationMenu->addAction(QStringLiteral("&Zakończ"), this, &MainWindow::close);
     quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    quit->setShortcutContext(Qt::ApplicationShortcut);
     quit->setMenuRole(QAction::QuitRole);
 }
 
@@ -180,16 +182,11 @@ void MainWindow::showSettings() {
         m_settingsWindow = form;
         form->firstField()->setFocus();
     }
-    m_settingsWindow->show();
-    m_settingsWindow->raise();
-    m_settingsWindow->activateWindow();
+    morvik::raiseWindow(m_settingsWindow);
 }
 
 void MainWindow::raiseToFront() {
-    setWindowState(windowState() & ~Qt::WindowMinimized);
-    show();
-    raise();
-    activateWindow();
+    morvik::raiseWindow(this);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

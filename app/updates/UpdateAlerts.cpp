@@ -1,8 +1,8 @@
 #include "app/updates/UpdateAlerts.h"
 
+#include "app/shell/PlainAlert.h"
 #include "app/updates/UpdateView.h"
 #include "app/updates/Updater.h"
-#include "ui/Icons.h"
 #include "ui/MorvikTheme.h"
 #include "ui/OpenAddress.h"
 
@@ -33,17 +33,11 @@ void UpdateAlerts::showUpdate(const Release& release, bool isAskedFor) {
 }
 
 void UpdateAlerts::tell(const QString& title, const QString& message, const QString& icon) {
-    constexpr int iconSize = 40;
     namespace Colors = morvik::MorvikTheme::Colors;
     const bool isGood = icon.startsWith(QStringLiteral("checkmark"));
-    auto* box = new QMessageBox(m_window);
+    QMessageBox* box =
+        plainAlert(m_window, title, message, icon, isGood ? Colors::success : Colors::error);
     box->setWindowTitle(QStringLiteral("Aktualizacje — Kopertal"));
-    box->setTextFormat(Qt::PlainText);
-    box->setText(title);
-    box->setInformativeText(message);
-    box->setIconPixmap(morvik::iconPixmap(icon, iconSize, isGood ? Colors::success : Colors::error,
-                                          m_window->devicePixelRatioF()));
-    box->setStandardButtons(QMessageBox::Ok);
     box->setWindowModality(Qt::NonModal);
     replaceDialog(box, true);
 }

@@ -1,8 +1,10 @@
 #include "app/addresses/AddressTextEditor.h"
 #include "app/addresses/AddressView.h"
 #include "app/help/HelpView.h"
+#include "app/sender/SenderSetupView.h"
 #include "app/settings/AppSettings.h"
 #include "app/shell/AppDelegate.h"
+#include "app/shell/ErrorAlert.h"
 #include "app/shell/FrameCommands.h"
 #include "app/shell/FrameTexts.h"
 #include "app/shell/MainWindow.h"
@@ -188,6 +190,56 @@ private Q_SLOTS:
         QCOMPARE(namelessParts(), QStringList());
         pressKeys({"Escape"});
         QTRY_VERIFY(!openHelp());
+    }
+
+    void openWindowsComeOutOfTheTaskBar() {
+        const auto opened = [this](QAction* action) {
+            action->trigger();
+            QWidget* window = nullptr;
+            for (QWidget* each : QApplication::topLevelWidgets()) {
+                if (each->isVisible() && each != m_window.get() && !qobject_cast<QMenu*>(each))
+                    window = each;
+            }
+            return window;
+        };
+        const QList<QAction*> items = m_window->applicationMenu()->actions();
+        for (QAction* action : {items.at(0), items.at(3), m_window->helpMenu()->actions().at(0)}) {
+            QWidget* window = opened(action);
+            QVERIFY(window);
+            QTRY_VERIFY(window->isActiveWindow());
+            window->showMinimized();
+            QTRY_VERIFY(!window->isActiveWindow());
+            QCOMPARE(opened(action), window);
+            QTRY_VERIFY(window->isActiveWindow() && !window->isMinimized());
+            window->close();
+            QTRY_VERIFY(!window->isVisible());
+        }
+    }
+
+    void keysWorkInTheSettings() {
+        m_window->showSettings();
+        QWidget* settings = openWindow<SenderSetupView>();
+        QVERIFY(settings);
+        QTRY_VERIFY(settings->isActiveWindow());
+        pressKeys({"F1"});
+        QTRY_VERIFY(openHelp());
+        m_window->showSettings();
+        QTRY_VERIFY(settings->isActiveWindow());
+        pressKeys({"ctrl+q"});
+        QTRY_VERIFY(!m_window->isVisible());
+    }
+
+    void wordsOfOthersAreShownAsTheyAre() {
+        const QString words = QStringLiteral("<h1>&amp; <b>x</b>\n").repeated(300);
+        showError(words);
+        QTRY_VERIFY(openWindow<QMessageBox>());
+        const auto* alert = openWindow<QMessageBox>();
+        for (const auto* label : alert->findChildren<QLabel*>())
+            QCOMPARE(label->textFormat(), Qt::PlainText);
+        QVERIFY(words.startsWith(alert->informativeText().chopped(1)));
+        QVERIFY(alert->height() < m_window->screen()->availableGeometry().height());
+        pressKeys({"Return"});
+        QTRY_VERIFY(!openWindow<QMessageBox>());
     }
 
     void theHelpKnowsNoVersion() {

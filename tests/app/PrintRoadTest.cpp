@@ -106,6 +106,20 @@ private Q_SLOTS:
         QCOMPARE(m_cups->jobs(), 0);
     }
 
+    void theFormComesBackAfterAFailure() {
+        m_cups->addProgram(QStringLiteral("soffice"), QStringLiteral("exit 1"));
+        openForm();
+        const auto* form = button(QStringLiteral("Drukuj"))->parentWidget();
+        const QSize size = form->size();
+        pressKeys({"Return"});
+        QTRY_VERIFY_WITH_TIMEOUT(alert(), 20000);
+        pressKeys({"Return"});
+        QTRY_VERIFY(!alert());
+        QTRY_COMPARE(form->size(), size);
+        QTRY_COMPARE(form->parentWidget()->size(), size); // nothing is scrolled
+        QVERIFY(showsText(QStringLiteral("Puste pole: wszystkie (12 stron).")));
+    }
+
     void failuresAreShown_data() {
         QTest::addColumn<QString>("obstacle");
         QTest::addColumn<QString>("message");

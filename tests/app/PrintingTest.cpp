@@ -10,9 +10,11 @@
 
 #include <QDirIterator>
 #include <QElapsedTimer>
+#include <QProcess>
 #include <QTest>
 
 #include <memory>
+#include <sys/stat.h>
 
 using namespace kopertal;
 using namespace kopertal::test;
@@ -42,6 +44,19 @@ void edit(const QString& path, const std::function<void(QByteArray&)>& change) {
     QVERIFY(writeArchive(path, entries));
 }
 
+/// Opens the document in LibreOffice and saves it in its place.
+void saveByWordProcessor(const QString& path) {
+    const WorkFolder folder;
+    QProcess process;
+    process.start(findWordProcessor(),
+                  {QStringLiteral("-env:UserInstallation=file://") + folder.path(),
+                   QStringLiteral("--headless"), QStringLiteral("--convert-to"),
+                   QStringLiteral("docx"), QStringLiteral("--outdir"), folder.path(), path});
+    QVERIFY(process.waitForFinished(120000));
+    QVERIFY(QFile::remove(path));
+    QVERIFY(QFile::copy(folder.filePath(QFileInfo(path).fileName()), path));
+}
+
 /// The page numbers of what was printed, as they stand on the paper, each with its recipient's.
 QStringList printedNumbers(const QString& pdf) {
     QStringList numbers;
@@ -63,14 +78,36 @@ QStringList expectedNumbers(int pages, int first, int last) {
     return numbers;
 }
 
-/// Processes whose command names the folder.
-int processesIn(const QString& folder) {
-    int count = 0;
+/// The folders in /proc of processes whose command names the folder.
+QStringList processesIn(const QString& folder) {
+    QStringList processes;
     for (QDirIterator each(QStringLiteral("/proc"), QDir::Dirs); each.hasNext();) {
         QFile command(each.next() + QStringLiteral("/cmdline"));
-        count += command.open(QIODevice::ReadOnly) && command.readAll().contains(folder.toUtf8());
+        if (command.open(QIODevice::ReadOnly) && command.readAll().contains(folder.toUtf8()))
+            processes += each.filePath();
     }
-    return count;
+    return processes;
+}
+
+/// The files at which these processes await others.
+QStringList socketFiles(const QStringList& processes) {
+    QFile table(QStringLiteral("/proc/net/unix"));
+    QStringList files;
+    if (!table.open(QIODevice::ReadOnly))
+        return files;
+    const QStringList sockets = QString::fromUtf8(table.readAll()).split(u'\n');
+    for (const QString& process : processes) {
+        for (QDirIterator each(process + QStringLiteral("/fd"), QDir::System); each.hasNext();) {
+            const QString inode =
+                QFile::symLinkTarget(each.next()).section(u'[', 1).section(u']', 0, 0);
+            for (const QString& socket : sockets) {
+                const QStringList fields = socket.simplified().split(u' ');
+                if (fields.value(6) == inode && fields.value(7).startsWith(u'/'))
+                    files += fields.value(7);
+            }
+        }
+    }
+    return files;
 }
 
 const auto quiet = [](int, int) {};
@@ -89,7 +126,7 @@ private Q_SLOTS:
 
     void cleanup() {
         QCOMPARE(m_cups->leftBehind(), QStringList());
-        QCOMPARE(processesIn(m_cups->temporary()), 0);
+        QCOMPARE(processesIn(m_cups->temporary()), QStringList());
         m_cups.reset();
     }
 
@@ -106,7 +143,7 @@ private Q_SLOTS:
         add("11-", "11 12 ");
         add("11 - 12", "11 12 ");
         for (const char* refused : {"0", "3-1", "1,", ",", "-3", "a", "1 2", "1-2-3", "1;2",
-                                    "9999999", "٣", "13", "11-13"})
+                                    "9999999", "٣", "13", "11-13", "1-999999"})
             add(refused, "-");
     }
 
@@ -125,40 +162,52 @@ private Q_SLOTS:
     void documentsAreCut_data() {
         QTest::addColumn<QByteArray>("body");
         QTest::addColumn<int>("pages"); // 0: not to be cut
-        const QByteArray first = "<w:p><w:r/></w:p><w:tbl/>";
-        const auto next = [](const char* mark) {
-            return QByteArray("<w:p><w:pPr>") + mark + "</w:pPr></w:p><w:tbl/>";
+        const auto page = [](const char* mark, const char* box = "<w:p><w:r><w:br/></w:r></w:p>") {
+            return QByteArray("<w:p><w:pPr>") + mark + "</w:pPr><w:r><w:txbxContent>" + box +
+                   "</w:txbxContent></w:r></w:p><w:tbl w=\"1\"><w:t>Lp.</w:t></w:tbl>";
         };
-        const QByteArray second = next("<w:pageBreakBefore/>");
-        const QByteArray end = "<w:sectPr/>";
-        QTest::newRow("one") << first + end << 1;
-        QTest::newRow("three") << first + "<!-- <w:p> -->" + second + '\n' + second + end << 3;
-        QTest::newRow("a mark that is off")
-            << first + next("<w:pageBreakBefore w:val=\"0\"/>") + end << 1;
-        QTest::newRow("pages differ") << first + second + "<w:p/>" + second + end << 0;
-        QTest::newRow("the last page differs") << first + second + "<w:p/>" + end << 0;
-        QTest::newRow("another section")
-            << first + next("<w:pageBreakBefore/><w:sectPr/>") + end << 0;
-        QTest::newRow("a field") << first + "<w:p><w:fldSimple w:instr=\"PAGE\"/></w:p>" + second +
-                                        "<w:p/>" + end
-                                 << 0;
-        QTest::newRow("a footer") << first + second + "<w:sectPr><w:footerReference/></w:sectPr>"
-                                  << 0;
-        QTest::newRow("no section") << first + second << 0;
-        QTest::newRow("empty") << end << 0;
-        QTest::newRow("damaged") << QByteArray("<w:p>") << 0;
+        const QByteArray first = page("");
+        const QByteArray next = page("<w:pageBreakBefore/>", "<w:p/><w:p><w:t>Żak</w:t></w:p>");
+        const QByteArray end = "<w:sectPr><w:pgSz w=\"2\"/></w:sectPr>";
+        const auto add = [](const char* name, const QByteArray& body, int pages) {
+            QTest::newRow(name) << body << pages;
+        };
+        add("one", first + end, 1);
+        add("three", first + "<!-- <w:p> -->" + next + '\n' + next + end, 3);
+        add("a mark that is off", first + page("<w:pageBreakBefore w:val=\"0\"/>") + end, 0);
+        add("a mark on the first page", next + next + end, 0);
+        add("one page with another paragraph", first + "<w:p/>" + end, 0);
+        add("pages differ", first + next + "<w:p/>" + next + end, 0);
+        add("the last page differs", first + next + "<w:p/>" + end, 0);
+        add("pages are alike, but not the form's", first + "<w:p/>" + next + "<w:p/>" + end, 0);
+        for (const char* change : {"</w:pPr><w:r><w:br w:type=\"page\"/></w:r>|</w:pPr>",
+                                   "<w:t>Dłuższe|<w:t>", "w=\"3\"|w=\"1\"", "w=\"3\"|w=\"2\""}) {
+            const QList<QByteArray> words = QByteArray(change).split('|');
+            add(change, QByteArray(first + next + end).replace(words[1], words[0]), 0);
+        }
+        add("a field in a box", first + page("<w:pageBreakBefore/>", "<w:fldSimple/>") + end, 0);
+        add("a page break in a box",
+            first + page("<w:pageBreakBefore/>", "<w:p><w:r><w:br w:type=\"page\"/></w:r></w:p>") +
+                end,
+            0);
+        add("no section", first + next, 0);
+        add("empty", end, 0);
+        add("damaged", "<w:p>", 0);
     }
 
     void documentsAreCut() {
         QFETCH(QByteArray, body);
         QFETCH(int, pages);
-        const QByteArray document =
-            "\xEF\xBB\xBF<w:document a='ą'><w:body>" + body + "</w:body></w:document>";
-        const std::vector<qsizetype> bounds = pageBounds(document);
+        const auto document = [](const QByteArray& content) {
+            return "\xEF\xBB\xBF<w:document a='ą'><w:body>" + content + "</w:body></w:document>";
+        };
+        const QByteArray main = document(body);
+        const std::vector<qsizetype> bounds = pageBounds(
+            main, document("<w:p> <w:pPr/><w:r><w:txbxContent/></w:r></w:p><w:tbl w='1'>"
+                           "<w:t>Lp.</w:t></w:tbl>\n<w:sectPr><w:pgSz w='2'/></w:sectPr>"));
         QCOMPARE(static_cast<int>(bounds.size()), pages == 0 ? 0 : pages + 1);
         for (const qsizetype bound : bounds)
-            QVERIFY(
-                document.sliced(bound).startsWith(bound == bounds.back() ? "<w:sectPr" : "<w:p>"));
+            QVERIFY(main.sliced(bound).startsWith(bound == bounds.back() ? "<w:sectPr" : "<w:p>"));
     }
 
     void printsPages_data() {
@@ -225,38 +274,52 @@ private Q_SLOTS:
     }
 
     void changedDocumentsPrintAsTheyAre_data() {
-        QTest::addColumn<QByteArray>("before"); // on the second page
+        QTest::addColumn<QByteArray>("before"); // on the second page; empty: saved by LibreOffice
         QTest::addColumn<QByteArray>("inserted");
-        QTest::addColumn<int>("known");
-        QTest::addColumn<QStringList>("numbers"); // of the pages 3, 4 and from 12 on
-        QTest::newRow("it cannot be cut") << QByteArray("<w:tbl>") << QByteArray("<w:p/>") << 0
-                                          << QStringList{"3/12 3", "4/12 4", "12/12 12"};
+        QTest::addColumn<QString>("pages");
+        QTest::addColumn<QStringList>("numbers"); // none: there are no such pages
+        const QStringList asBefore{"3/12 3", "4/12 4", "12/12 12"};
+        const QByteArray run("<w:r>");
+        const QByteArray pageBreak("<w:r><w:br w:type=\"page\"/></w:r>");
+        QTest::newRow("a paragraph more")
+            << QByteArray("<w:tbl>") << QByteArray("<w:p/>") << "3-4,12-" << asBefore;
+        QTest::newRow("saved by LibreOffice")
+            << QByteArray() << QByteArray() << "3-4,12-" << asBefore;
+        // A page has one number, whatever else is printed.
         QTest::newRow("pages have moved")
-            << QByteArray("<w:r>") << QByteArray("<w:r><w:br w:type=\"page\"/></w:r>") << 12
+            << run << pageBreak << "3-4,12-"
             << QStringList{"2/12 2", "3/12 3", "11/12 11", "12/12 12"};
+        QTest::newRow("only the last") << run << pageBreak << "13" << QStringList{"12/12 12"};
+        QTest::newRow("beyond it") << run << pageBreak << "14" << QStringList();
     }
 
     void changedDocumentsPrintAsTheyAre() {
         QFETCH(QByteArray, before);
         QFETCH(QByteArray, inserted);
+        QFETCH(QString, pages);
+        QFETCH(QStringList, numbers);
         const QString document = m_folder->filePath(QStringLiteral("a.docx"));
         makeRegister(document, 12);
-        bool isEdited = false;
-        edit(document, [&](QByteArray& main) {
-            const qsizetype second = main.indexOf("<w:pageBreakBefore");
-            const qsizetype place = main.indexOf(before, second);
-            isEdited = second >= 0 && place >= 0;
-            if (isEdited)
-                main.insert(place, inserted);
-        });
+        bool isEdited = before.isEmpty();
+        if (isEdited)
+            saveByWordProcessor(document);
+        else
+            edit(document, [&](QByteArray& main) {
+                const qsizetype second = main.indexOf("<w:pageBreakBefore");
+                const qsizetype place = main.indexOf(before, second);
+                isEdited = second >= 0 && place >= 0;
+                if (isEdited)
+                    main.insert(place, inserted);
+            });
         QVERIFY(isEdited);
         const PrintSetup setup = m_work.lookUp(document, {});
-        QTEST(setup.pages, "known");
+        QCOMPARE(setup.error, QString());
+        QCOMPARE(setup.pages, 0);
         const PrintResult result = m_work.print(
-            {document, QStringLiteral("Biuro"), 1, true, {{3, 4}, {12, lastPossiblePage}}}, quiet,
-            {});
-        QCOMPARE(result.error, QString());
-        QTEST(printedNumbers(m_cups->pdf(1)), "numbers");
+            {document, QStringLiteral("Biuro"), 1, true, *pageRanges(pages)}, quiet, {});
+        QCOMPARE(result.error, numbers.isEmpty() ? pageRangesRefusal({{14, 14}}, 13) : QString());
+        if (!numbers.isEmpty())
+            QCOMPARE(printedNumbers(m_cups->pdf(1)), numbers);
     }
 
     void failuresAreTold_data() {
@@ -266,17 +329,18 @@ private Q_SLOTS:
             QTest::newRow(obstacle) << QString::fromUtf8(obstacle) << QString::fromUtf8(message);
         };
         add("no document", "Dokumentu już nie ma w folderze zapisu: ");
+        add("a pipe", "Dokumentu już nie ma w folderze zapisu: ");
+        add("no temporary folder", "W folderze plików tymczasowych /proc/tmp nie można zapisać");
         add("no LibreOffice",
             "Zainstaluj pakiet libreoffice-writer albo libreoffice-writer-nogui.");
         add("no lp", "Zainstaluj pakiety cups i cups-client (brak programu „lp”).");
         add("no printers", "System nie ma żadnej drukarki. Dodaj ją w ustawieniach drukarek");
         add("no scheduler", "lpstat: Bad file descriptor");
         add("no such page", "Liczba jego stron: 1.");
-        add("the printer refuses",
-            "Drukarka „Biuro” nie przyjęła wydruku: lp: Kolejka „Biuro” stoi");
-        add("a crash", "LibreOffice nie przygotował stron do druku: program przerwał pracę: ojej");
-        add("no output", "LibreOffice nie przygotował stron do druku: Error: source file");
-        add("a damaged output", "Nie można złożyć stron do druku: ");
+        add("the printer refuses", "ustawieniach drukarek.\n\nSzczegóły: lp: Kolejka „Biuro” stoi");
+        add("a crash", "stwórz kopertal od nowa.\n\nSzczegóły: program przerwał pracę: ojej");
+        add("no output", "Szczegóły: Error: <strony-0.docx>");
+        add("a damaged output", "jeszcze raz.\n\nSzczegóły: strony-0.pdf");
     }
 
     void failuresAreTold() {
@@ -291,6 +355,10 @@ private Q_SLOTS:
         PrintOrder order{document, QStringLiteral("Biuro"), 1, true, {}};
         if (is("no document"))
             QVERIFY(QFile::remove(document));
+        if (is("a pipe"))
+            QVERIFY(QFile::remove(document) && mkfifo(QFile::encodeName(document), 0600) == 0);
+        if (is("no temporary folder"))
+            qputenv("TMPDIR", "/proc/tmp");
         if (is("no LibreOffice") || is("no lp"))
             qputenv("PATH", QFile::encodeName(m_cups->programs()));
         if (is("no lp")) {
@@ -309,13 +377,15 @@ private Q_SLOTS:
         if (is("a crash"))
             soffice("echo ojej >&2; kill -SEGV $$");
         if (is("no output"))
-            soffice("echo 'Error: source file could not be loaded' >&2");
+            soffice("for file; do :; done; echo Warning: failed to launch javaldx >&2;"
+                    "echo \"Error: <file://$file>\" >&2");
         if (is("a damaged output"))
             soffice("for file; do :; done; echo %PDF-1.7 >\"${file%.docx}.pdf\"");
         QString error = m_work.lookUp(document, {}).error;
         if (error.isEmpty())
             error = m_work.print(order, quiet, {}).error;
         QVERIFY2(error.contains(message), qPrintable(error));
+        QVERIFY2(!error.contains(m_cups->temporary()), qPrintable(error));
         QCOMPARE(m_cups->jobs(), 0);
     }
 
@@ -334,20 +404,22 @@ private Q_SLOTS:
         const QString document = m_folder->filePath(QStringLiteral("a.docx"));
         makeRegister(document, 30);
         std::stop_source stop;
-        int running = 0;
+        QStringList sockets;
         QElapsedTimer sinceStop;
         const PrintResult result = m_work.print(
             {document, QStringLiteral("Biuro"), 1, true, {}},
             [&](int ready, int) {
                 if (ready == 0 || stop.stop_requested())
                     return;
-                running = processesIn(m_cups->temporary());
+                sockets = socketFiles(processesIn(m_cups->temporary()));
                 stop.request_stop();
                 sinceStop.start();
             },
             stop.get_token());
         QVERIFY(result.isStopped);
-        QVERIFY(running > 0);
+        QVERIFY(!sockets.isEmpty());
+        for (const QString& socket : sockets)
+            QVERIFY2(!QFile::exists(socket), qPrintable(socket));
         QVERIFY2(sinceStop.elapsed() < 3000, qPrintable(QString::number(sinceStop.elapsed())));
         QCOMPARE(m_cups->jobs(), 0);
     }

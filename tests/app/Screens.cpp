@@ -13,6 +13,7 @@
 #include "app/shell/FrameCommands.h"
 #include "app/shell/FrameTexts.h"
 #include "app/shell/MainWindow.h"
+#include "app/shell/PlainAlert.h"
 #include "app/shell/WaitingThreads.h"
 #include "app/updates/UpdateView.h"
 #include "app/updates/Updater.h"
@@ -23,12 +24,14 @@
 #include "ui/LimeActionButton.h"
 #include "ui/MorvikAboutCommand.h"
 #include "ui/MorvikStyle.h"
+#include "ui/MorvikTheme.h"
 #include "ui/Sheet.h"
 
 #include <QApplication>
 #include <QFile>
 #include <QLineEdit>
 #include <QMenu>
+#include <QMessageBox>
 #include <QScrollBar>
 #include <QSemaphore>
 #include <QSpinBox>
@@ -67,7 +70,8 @@ void openSuccess(MainWindow& window) {
     sheet->open(view->defaultButton());
 }
 
-/// Knows two printers, and never gets further than to the middle of a document.
+/// Knows two printers, and gets no further than to the middle of a document; two copies are
+/// printed, three fail.
 class HalfPrinting : public PrintWork {
 public:
     PrintSetup lookUp(const QString&, const std::stop_token&) override {
@@ -85,6 +89,8 @@ public:
         progress(10, 23);
         while (order.copies == 1 && !stop.stop_requested())
             QThread::msleep(10);
+        if (order.copies == 3)
+            result.error = QStringLiteral("LibreOffice nie odpowiada.");
         return result;
     }
 };
@@ -111,8 +117,12 @@ bool savePrinting(Screens& screens, MainWindow& window) {
     sheet = new morvik::Sheet(again, QStringLiteral("Drukowanie"), &window);
     sheet->open(again->defaultButton());
     QTest::qWait(200);
-    again->findChild<QSpinBox*>()->setValue(2);
+    auto* copies = again->findChild<QSpinBox*>();
+    copies->setValue(3);
     pages = again->findChild<QLineEdit*>(QStringLiteral("pages"));
+    enter("");
+    isSaved &= screens.save(window, QStringLiteral("print-failed"));
+    copies->setValue(2);
     enter("");
     isSaved &= screens.save(window, QStringLiteral("print-sent"));
     sheet->dismiss();
@@ -259,6 +269,14 @@ int main(int argc, char** argv) {
     isSaved &= screens.save(window, QStringLiteral("success"));
     isSaved &= saveFrame(screens);
     isSaved &= savePrinting(screens, window);
+    QMessageBox* alert = plainAlert(
+        &window, QStringLiteral("Błąd"),
+        QStringLiteral("LibreOffice nie przygotował stron do druku. Dokument może być uszkodzony: "
+                       "otwórz go i zapisz albo stwórz kopertal od nowa.\n\nSzczegóły: Error: ") +
+            QStringLiteral("<b>source</b> file could not be loaded. ").repeated(100),
+        QStringLiteral("exclamationmark.triangle.fill"), morvik::MorvikTheme::Colors::error);
+    isSaved &= screens.save(*alert, QStringLiteral("alert"));
+    alert->close();
     SenderSetupView form(settings, true);
     isSaved &= screens.save(form, QStringLiteral("settings"));
     return isSaved ? 0 : 1;
