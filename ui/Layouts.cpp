@@ -2,6 +2,9 @@
 
 #include "ui/LimeActionButton.h"
 
+#include <QApplication>
+#include <QIcon>
+#include <QLabel>
 #include <QVBoxLayout>
 
 namespace morvik {
@@ -40,6 +43,18 @@ QHBoxLayout* actionRow(const QList<LimeActionButton*>& buttons) {
     row->setSpacing(actionGap);
     for (LimeActionButton* button : buttons)
         row->addWidget(button, 1);
+    return row;
+}
+
+QHBoxLayout* beside(const QIcon& icon, int pixels, QLayout* words) {
+    auto* row = new QHBoxLayout;
+    row->setSpacing(16);
+    if (!icon.isNull()) {
+        auto* picture = new QLabel;
+        picture->setPixmap(icon.pixmap(QSize(pixels, pixels), qApp->devicePixelRatio()));
+        row->addWidget(picture);
+    }
+    row->addLayout(words, 1);
     return row;
 }
 

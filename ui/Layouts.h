@@ -4,6 +4,8 @@
 #include <QList>
 
 class QHBoxLayout;
+class QIcon;
+class QLayout;
 class QVBoxLayout;
 class QWidget;
 
@@ -17,6 +19,9 @@ QVBoxLayout* paneColumn(QWidget* pane, QHBoxLayout* header);
 
 /// A hairline from side to side.
 QWidget* makeDivider(const QColor& color);
+
+/// `words` to the right of the icon, which is left out when it is null.
+QHBoxLayout* beside(const QIcon& icon, int pixels, QLayout* words);
 
 /// Action buttons side by side, equally wide, as at the foot of a sheet.
 QHBoxLayout* actionRow(const QList<LimeActionButton*>& buttons);

@@ -4,6 +4,7 @@
 #include "app/shell/Theme.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"
+#include "ui/Layouts.h"
 #include "ui/LinkButton.h"
 #include "ui/MorvikHelpCommands.h"
 #include "ui/Tones.h"
@@ -39,16 +40,7 @@ QLayout* makeHeader() {
         plainLabel(QStringLiteral("Wersja ") + (version.isEmpty() ? QStringLiteral("?") : version),
                    morvik::smallFont(), morvik::Tones::secondaryLabel));
     words->addStretch();
-    auto* row = new QHBoxLayout;
-    row->setSpacing(16);
-    const QIcon icon = QApplication::windowIcon();
-    if (!icon.isNull()) {
-        auto* picture = new QLabel;
-        picture->setPixmap(icon.pixmap(QSize(iconSize, iconSize), qApp->devicePixelRatio()));
-        row->addWidget(picture);
-    }
-    row->addLayout(words, 1);
-    return row;
+    return morvik::beside(QApplication::windowIcon(), iconSize, words);
 }
 
 QWidget* makeShortcuts() {

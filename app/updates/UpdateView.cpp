@@ -4,6 +4,7 @@
 #include "app/updates/UpdateFeed.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"
+#include "ui/Layouts.h"
 #include "ui/LimeActionButton.h"
 #include "ui/LimeBorderedButton.h"
 #include "ui/SectionCard.h"
@@ -45,16 +46,7 @@ QLayout* makeHeader(const QString& versions) {
                                           morvik::sheetTitleFont(), Theme::textMain));
     words->addWidget(morvik::wrappedLabel(versions, morvik::textFont(), Theme::textMuted));
     words->addStretch();
-    auto* row = new QHBoxLayout;
-    row->setSpacing(16);
-    const QIcon icon = QApplication::windowIcon();
-    if (!icon.isNull()) {
-        auto* picture = new QLabel;
-        picture->setPixmap(icon.pixmap(QSize(iconSize, iconSize), qApp->devicePixelRatio()));
-        row->addWidget(picture);
-    }
-    row->addLayout(words, 1);
-    return row;
+    return morvik::beside(QApplication::windowIcon(), iconSize, words);
 }
 
 } // namespace

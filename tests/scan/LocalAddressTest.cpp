@@ -1,10 +1,11 @@
 #include "scan/LocalAddress.h"
 
+#include "tests/support/OwnBus.h"
+
 #include <QDBusConnection>
 #include <QElapsedTimer>
 #include <QHostAddress>
 #include <QLocalServer>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QThread>
@@ -78,15 +79,11 @@ class LocalAddressTest : public QObject {
 private Q_SLOTS:
     /// A bus of the test's own in the system bus's place.
     void initTestCase() {
-        m_bus.start(QStringLiteral("dbus-daemon"),
-                    {"--session", "--nofork", "--print-address",
-                     "--address=unix:path=" + m_folder.filePath(QStringLiteral("bus"))});
-        QVERIFY(m_bus.waitForReadyRead());
-        const QByteArray address = m_bus.readLine().trimmed();
-        qputenv("DBUS_SYSTEM_BUS_ADDRESS", address);
+        const QString address = m_bus.start();
+        QVERIFY(!address.isEmpty());
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", address.toUtf8());
 
-        QDBusConnection bus =
-            QDBusConnection::connectToBus(QString::fromUtf8(address), QStringLiteral("responder"));
+        QDBusConnection bus = QDBusConnection::connectToBus(address, QStringLiteral("responder"));
         QVERIFY(bus.registerService(QStringLiteral("org.freedesktop.Avahi")));
         QVERIFY(
             bus.registerObject(QStringLiteral("/"), &m_responder, QDBusConnection::ExportAllSlots));
@@ -97,8 +94,7 @@ private Q_SLOTS:
     void cleanupTestCase() {
         m_thread.quit();
         m_thread.wait();
-        m_bus.kill();
-        m_bus.waitForFinished();
+        m_bus.stop();
     }
 
     void takesTheAnnouncedName() {
@@ -168,7 +164,7 @@ private Q_SLOTS:
 
 private:
     QTemporaryDir m_folder;
-    QProcess m_bus;
+    kopertal::testing::OwnBus m_bus;
     QThread m_thread;
     Responder m_responder;
 };

@@ -349,8 +349,8 @@ class PhonePagesTest(unittest.TestCase):
         set_screen(self.browser, 568, 320)
         self.browser.refresh()
         self.await_status(UNREACHABLE, 'warning')
-        self.assertLessEqual(self.browser.execute_script(
-            'return document.getElementById("retry").getBoundingClientRect().bottom'), 320)
+        WebDriverWait(self.browser, 8).until(lambda browser: browser.execute_script(
+            'return document.getElementById("retry").getBoundingClientRect().bottom') <= 320)
         set_screen(self.browser, 390, 844)
         self.assertTrue(self.element('#retry').is_displayed())
         self.assertFalse(self.element('#photo').is_enabled())

@@ -1,5 +1,6 @@
 #include "ui/DesktopSettings.h"
 
+#include "tests/support/OwnBus.h"
 #include "ui/Motion.h"
 #include "ui/Spinner.h"
 
@@ -10,9 +11,7 @@
 #include <QDBusVariant>
 #include <QElapsedTimer>
 #include <QImage>
-#include <QProcess>
 #include <QStyle>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
@@ -56,14 +55,11 @@ class DesktopSettingsTest : public QObject {
 
 private Q_SLOTS:
     void initTestCase() {
-        m_bus.start(QStringLiteral("dbus-daemon"),
-                    {"--session", "--nofork", "--print-address",
-                     "--address=unix:path=" + m_folder.filePath(QStringLiteral("bus"))});
-        QVERIFY(m_bus.waitForReadyRead());
-        const QByteArray address = m_bus.readLine().trimmed();
-        qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+        const QString address = m_bus.start();
+        QVERIFY(!address.isEmpty());
+        qputenv("DBUS_SESSION_BUS_ADDRESS", address.toUtf8());
         m_services = std::make_unique<QDBusConnection>(
-            QDBusConnection::connectToBus(QString::fromUtf8(address), QStringLiteral("services")));
+            QDBusConnection::connectToBus(address, QStringLiteral("services")));
         QVERIFY(m_services->registerObject(portalPath, &m_portal, QDBusConnection::ExportAllSlots));
     }
 
@@ -78,10 +74,7 @@ private Q_SLOTS:
 
     void cleanup() { setMotionWanted(true); }
 
-    void cleanupTestCase() {
-        m_bus.kill();
-        m_bus.waitForFinished();
-    }
+    void cleanupTestCase() { m_bus.stop(); }
 
     void takesTheValuesOfNow_data() {
         QTest::addColumn<QVariantMap>("values");
@@ -166,8 +159,7 @@ private:
         m_services->send(signal);
     }
 
-    QTemporaryDir m_folder;
-    QProcess m_bus;
+    kopertal::testing::OwnBus m_bus;
     std::unique_ptr<QDBusConnection> m_services;
     SettingsPortal m_portal;
     std::unique_ptr<QObject> m_owner;

@@ -1,3 +1,4 @@
+#include "tests/support/OwnBus.h"
 #include "ui/EmailHelper.h"
 #include "ui/PanelHelper.h"
 
@@ -86,15 +87,12 @@ class HandOffTest : public QObject {
 
 private Q_SLOTS:
     void initTestCase() {
-        m_bus.start(QStringLiteral("dbus-daemon"),
-                    {"--session", "--nofork", "--print-address",
-                     "--address=unix:path=" + m_folder.filePath(QStringLiteral("bus"))});
-        QVERIFY(m_bus.waitForReadyRead());
-        const QByteArray address = m_bus.readLine().trimmed();
-        qputenv("DBUS_SESSION_BUS_ADDRESS", address);
+        const QString address = m_bus.start();
+        QVERIFY(!address.isEmpty());
+        qputenv("DBUS_SESSION_BUS_ADDRESS", address.toUtf8());
         qDBusRegisterMetaType<QList<QDBusUnixFileDescriptor>>();
         m_services = std::make_unique<QDBusConnection>(
-            QDBusConnection::connectToBus(QString::fromUtf8(address), QStringLiteral("services")));
+            QDBusConnection::connectToBus(address, QStringLiteral("services")));
         QVERIFY(m_services->registerObject(QStringLiteral("/org/freedesktop/FileManager1"),
                                            &m_manager, QDBusConnection::ExportAllSlots));
         QVERIFY(m_services->registerObject(QStringLiteral("/org/freedesktop/portal/desktop"),
@@ -127,10 +125,7 @@ private Q_SLOTS:
         QVERIFY(m_services->registerService(portalName));
     }
 
-    void cleanupTestCase() {
-        m_bus.kill();
-        m_bus.waitForFinished();
-    }
+    void cleanupTestCase() { m_bus.stop(); }
 
     void revealsTheFirstFile() {
         const QString file = make(QStringLiteral("książka, 100% \"z\" #1.docx"));
@@ -234,8 +229,7 @@ private Q_SLOTS:
 
     /// The last one: it takes the bus away.
     void worksWithoutABus() {
-        m_bus.kill();
-        QVERIFY(m_bus.waitForFinished());
+        m_bus.stop();
         QTRY_VERIFY(!QDBusConnection::sessionBus().isConnected());
         const QString file = make(QStringLiteral("a"));
         PanelHelper::revealInFinder({QUrl::fromLocalFile(file)});
@@ -276,7 +270,7 @@ private:
     }
 
     QTemporaryDir m_folder;
-    QProcess m_bus;
+    kopertal::testing::OwnBus m_bus;
     std::unique_ptr<QDBusConnection> m_services;
     FileManager m_manager;
     MailPortal m_portal;

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QProcess>
+#include <QTemporaryDir>
+
+namespace kopertal::testing {
+
+/// A message bus of the test's own, for as long as it exists.
+class OwnBus {
+public:
+    ~OwnBus() { stop(); }
+
+    /// Its address; empty when it does not come up.
+    QString start() {
+        m_daemon.start(QStringLiteral("dbus-daemon"),
+                       {"--session", "--nofork", "--print-address",
+                        "--address=unix:path=" + m_folder.filePath(QStringLiteral("bus"))});
+        return m_daemon.waitForReadyRead() ? QString::fromUtf8(m_daemon.readLine().trimmed())
+                                           : QString();
+    }
+
+    void stop() {
+        m_daemon.kill();
+        m_daemon.waitForFinished();
+    }
+
+private:
+    QTemporaryDir m_folder;
+    QProcess m_daemon;
+};
+
+} // namespace kopertal::testing
