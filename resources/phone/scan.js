@@ -1,6 +1,8 @@
 'use strict';
 
 (() => {
+  history.scrollRestoration = 'manual'; // a reload must not scroll away from what is shown
+
   const pingLimit = 3000; // ms
   const uploadLimit = 10000; // ms
 
