@@ -33,7 +33,7 @@ int flagsOf(std::uint32_t events) {
 
 } // namespace
 
-CurlLoop::CurlLoop(HttpOptions options, int wakeUp)
+CurlLoop::CurlLoop(const HttpOptions& options, const SharedLimits& limits, int wakeUp)
     : m_wakeUp(wakeUp), m_epoll(epoll_create1(EPOLL_CLOEXEC)) {
     if (m_epoll.get() < 0)
         throw std::system_error(errno, std::generic_category());
@@ -42,8 +42,8 @@ CurlLoop::CurlLoop(HttpOptions options, int wakeUp)
     event.data.fd = wakeUp;
     if (epoll_ctl(m_epoll.get(), EPOLL_CTL_ADD, wakeUp, &event) != 0)
         throw std::system_error(errno, std::generic_category());
-    m_context.budget = std::make_shared<ByteBudget>(options.maxTotalBytes);
-    m_context.options = std::move(options);
+    m_context.options = options;
+    m_context.limits = limits;
     m_context.proxyExceptions = proxyExceptions();
 }
 
@@ -72,7 +72,8 @@ void CurlLoop::open() {
     decltype(m_multi) opened(curl_multi_init());
     if (!share || !opened)
         throw std::bad_alloc();
-    m_ceiling = spareDescriptors() * 3 / 4 + 1; // a connection attempt can take more than one
+    // A connection attempt can take more than one.
+    m_ceiling = spareDescriptors() * 3 / 4 / m_context.limits.loops + 1;
     m_capacity = m_ceiling;
     m_mayKeepConnections = false;
     m_share = std::move(share);
@@ -150,7 +151,8 @@ void CurlLoop::wait() {
     }
     completeFinished();
     if (m_capacity < m_ceiling && Clock::now() >= m_shortUntil) {
-        m_capacity = std::min(2 * m_capacity, m_ceiling); // others may have closed theirs
+        m_capacity =
+            std::clamp(2 * m_capacity, std::size_t{1}, m_ceiling); // others may have closed theirs
         m_shortUntil = Clock::now() + shortageBreak;
     }
     admit();
@@ -206,7 +208,8 @@ void CurlLoop::complete(CURL* handle, CURLcode code) try {
     m_transfers.erase(found);
     m_lastUse = Clock::now();
     const bool isShort = transfer->lacksDescriptor(code);
-    if (isShort && !m_transfers.empty()) { // one of them will leave its descriptor
+    const bool othersRun = *m_context.limits.running > 1;
+    if (isShort && othersRun) { // one of them will leave its descriptor
         m_capacity = m_transfers.size();
         m_shortUntil = Clock::now() + shortageBreak;
         transfer->putBack();
@@ -225,6 +228,8 @@ void CurlLoop::complete(CURL* handle, CURLcode code) try {
 int CurlLoop::onSocket(CURL* easy, curl_socket_t socket, int what, void* self, void* known) {
     auto& loop = *static_cast<CurlLoop*>(self);
     if (what == CURL_POLL_REMOVE) {
+        // Also told of sockets that are closed already. Their number may be another thread's by
+        // now, which this set does not know.
         epoll_ctl(loop.m_epoll.get(), EPOLL_CTL_DEL, socket, nullptr);
         return 0;
     }

@@ -19,8 +19,9 @@ namespace kopertal {
 /// finds no memory is answered so.
 class CurlLoop {
 public:
-    /// wait() also returns when `wakeUp`, an event descriptor, is signalled.
-    CurlLoop(HttpOptions options, int wakeUp);
+    /// wait() also returns when `wakeUp`, an event descriptor, is signalled. Throws
+    /// std::system_error when there is no descriptor to be had.
+    CurlLoop(const HttpOptions& options, const SharedLimits& limits, int wakeUp);
     ~CurlLoop();
     CurlLoop(const CurlLoop&) = delete;
     CurlLoop& operator=(const CurlLoop&) = delete;

@@ -46,18 +46,20 @@ CurlTransfer::CurlTransfer(Order order, OriginQueue& queue, TransferContext& con
       m_queue(queue),
       m_context(context),
       m_easy(curl_easy_init()),
-      m_body(std::make_shared<ReceivedBody>(context.budget, context.options.maxBodyBytes)) {
+      m_body(std::make_shared<ReceivedBody>(context.limits.budget, context.options.maxBodyBytes)) {
     if (!m_easy)
         throw std::bad_alloc();
     setRequestOptions();
     setTransportOptions(context);
     queue.starts();
+    ++*context.limits.running;
 }
 
 CurlTransfer::~CurlTransfer() {
     if (!m_isConnected)
         m_queue.failedToConnect();
     m_queue.ended();
+    --*m_context.limits.running;
 }
 
 template <typename T>

@@ -6,6 +6,7 @@
 #include <curl/curl.h>
 
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <memory>
 #include <string>
@@ -20,11 +21,18 @@ struct Release {
     }
 };
 
+/// What the transfers of all loops share. Any thread.
+struct SharedLimits {
+    std::shared_ptr<ByteBudget> budget;                ///< For the answers' bodies.
+    std::shared_ptr<std::atomic<std::size_t>> running; ///< Transfers, each with its descriptors.
+    std::size_t loops = 1;                             ///< That divide the descriptors.
+};
+
 /// What all transfers of one loop have in common. Its thread only.
 struct TransferContext {
     HttpOptions options;
+    SharedLimits limits;
     std::string proxyExceptions;
-    std::shared_ptr<ByteBudget> budget; ///< For the answers' bodies.
     CURLSH* share = nullptr; ///< Holds TLS sessions, so that later connections start faster.
 };
 

@@ -1,20 +1,14 @@
 #include "net/HttpTransfers.h"
 
-#include "net/CurlLoop.h"
 #include "net/DescriptorLimit.h"
+#include "net/TransferThread.h"
 
-#include <atomic>
+#include <algorithm>
 #include <cerrno>
-#include <csignal>
-#include <cstdint>
-#include <mutex>
-#include <pthread.h>
-#include <sys/eventfd.h>
+#include <new>
+#include <stdexcept>
 #include <system_error>
-#include <thread>
-#include <unistd.h>
 #include <utility>
-#include <vector>
 
 namespace kopertal {
 namespace {
@@ -23,95 +17,60 @@ namespace {
 // when they find none for an event loop.
 constexpr std::size_t leastDescriptors = 12;
 
+// With fewer, what one thread keeps would be missing for the other.
+constexpr std::size_t descriptorsForTwo = 128;
+
+// So many requests go to the first thread before the second gets any: few ones, one after the
+// other, shall find each other's connections.
+constexpr std::size_t burst = 32;
+
 void initializeLibrary() {
     static const CURLcode code = curl_global_init(CURL_GLOBAL_DEFAULT);
     if (code != CURLE_OK)
         throw std::runtime_error("Nie można uruchomić obsługi sieci.");
 }
 
-/// Signals belong to the program's other threads; SIGPIPE, which TLS raises when a peer has gone,
-/// to none.
-void blockSignals() {
-    sigset_t all;
-    sigfillset(&all);
-    pthread_sigmask(SIG_SETMASK, &all, nullptr);
-}
-
 } // namespace
-
-struct HttpTransfers::State {
-    explicit State(HttpOptions options)
-        : wakeUp(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)), loop(std::move(options), wakeUp.get()) {}
-
-    void run();
-    void cancelEverything();
-    std::vector<Order> takeIncoming();
-    void signal() const {
-        const std::uint64_t one = 1;
-        [[maybe_unused]] const auto written = ::write(wakeUp.get(), &one, sizeof one);
-    }
-
-    Descriptor wakeUp;
-    CurlLoop loop; // the worker's
-    std::mutex mutex;
-    std::vector<Order> incoming; // guarded
-    std::atomic<bool> stopping = false;
-    std::thread worker;
-};
-
-void HttpTransfers::State::run() {
-    blockSignals();
-    while (!stopping) {
-        for (Order& order : takeIncoming())
-            loop.enqueue(std::move(order));
-        loop.wait();
-    }
-    cancelEverything();
-}
-
-void HttpTransfers::State::cancelEverything() {
-    loop.cancelAll();
-    // Completions may have sent more.
-    for (std::vector<Order> orders; !(orders = takeIncoming()).empty();) {
-        for (Order& order : orders)
-            order.fail(HttpFailure::cancelled);
-    }
-}
-
-std::vector<Order> HttpTransfers::State::takeIncoming() {
-    const std::lock_guard lock(mutex);
-    return std::exchange(incoming, {});
-}
 
 HttpTransfers::HttpTransfers(HttpOptions options) {
     initializeLibrary();
     raiseDescriptorLimit();
+    const std::size_t free = freeDescriptors();
+    SharedLimits limits;
+    limits.budget = std::make_shared<ByteBudget>(options.maxTotalBytes);
+    limits.running = std::make_shared<std::atomic<std::size_t>>(0);
+    limits.loops = free < descriptorsForTwo ? 1 : 2;
     try {
-        if (freeDescriptors() < leastDescriptors)
+        if (free < leastDescriptors)
             throw std::system_error(EMFILE, std::generic_category());
-        m_state = std::make_unique<State>(std::move(options));
-        m_state->worker = std::thread([state = m_state.get()] { state->run(); });
+        while (m_threads.size() < limits.loops)
+            m_threads.push_back(std::make_unique<TransferThread>(options, limits));
     } catch (const std::system_error&) {
-        throw std::runtime_error("Nie można połączyć się z siecią: system nie pozwala programowi "
-                                 "otworzyć więcej plików lub połączeń.");
+        if (m_threads.empty())
+            throw std::runtime_error("Nie można połączyć się z siecią: system nie pozwala "
+                                     "programowi otworzyć więcej plików lub połączeń.");
     }
 }
 
+/// The first thread ends last: it answers what the completions of the other have sent.
 HttpTransfers::~HttpTransfers() {
-    m_state->stopping = true;
-    m_state->signal();
-    m_state->worker.join();
+    for (auto thread = m_threads.rbegin(); thread != m_threads.rend(); ++thread)
+        (*thread)->stop();
 }
 
-void HttpTransfers::send(HttpRequest request, Completion completion) {
-    bool isFirst = false;
-    {
-        const std::lock_guard lock(m_state->mutex);
-        isFirst = m_state->incoming.empty();
-        m_state->incoming.emplace_back(std::move(request), std::move(completion));
-    }
-    if (isFirst) // else the worker knows already
-        m_state->signal();
+void HttpTransfers::send(HttpRequest request, Completion completion) try {
+    Order order(std::move(request), std::move(completion));
+    if (!leastLoaded().take(order))
+        m_threads.front()->take(order);
+} catch (const std::bad_alloc&) {
+    // The order has answered so.
+}
+
+TransferThread& HttpTransfers::leastLoaded() const {
+    if (m_threads.front()->load() < burst)
+        return *m_threads.front();
+    return **std::ranges::min_element(m_threads, {},
+                                      [](const auto& thread) { return thread->load(); });
 }
 
 } // namespace kopertal

@@ -3,10 +3,14 @@
 #include "net/HttpCarrier.h"
 
 #include <memory>
+#include <vector>
 
 namespace kopertal {
 
-/// Carries any number of HTTP requests at once, on one thread of its own.
+class TransferThread;
+
+/// Carries any number of HTTP requests at once, on a thread of its own; a burst on two, because
+/// what connections cost the system is then spread over two processors.
 ///
 /// There is no limit per host; requests beyond the free descriptors wait their turn. HTTP/2 is used
 /// and shared where a server offers it, connections are kept for a while, certificates are checked,
@@ -21,14 +25,15 @@ public:
     /// returns, every completion has. No other thread may send any more.
     ~HttpTransfers() override;
 
-    /// Completions are called on the worker thread, also at destruction. They must not destroy the
-    /// object; they may send again, but not when they were cancelled. Throws std::bad_alloc, and
-    /// does not call the completion then; whatever else goes wrong is an answer.
+    /// Completions are called on one of the threads, also at destruction. They must not destroy the
+    /// object; they may send again, but not when they were cancelled. Whatever goes wrong is an
+    /// answer; that there is no memory can be one before this returns.
     void send(HttpRequest request, Completion completion) override;
 
 private:
-    struct State;
-    std::unique_ptr<State> m_state;
+    TransferThread& leastLoaded() const;
+
+    std::vector<std::unique_ptr<TransferThread>> m_threads;
 };
 
 } // namespace kopertal

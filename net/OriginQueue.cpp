@@ -16,11 +16,19 @@ Order::Order(HttpRequest wanted, HttpTransfers::Completion completion)
 Order::Order(Order&& other) noexcept
     : request(std::move(other.request)),
       mayWait(other.mayWait),
-      m_completion(std::exchange(other.m_completion, nullptr)) {
+      m_completion(std::exchange(other.m_completion, nullptr)),
+      m_load(std::exchange(other.m_load, nullptr)) {
 }
 
 Order::~Order() {
     fail(HttpFailure::noMemory);
+    if (m_load)
+        --*m_load;
+}
+
+void Order::countIn(std::atomic<std::size_t>& load) {
+    m_load = &load;
+    ++load;
 }
 
 void Order::complete(HttpAnswer answer) {

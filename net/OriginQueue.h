@@ -3,7 +3,9 @@
 #include "net/HttpMessage.h"
 #include "net/HttpTransfers.h"
 
+#include <atomic>
 #include <chrono>
+#include <cstddef>
 #include <deque>
 #include <optional>
 #include <string>
@@ -19,6 +21,9 @@ public:
     Order& operator=(Order&&) = delete;
     ~Order();
 
+    /// Counts it in `load`, which outlives it, from now until it is gone.
+    void countIn(std::atomic<std::size_t>& load);
+
     /// Does nothing when there was an answer already.
     void complete(HttpAnswer answer);
     void fail(HttpFailure failure);
@@ -28,6 +33,7 @@ public:
 
 private:
     HttpTransfers::Completion m_completion; ///< Until it is called.
+    std::atomic<std::size_t>* m_load = nullptr;
 };
 
 /// The orders for one server that have not started.
