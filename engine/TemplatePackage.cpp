@@ -61,7 +61,10 @@ void TemplatePackage::save(const QString& outputPath, const std::stop_token& sto
 
 void TemplatePackage::writeMainDocument() {
     QFile file(m_folder.filePath(mainDocumentPart));
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+    // File systems take a file that is emptied and written again for a precious one, and put it on
+    // the disk when it is closed; this one will be gone before.
+    file.remove();
+    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
         throw FileError(file.fileName(), file.errorString());
     FileWriter writer(file);
     m_document.save(writer, " ", pugi::format_indent, pugi::encoding_utf8);

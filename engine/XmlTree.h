@@ -4,7 +4,6 @@
 #include <QString>
 #include <pugixml.hpp>
 
-#include <string_view>
 #include <vector>
 
 namespace kopertal {
@@ -34,9 +33,13 @@ std::vector<pugi::xml_node> descendantsOutside(pugi::xml_node element, const cha
 /// The text of all "w:t" at or below `element`, joined and trimmed horizontally.
 QString allText(pugi::xml_node element);
 
-/// Whether the node is an element of that qualified name.
-inline bool isElement(pugi::xml_node node, std::string_view name) {
-    return name == node.name() && node.type() == pugi::node_element;
+/// Whether the node is an element of that qualified name. Asked of every node of a register, most
+/// of which differ in their first letters: no function is called for those.
+inline bool isElement(pugi::xml_node node, const char* name) {
+    const char* own = node.name();
+    for (; *own && *own == *name; ++own)
+        ++name;
+    return *own == *name && node.type() == pugi::node_element;
 }
 
 } // namespace kopertal
