@@ -46,6 +46,7 @@ AboutPanel::AboutPanel(const MorvikAboutCommand& about, QWidget* parent)
                    smallFont(), Tones::secondaryLabel);
     version->setTextInteractionFlags(Qt::TextSelectableByMouse |
                                      Qt::TextSelectableByKeyboard); // for a report
+    version->setFocusPolicy(Qt::StrongFocus);
     addFocusRing(version, navyRing(3, 1));
     column->addWidget(version, 0, Qt::AlignHCenter);
     column->addSpacing(8);

@@ -64,6 +64,9 @@ void setAccessibleRole(QWidget* widget, QAccessible::Role role) {
         return true;
     }();
     widget->setProperty(roleProperty, static_cast<int>(role));
+    if (QAccessible::isActive()) // a base class may have been asked for one already
+        QAccessible::deleteAccessibleInterface(
+            QAccessible::uniqueId(QAccessible::queryAccessibleInterface(widget)));
 }
 
 } // namespace morvik

@@ -94,7 +94,7 @@ PairingSetupView::PairingSetupView(const QString& pairingPage, QWidget* parent)
       m_done(new morvik::LimeBorderedButton(QStringLiteral("Gotowe"))) {
     setFixedWidth(morvik::Sheet::contentWidth(sheetWidth));
     m_status->setMinimumHeight(m_status->fontMetrics().height()); // keeps its place while empty
-    morvik::addFocusRing(m_directAddress, morvik::navyRing(3, 1));
+    morvik::addFocusRing(m_directAddress, morvik::navyRing(3, 2));
     m_done->setMinimumWidth(buttonWidth);
     connect(m_done, &morvik::LimeBorderedButton::clicked, this, &PairingSetupView::finish);
 

@@ -144,6 +144,7 @@ void IPhoneScanView::startServer(PhotoRecognizer& recognizer) {
 void IPhoneScanView::showAddress(const QString& address) {
     m_url->setText(address);
     m_url->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    m_url->setFocusPolicy(Qt::StrongFocus);
     m_hint->setText(reasons(address));
     m_spinner->setVisible(!m_qrCode->setText(address));
     setStatus(QStringLiteral("Gotowe — zeskanuj kod QR"));
