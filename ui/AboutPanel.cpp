@@ -1,5 +1,6 @@
 #include "ui/AboutPanel.h"
 
+#include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"
 #include "ui/LinkButton.h"
@@ -34,6 +35,7 @@ AboutPanel::AboutPanel(const MorvikAboutCommand& about, QWidget* parent)
     if (!icon.isNull()) {
         auto* picture = new QLabel;
         picture->setPixmap(icon.pixmap(QSize(iconSize, iconSize), devicePixelRatioF()));
+        picture->setAccessibleName(QStringLiteral("Ikona programu"));
         column->addWidget(picture, 0, Qt::AlignHCenter);
         column->addSpacing(8);
     }
@@ -42,7 +44,10 @@ AboutPanel::AboutPanel(const MorvikAboutCommand& about, QWidget* parent)
     auto* version =
         plainLabel(QStringLiteral("Wersja %1 (%2)").arg(about.appVersion, about.buildNumber),
                    smallFont(), Tones::secondaryLabel);
-    version->setTextInteractionFlags(Qt::TextSelectableByMouse); // for a report
+    version->setTextInteractionFlags(Qt::TextSelectableByMouse |
+                                     Qt::TextSelectableByKeyboard); // for a report
+    version->setFocusPolicy(Qt::StrongFocus);
+    addFocusRing(version, navyRing(3, 1));
     column->addWidget(version, 0, Qt::AlignHCenter);
     column->addSpacing(8);
     auto* site = new LinkButton(about.websiteLabel, about.websiteURL, uiFont(11), Tones::link);

@@ -1,5 +1,6 @@
 #include "ui/BorderFrame.h"
 
+#include "ui/AccessibleRole.h"
 #include "ui/Tones.h"
 
 #include <QPainter>
@@ -15,6 +16,10 @@ void paintFrame(QPainter& painter, const QRectF& outer, double radius, const QPe
     painter.setBrush(ground);
     painter.drawRoundedRect(outer.adjusted(half, half, -half, -half), radius, radius);
     painter.restore();
+}
+
+BorderFrame::BorderFrame(QWidget* parent) : QFrame(parent) {
+    setAccessibleRole(this, QAccessible::Grouping); // a frame of the toolkit is told as a window
 }
 
 void BorderFrame::paintEvent(QPaintEvent*) {

@@ -19,7 +19,7 @@ class BorderFrame : public QFrame {
     Q_OBJECT
 
 public:
-    using QFrame::QFrame;
+    explicit BorderFrame(QWidget* parent = nullptr);
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -52,6 +52,7 @@ QHBoxLayout* beside(const QIcon& icon, int pixels, QLayout* words) {
     if (!icon.isNull()) {
         auto* picture = new QLabel;
         picture->setPixmap(icon.pixmap(QSize(pixels, pixels), qApp->devicePixelRatio()));
+        picture->setAccessibleName(QStringLiteral("Ikona programu"));
         row->addWidget(picture);
     }
     row->addLayout(words, 1);

@@ -1,5 +1,6 @@
 #include "ui/LinkButton.h"
 
+#include "ui/AccessibleRole.h"
 #include "ui/FocusRing.h"
 #include "ui/OpenAddress.h"
 
@@ -16,6 +17,7 @@ LinkButton::LinkButton(const QString& text, const QString& address, const QFont&
                        const QColor& color, QWidget* parent)
     : KitButton({}, {}, parent), m_color(color) {
     setText(QString(text).replace(u'&', QStringLiteral("&&"))); // not a shortcut's letter
+    setAccessibleRole(this, QAccessible::Link);
     setAccessibleName(text);
     setFont(font);
     setCursor(Qt::PointingHandCursor);

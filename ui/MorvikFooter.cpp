@@ -1,5 +1,6 @@
 #include "ui/MorvikFooter.h"
 
+#include "ui/AccessibleRole.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/MorvikTheme.h"
@@ -37,6 +38,7 @@ QList<Piece> pieces() {
 
 MorvikFooter::MorvikFooter(QWidget* parent) : KitButton({}, {}, parent) {
     const QString name = QStringLiteral("Morvik — strona internetowa");
+    setAccessibleRole(this, QAccessible::Link);
     setAccessibleName(name);
     setToolTip(name);
     setCursor(Qt::PointingHandCursor);

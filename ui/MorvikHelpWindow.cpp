@@ -1,5 +1,6 @@
 #include "ui/MorvikHelpWindow.h"
 
+#include "ui/AccessibleRole.h"
 #include "ui/RaiseWindow.h"
 
 #include <QApplication>
@@ -23,6 +24,7 @@ void show(const QString& title, int width, int height, const std::function<QWidg
                                           Qt::WindowCloseButtonHint);
         window->setAttribute(Qt::WA_DeleteOnClose);
         window->setWindowTitle(title);
+        setAccessibleRole(window, QAccessible::Window);
         auto* column = new QVBoxLayout(window);
         column->setContentsMargins(0, 0, 0, 0);
         column->addWidget(content());

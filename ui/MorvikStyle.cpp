@@ -9,6 +9,7 @@
 #include "ui/Motion.h"
 #include "ui/Tones.h"
 
+#include <QAbstractItemView>
 #include <QApplication>
 #include <QLineEdit>
 #include <QPainter>
@@ -21,6 +22,8 @@ namespace {
 
 constexpr int ringMargin = 6; // room of a focus ring outside its control
 constexpr double fieldRadius = 6;
+constexpr double focusRadius = 3;
+constexpr double focusWidth = 1.5;
 constexpr int fieldHeight = 32;
 constexpr int fieldPadding = 7;
 constexpr int scrollThumb = 6;
@@ -86,6 +89,12 @@ void drawMenuBarItem(QPainter* painter, const QStyleOption* option) {
                                         QPalette::WindowText));
     painter->drawText(item->rect, Qt::AlignCenter | Qt::TextShowMnemonic | Qt::TextSingleLine,
                       item->text);
+}
+
+/// Fusion's own is as pale as the selection: in the toolkit's panels nobody would see where the
+/// keyboard is.
+void drawFocus(QPainter* painter, const QRect& rect) {
+    paintFrame(*painter, rect, focusRadius, QPen(Tones::label, focusWidth), Qt::NoBrush);
 }
 
 bool isField(const QWidget* widget) {
@@ -181,6 +190,8 @@ void MorvikStyle::drawPrimitive(PrimitiveElement element, const QStyleOption* op
         drawField(painter, option, widget);
     else if (element == PE_FrameFocusRect && qobject_cast<const QPushButton*>(widget))
         return; // outlined buttons carry a ring
+    else if (element == PE_FrameFocusRect && option->state & State_KeyboardFocusChange)
+        drawFocus(painter, option->rect);
     else
         QProxyStyle::drawPrimitive(element, option, painter, widget);
 }
@@ -202,6 +213,12 @@ void MorvikStyle::drawControl(ControlElement element, const QStyleOption* option
         return;
     case CE_FocusFrame:
         return; // a ring paints itself
+    case CE_ShapedFrame:
+        QProxyStyle::drawControl(element, option, painter, widget);
+        if (const auto* view = qobject_cast<const QAbstractItemView*>(widget);
+            view && view->hasFocus() && view->frameShape() != QFrame::NoFrame)
+            drawFocus(painter, option->rect);
+        return;
     default:
         QProxyStyle::drawControl(element, option, painter, widget);
     }
@@ -211,6 +228,8 @@ void MorvikStyle::drawComplexControl(ComplexControl control, const QStyleOptionC
                                      QPainter* painter, const QWidget* widget) const {
     if (control != CC_ScrollBar) {
         QProxyStyle::drawComplexControl(control, option, painter, widget);
+        if (control == CC_ComboBox && option->state & State_HasFocus)
+            drawFocus(painter, option->rect);
         return;
     }
     if (!(option->state & State_Enabled))

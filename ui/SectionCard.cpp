@@ -1,5 +1,6 @@
 #include "ui/SectionCard.h"
 
+#include "ui/AccessibleRole.h"
 #include "ui/BorderFrame.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"
@@ -23,6 +24,7 @@ constexpr double borderWidth = 1.5;
 
 SectionCard::SectionCard(const QString& title, QWidget* content, QWidget* parent)
     : QFrame(parent), m_layout(new QVBoxLayout(this)) {
+    setAccessibleRole(this, QAccessible::Grouping);
     m_layout->setSpacing(titleGap);
     setPadding(defaultPadding);
     if (!title.isEmpty()) {

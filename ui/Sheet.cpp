@@ -1,10 +1,10 @@
 #include "ui/Sheet.h"
 
+#include "ui/AccessibleRole.h"
 #include "ui/Fonts.h"
 #include "ui/MorvikTheme.h"
 #include "ui/Tones.h"
 
-#include <QAccessibleWidget>
 #include <QApplication>
 #include <QKeyEvent>
 #include <QMainWindow>
@@ -25,13 +25,6 @@ constexpr int widestContent = 720;  // in the smallest window, beside a scroll b
 constexpr int shadowReach = 28;
 constexpr int shadowDrop = 10;
 
-QAccessibleInterface* makeAccessible(const QString& className, QObject* object) {
-    auto* sheet = qobject_cast<Sheet*>(object);
-    if (!sheet || className != QLatin1String("morvik::Sheet"))
-        return nullptr;
-    return new QAccessibleWidget(sheet, QAccessible::Dialog);
-}
-
 /// Soft: many faint frames, each larger than the one before.
 void paintShadow(QPainter& painter, const QRectF& panel) {
     painter.setPen(Qt::NoPen);
@@ -46,10 +39,7 @@ void paintShadow(QPainter& painter, const QRectF& panel) {
 
 Sheet::Sheet(QWidget* content, const QString& name, QWidget* window)
     : QWidget(window), m_content(content), m_panel(new QScrollArea(this)) {
-    [[maybe_unused]] static const bool isInstalled = [] {
-        QAccessible::installFactory(makeAccessible);
-        return true;
-    }();
+    setAccessibleRole(this, QAccessible::Dialog);
     setAccessibleName(name);
     setFocusPolicy(Qt::NoFocus);
     m_panel->setFrameShape(QFrame::NoFrame);
@@ -141,7 +131,9 @@ bool Sheet::focusNextPrevChild(bool next) {
         if (candidate == now)
             return false;
         if (m_content->isAncestorOf(candidate) && candidate->isEnabled() &&
-            candidate->isVisible() && (candidate->focusPolicy() & Qt::TabFocus)) {
+            candidate->isVisible() && (candidate->focusPolicy() & Qt::TabFocus) &&
+            !candidate->focusProxy()) { // a part, as the field in a spin box
+
             candidate->setFocus(next ? Qt::TabFocusReason : Qt::BacktabFocusReason);
             return true;
         }

@@ -1,5 +1,6 @@
 #include "ui/SmallButtons.h"
 
+#include "ui/AccessibleRole.h"
 #include "ui/BorderFrame.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
@@ -109,6 +110,7 @@ void TextButton::paintEvent(QPaintEvent*) {
 }
 
 TabButton::TabButton(const QString& title, QWidget* parent) : KitButton(title, {}, parent) {
+    setAccessibleRole(this, QAccessible::PageTab);
     setCheckable(true);
     setFont(uiFont(13, QFont::Bold)); // the wider of its two weights
     RingShape ring = navyRing(smallRadius, 0);

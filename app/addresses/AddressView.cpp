@@ -15,6 +15,7 @@
 #include "engine/RegisterPages.h"
 #include "net/Deliver.h"
 #include "ui/BorderFrame.h"
+#include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
 #include "ui/Labels.h"
@@ -52,6 +53,7 @@ constexpr double nameShare = 0.41; // of the width that name and address have
 constexpr int cardPadding =
     3; // the text's own margin is the editor's, so that its bar stands at the edge
 constexpr int textMargin = 13;
+constexpr double tableRadius = 10;
 constexpr std::chrono::milliseconds loadingShownAfter{200}; // most files are read by then
 
 } // namespace
@@ -74,7 +76,6 @@ AddressView::AddressView(AppSettings& settings, QWidget* parent)
     connect(m_editor, &AddressTextEditor::filesReceived, this, &AddressView::handleDrop);
     connect(m_editor, &AddressTextEditor::refused, this, &showError);
     connect(m_generate, &morvik::LimeActionButton::clicked, this, &AddressView::generateDocument);
-    setFocusProxy(m_editor);
     updateButton();
 }
 
@@ -114,8 +115,6 @@ QWidget* AddressView::makeEditorPane() {
     blocks->addWidget(m_warnings);
     blocks->addWidget(m_generate);
     column->addLayout(blocks, 1);
-    QWidget::setTabOrder(m_editor, m_generate);
-    QWidget::setTabOrder(m_generate, clearButton);
     return pane;
 }
 
@@ -151,6 +150,7 @@ QWidget* AddressView::makePreviewPane() {
     m_table->setColumnWidth(RecipientModel::number, morvik::textPixels(40));
     m_table->horizontalHeader()->setSectionResizeMode(RecipientModel::number, QHeaderView::Fixed);
     m_table->shareWidth(RecipientModel::name, nameShare);
+    morvik::addFocusRing(m_table, morvik::navyRing(tableRadius, 0));
     m_table->hide();
     column->addWidget(m_empty, 1);
     column->addWidget(m_table, 1);
@@ -175,6 +175,7 @@ void AddressView::updateButton() {
 
 void AddressView::clear() {
     m_editor->replaceText({});
+    m_editor->setFocus(Qt::OtherFocusReason); // where the step can be undone
 }
 
 void AddressView::chooseFile() {
@@ -228,6 +229,7 @@ void AddressView::generateDocument() {
     if (m_isGenerating || recipients.isEmpty() || m_settings.saveFolder().isEmpty())
         return;
     m_isGenerating = true;
+    m_generate->clearFocus(); // else disabling it would hand the keyboard to its neighbour
     updateButton();
     deliver(startGeneration({recipients, m_settings.saveFolder(), m_settings.senderName(),
                              m_settings.senderAddress(), QDate::currentDate()},

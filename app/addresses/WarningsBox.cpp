@@ -1,7 +1,9 @@
 #include "app/addresses/WarningsBox.h"
 
 #include "app/shell/Theme.h"
+#include "ui/AccessibleRole.h"
 #include "ui/BorderFrame.h"
+#include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
 #include "ui/Labels.h"
@@ -60,6 +62,7 @@ public:
 
 WarningsBox::WarningsBox(QWidget* parent)
     : QFrame(parent), m_model(new WarningModel(this)), m_list(new QListView) {
+    morvik::setAccessibleRole(this, QAccessible::Grouping);
     QPalette ink = palette();
     ink.setColor(QPalette::Base, Qt::transparent);
     auto* heading = morvik::wrappedLabel(QStringLiteral("Pominięte wpisy (za mało linii):"),
@@ -77,6 +80,7 @@ WarningsBox::WarningsBox(QWidget* parent)
     m_list->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_list->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     m_list->setAccessibleName(heading->text());
+    morvik::addFocusRing(m_list, morvik::navyRing(3, 0));
 
     auto* lines = new QVBoxLayout;
     lines->setSpacing(lineGap);

@@ -36,6 +36,7 @@ AddressField::AddressField(const QString& name, QWidget* parent)
             [this] { m_copy->setIconName(QStringLiteral("doc.on.doc")); });
     morvik::RingShape ring = morvik::limeRing(radius);
     ring.always = true;
+    ring.gap = 2;
     morvik::addFocusRing(m_text, ring);
     auto* row = new QHBoxLayout(this);
     row->setContentsMargins(11, 4, 4, 4);

@@ -7,6 +7,7 @@
 #include "app/shell/WaitingThreads.h"
 #include "net/Deliver.h"
 #include "scan/LocalAddress.h"
+#include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"
 #include "ui/Layouts.h"
@@ -93,6 +94,7 @@ PairingSetupView::PairingSetupView(const QString& pairingPage, QWidget* parent)
       m_done(new morvik::LimeBorderedButton(QStringLiteral("Gotowe"))) {
     setFixedWidth(morvik::Sheet::contentWidth(sheetWidth));
     m_status->setMinimumHeight(m_status->fontMetrics().height()); // keeps its place while empty
+    morvik::addFocusRing(m_directAddress, morvik::navyRing(3, 2));
     m_done->setMinimumWidth(buttonWidth);
     connect(m_done, &morvik::LimeBorderedButton::clicked, this, &PairingSetupView::finish);
 

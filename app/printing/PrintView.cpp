@@ -20,6 +20,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QPainter>
+#include <QProgressBar>
 #include <QtConcurrentRun>
 
 #include <utility>
@@ -37,6 +38,7 @@ constexpr int padding = 20;
 constexpr int labelWidth = 88;
 constexpr int mostCopies = 999;
 constexpr int spinnerSize = 20;
+constexpr int wholeProgress = 1000;
 
 QString pageWord(int pages) {
     const bool isFew = pages % 10 >= 2 && pages % 10 <= 4 && pages / 10 % 10 != 1;
@@ -48,17 +50,15 @@ QString pageWord(int pages) {
 } // namespace
 
 /// How far the work is, as a lime bar.
-class ProgressLine : public QWidget {
+class ProgressLine : public QProgressBar {
 public:
     ProgressLine() {
         setFixedHeight(6);
+        setMaximum(wholeProgress);
         setAccessibleName(QStringLiteral("Postęp"));
     }
 
-    void setShare(double share) {
-        m_share = share;
-        update();
-    }
+    void setShare(double share) { setValue(qRound(share * wholeProgress)); }
 
 protected:
     void paintEvent(QPaintEvent*) override {
@@ -70,12 +70,9 @@ protected:
         painter.drawRoundedRect(rect(), radius, radius);
         painter.setBrush(morvik::MorvikTheme::Colors::limeDark);
         QRectF done(rect());
-        done.setWidth(done.width() * m_share);
+        done.setWidth(done.width() * value() / wholeProgress);
         painter.drawRoundedRect(done, radius, radius);
     }
-
-private:
-    double m_share = 0;
 };
 
 PrintView::PrintView(const QString& document, std::unique_ptr<PrintWork> work, QWidget* parent)

@@ -5,6 +5,7 @@
 #include "app/scanning/ScanSession.h"
 #include "app/shell/Theme.h"
 #include "scan/PhotoRecognizer.h"
+#include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"
 #include "ui/LimeBorderedButton.h"
@@ -87,7 +88,7 @@ void IPhoneScanView::addQrPart(QVBoxLayout* column) {
     m_spinner = new morvik::Spinner(spinnerSize, Theme::textMuted, m_qrCode);
     m_spinner->move(m_qrCode->rect().center() - m_spinner->rect().center());
     m_url = centredLabel({}, morvik::monoFont(11), Theme::textMuted);
-    m_url->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    morvik::addFocusRing(m_url, morvik::navyRing(3, 1));
     m_url->setMinimumHeight(m_url->fontMetrics().height()); // keeps its place while it is empty
 
     column->addSpacing(8);
@@ -142,6 +143,8 @@ void IPhoneScanView::startServer(PhotoRecognizer& recognizer) {
 
 void IPhoneScanView::showAddress(const QString& address) {
     m_url->setText(address);
+    m_url->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    m_url->setFocusPolicy(Qt::StrongFocus);
     m_hint->setText(reasons(address));
     m_spinner->setVisible(!m_qrCode->setText(address));
     setStatus(QStringLiteral("Gotowe — zeskanuj kod QR"));

@@ -2,6 +2,7 @@
 
 #include "app/shell/Theme.h"
 #include "scan/QrCode.h"
+#include "ui/AccessibleRole.h"
 
 #include <QPainter>
 
@@ -16,6 +17,7 @@ constexpr double radius = 4;
 QrCodeView::QrCodeView(int side, int padding, QWidget* parent) : QWidget(parent) {
     const int frame = side + 2 * (padding + border);
     setFixedSize(frame, frame);
+    morvik::setAccessibleRole(this, QAccessible::Graphic);
     setAccessibleName(QStringLiteral("Kod QR"));
 }
 

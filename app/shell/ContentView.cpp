@@ -2,9 +2,11 @@
 
 #include "app/shell/FadingStack.h"
 #include "app/shell/Theme.h"
+#include "ui/AccessibleRole.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"
 #include "ui/Layouts.h"
+#include "ui/MorvikFooter.h"
 #include "ui/SmallButtons.h"
 
 #include <QGridLayout>
@@ -26,6 +28,7 @@ QWidget* makeTopBar() {
         morvik::plainLabel(QStringLiteral("Kopertal"), morvik::paneTitleFont(), Theme::textMuted);
     auto* grid = new QGridLayout(bar); // three columns, so that the name stands in the middle
     grid->setContentsMargins(topBarPadding, 0, topBarPadding, 0);
+    grid->addWidget(new morvik::MorvikFooter, 0, 0, Qt::AlignLeft | Qt::AlignVCenter);
     grid->addWidget(name, 0, 1);
     grid->setColumnStretch(0, 1);
     grid->setColumnStretch(2, 1);
@@ -40,10 +43,11 @@ QString title(AppTab tab) {
 }
 
 ContentView::ContentView(QWidget* parent)
-    : QWidget(parent), m_topBar(makeTopBar()), m_tabBar(new QWidget), m_pages(new FadingStack) {
+    : QWidget(parent), m_tabBar(new QWidget), m_pages(new FadingStack) {
     setMinimumSize(leastSize);
     setAutoFillBackground(true);
     setPalette(Theme::bg);
+    morvik::setAccessibleRole(m_tabBar, QAccessible::PageTabList);
     auto* tabs = new QHBoxLayout(m_tabBar);
     tabs->setContentsMargins(0, 0, 0, 0);
     tabs->setSpacing(0);
@@ -51,7 +55,7 @@ ContentView::ContentView(QWidget* parent)
     auto* column = new QVBoxLayout(this);
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
-    column->addWidget(m_topBar);
+    column->addWidget(makeTopBar());
     column->addWidget(morvik::makeDivider(Theme::brand));
     column->addWidget(m_tabBar);
     column->addWidget(morvik::makeDivider(Theme::brand));
@@ -64,19 +68,11 @@ void ContentView::addTab(AppTab tab, QWidget* page) {
     connect(button, &morvik::TabButton::clicked, this, [this, tab] { selectTab(tab); });
     auto* tabs = static_cast<QHBoxLayout*>(m_tabBar->layout());
     tabs->insertWidget(static_cast<int>(m_buttons.size()), button);
+    if (!m_buttons.empty()) // before the pages, for the keyboard too
+        setTabOrder(m_buttons.back(), button);
     m_tabs.push_back(tab);
     m_buttons.push_back(button);
     m_pages->addWidget(page);
-}
-
-void ContentView::setBrandMark(QWidget* mark) {
-    static_cast<QGridLayout*>(m_topBar->layout())
-        ->addWidget(mark, 0, 0, Qt::AlignLeft | Qt::AlignVCenter);
-    QWidget* last = mark; // which stands before the tabs for the keyboard, too
-    for (morvik::TabButton* button : m_buttons) {
-        setTabOrder(last, button);
-        last = button;
-    }
 }
 
 AppTab ContentView::selectedTab() const {

@@ -27,8 +27,6 @@ public:
 
     /// Takes `page` over; the first one is selected. To be called in the tabs' order.
     void addTab(AppTab tab, QWidget* page);
-    /// Takes the brand mark over, for the left end of the top bar.
-    void setBrandMark(QWidget* mark);
 
     bool hasTab(AppTab tab) const { return indexOf(tab) >= 0; }
     AppTab selectedTab() const;
@@ -45,7 +43,6 @@ protected:
 private:
     int indexOf(AppTab tab) const;
 
-    QWidget* m_topBar;
     QWidget* m_tabBar;
     FadingStack* m_pages;
     std::vector<AppTab> m_tabs;

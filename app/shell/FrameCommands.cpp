@@ -6,7 +6,6 @@
 #include "app/updates/CheckForUpdatesView.h"
 #include "app/updates/UpdateAlerts.h"
 #include "ui/MorvikAboutCommand.h"
-#include "ui/MorvikFooter.h"
 #include "ui/MorvikHelpCommands.h"
 
 #include <QMenu>
@@ -35,7 +34,6 @@ void addFrameCommands(MainWindow& window, Updater& updater, const FrameTexts& te
     const morvik::MorvikHelpWindowCommand help{
         name, texts.supportEmail, [email = texts.supportEmail] { return new HelpView(email); }};
     help.addTo(window.helpMenu());
-    window.content().setBrandMark(new morvik::MorvikFooter);
 }
 
 } // namespace kopertal

@@ -5,6 +5,7 @@
 #include "app/sender/SenderSetupView.h"
 #include "app/settings/AppSettings.h"
 #include "app/shell/ErrorAlert.h"
+#include "ui/AccessibleRole.h"
 #include "ui/RaiseWindow.h"
 #include "ui/Sheet.h"
 
@@ -15,6 +16,7 @@
 #include <QLineEdit>
 #include <QMenuBar>
 #include <QScreen>
+#include <QShortcut>
 
 #include <utility>
 
@@ -53,7 +55,7 @@ MainWindow::MainWindow(AppSettings& settings)
     addTabAction(AppTab::addresses);
     setCentralWidget(m_content);
     resize(firstSize.boundedTo(screen()->availableSize()));
-    m_addresses->setFocus();
+    m_addresses->editor().setFocus();
     connect(&settings, &AppSettings::savingFailed, this, [] {
         showError(QStringLiteral("Nie udało się zapisać ustawień w folderze %1. Zmiany działają do "
                                  "zamknięcia programu. Sprawdź, czy na dysku jest miejsce i czy "
@@ -178,6 +180,8 @@ void MainWindow::showSettings() {
         auto* form = new SenderSetupView(m_settings, true);
         form->setAttribute(Qt::WA_DeleteOnClose);
         form->setWindowTitle(QStringLiteral("Ustawienia — Kopertal"));
+        morvik::setAccessibleRole(form, QAccessible::Window);
+        new QShortcut(QKeySequence::Close, form, form, &QWidget::close);
         form->resize(600, form->sizeHint().height());
         m_settingsWindow = form;
         form->firstField()->setFocus();

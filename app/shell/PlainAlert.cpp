@@ -31,6 +31,8 @@ QMessageBox* plainAlert(QWidget* window, const QString& title, const QString& me
     // The box's own text format does not reach the informative text.
     for (QLabel* label : alert->findChildren<QLabel*>())
         label->setTextFormat(Qt::PlainText);
+    if (auto* picture = alert->findChild<QLabel*>(QStringLiteral("qt_msgboxex_icon_label")))
+        picture->setAccessibleName(title);
     return alert;
 }
 

@@ -179,6 +179,7 @@ void TrackingTable::contextMenuEvent(QContextMenuEvent* event) {
         at = viewport()->mapToGlobal(visualRect(m_model.index(*position, 1)).bottomLeft());
     auto* menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->setAccessibleName(accessibleName());
     QAction* number = menu->addAction(QStringLiteral("&Kopiuj numer"), this, &TrackingTable::copy);
     number->setShortcut(QKeySequence::Copy);
     number->setShortcutContext(Qt::WidgetShortcut); // shown only: the table takes the key itself

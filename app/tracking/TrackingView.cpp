@@ -32,6 +32,7 @@
 #include <QRegularExpression>
 #include <QScrollBar>
 #include <QSet>
+#include <QShortcut>
 #include <QStackedWidget>
 #include <QVBoxLayout>
 
@@ -172,6 +173,11 @@ QWidget* TrackingView::makeTablePane() {
     m_details = new ShipmentDetails;
     m_detailsPane = makePane(m_details, leastDetailsWidth);
     m_detailsPane->hide();
+    connect(new QShortcut(Qt::Key_Escape, m_details, nullptr, nullptr, Qt::WidgetShortcut),
+            &QShortcut::activated, m_table, [this] {
+                m_table->setFocus(Qt::OtherFocusReason);
+                m_table->clearSelection();
+            });
     auto* split = new morvik::Splitter;
     split->setObjectName(QStringLiteral("tracking.panes"));
     split->addWidget(makePane(m_table, leastTableWidth));

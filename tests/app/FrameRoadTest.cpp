@@ -234,6 +234,7 @@ private Q_SLOTS:
         showError(words);
         QTRY_VERIFY(openWindow<QMessageBox>());
         const auto* alert = openWindow<QMessageBox>();
+        QTRY_VERIFY(alert->isActiveWindow());
         for (const auto* label : alert->findChildren<QLabel*>())
             QCOMPARE(label->textFormat(), Qt::PlainText);
         QVERIFY(words.startsWith(alert->informativeText().chopped(1)));
@@ -266,7 +267,7 @@ private Q_SLOTS:
     void tabGoesFromTheBrandMarkToTheTabsAndOn() {
         QStringList stops;
         m_window->findChild<morvik::MorvikFooter*>()->setFocus(Qt::TabFocusReason);
-        for (const char* expected : {"Adresy odbiorców", "Adresy odbiorców", "Wyczyść adresy"}) {
+        for (const char* expected : {"Adresy odbiorców", "Wyczyść adresy", "Adresy odbiorców"}) {
             pressKeys({"Tab"});
             QTRY_VERIFY(QApplication::focusWidget());
             stops += QAccessible::queryAccessibleInterface(QApplication::focusWidget())

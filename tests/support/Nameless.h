@@ -12,7 +12,8 @@ inline void collectNameless(QAccessibleInterface* node, QStringList& nameless) {
         QAccessible::Window,   QAccessible::Dialog,       QAccessible::Button,
         QAccessible::MenuItem, QAccessible::EditableText, QAccessible::Table,
         QAccessible::List,     QAccessible::AlertMessage, QAccessible::PageTab,
-        QAccessible::CheckBox};
+        QAccessible::CheckBox, QAccessible::Link,         QAccessible::ComboBox,
+        QAccessible::SpinBox,  QAccessible::Graphic};
     if (!node->state().invisible && (node->state().focusable || named.contains(node->role())) &&
         node->text(QAccessible::Name).isEmpty())
         nameless << QString::fromLatin1(node->object() ? node->object()->metaObject()->className()

@@ -194,6 +194,7 @@ private Q_SLOTS:
         QSignalSpy dismissed(sheet, &Sheet::dismissed);
         sheet->open(first);
         QCOMPARE(QAccessible::queryAccessibleInterface(sheet)->role(), QAccessible::Dialog);
+        QVERIFY(QAccessible::queryAccessibleInterface(sheet)->state().modal);
         QCOMPARE(window.focusWidget(), first);
         QTest::keyClick(&window, Qt::Key_K, Qt::ControlModifier);
         QCOMPARE(triggered, 1);
