@@ -72,6 +72,7 @@ std::optional<QUrl> chooseDirectory() {
     QFileDialog panel(QApplication::activeWindow());
     panel.setFileMode(QFileDialog::Directory);
     panel.setOption(QFileDialog::ShowDirsOnly);
+    panel.setWindowTitle(QStringLiteral("Wybierz folder"));
     panel.setLabelText(QFileDialog::Accept, QStringLiteral("Wybierz"));
     if (panel.exec() != QDialog::Accepted || panel.selectedUrls().isEmpty())
         return std::nullopt;

@@ -49,7 +49,9 @@ QString writeWhole(const QString& path, const QByteArray& bytes) {
 }
 
 QString proposedFile() {
-    const QDir folder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    QDir folder(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    if (!folder.exists())
+        folder = QDir::home();
     return folder.filePath(QStringLiteral("sledzenie_%1.csv")
                                .arg(QDate::currentDate().toString(QStringLiteral("yyyyMMdd"))));
 }
