@@ -1,7 +1,7 @@
 #include "engine/RegisterDocument.h"
 
 #include "engine/EngineError.h"
-#include "engine/PageDuplication.h"
+#include "engine/PageBatches.h"
 #include "engine/RegisterPages.h"
 #include "engine/TemplateLayout.h"
 #include "engine/TemplatePackage.h"
@@ -114,25 +114,23 @@ qsizetype fillTemplate(const QList<ParsedAddress>& addresses,
     refuseNestedBoxes(root);
     throwIfStopped(stop);
     const qsizetype pages = pageCount(addresses.size());
-    duplicatePages(root, pages);
-    throwIfStopped(stop);
-
-    writeSender(root, senderName, senderAddress);
-
     qsizetype next = 0;
-    for (const TextboxGrid& grid : findAllTextboxGrids(root)) {
-        throwIfStopped(stop);
-        const qsizetype count = std::min(recipientsPerPage, addresses.size() - next);
-        if (count <= 0)
-            break;
-        writeRecipients(grid, addresses.begin() + next, count);
-        next += count;
-    }
-
     qsizetype page = 0;
-    for (const pugi::xml_node& shape : findAllPageNumberShapes(root))
-        setPageNumberText(shape, ++page, pages);
-    throwIfStopped(stop);
+    PageBatches batches(root, pages);
+    do {
+        throwIfStopped(stop);
+        writeSender(root, senderName, senderAddress);
+        for (const TextboxGrid& grid : findAllTextboxGrids(root)) {
+            const qsizetype count = std::min(recipientsPerPage, addresses.size() - next);
+            if (count <= 0)
+                break;
+            writeRecipients(grid, addresses.begin() + next, count);
+            next += count;
+        }
+        for (const pugi::xml_node& shape : findAllPageNumberShapes(root))
+            setPageNumberText(shape, ++page, pages);
+        package.writeBody();
+    } while (batches.next());
     const qint64 fillingTime = timer.elapsed();
 
     package.save(outputURL, stop);

@@ -10,7 +10,7 @@
 
 namespace kopertal {
 
-// Bounds of a register: 20 000 pages take some 4 GB of memory, and what has more lines than this is
+// Bounds of a register: 20 000 pages are a document of 1.3 GB, and what has more lines than this is
 // no address but a text without blank lines.
 inline constexpr qsizetype maxRecipients = 200'000;
 inline constexpr qsizetype maxAddressLines = 1'000;

@@ -5,8 +5,10 @@
 #include "engine/ZipArchive.h"
 
 #include <QDir>
-#include <QFile>
 #include <QFileInfo>
+#include <QUuid>
+
+#include <sstream>
 
 namespace kopertal {
 namespace {
@@ -21,22 +23,43 @@ QByteArray readFile(const QString& path) {
     return file.readAll();
 }
 
-/// Hands the serialised tree to a file and remembers whether it all went in.
+constexpr const char* indentation = " ";
+
 class FileWriter : public pugi::xml_writer {
 public:
     explicit FileWriter(QFile& file) : m_file(file) {}
 
     void write(const void* data, size_t size) override {
         const auto count = static_cast<qint64>(size);
-        m_isWhole = m_isWhole && m_file.write(static_cast<const char*>(data), count) == count;
+        if (m_file.write(static_cast<const char*>(data), count) != count)
+            throw FileError(m_file.fileName(), m_file.errorString());
     }
-
-    bool isWhole() const { return m_isWhole; }
 
 private:
     QFile& m_file;
-    bool m_isWhole = true;
 };
+
+/// A serialised document before and after the content of its body.
+struct Frame {
+    QByteArray before;
+    QByteArray after;
+};
+
+Frame frameOf(const pugi::xml_document& document, pugi::xml_node body) {
+    const QByteArray name = QUuid::createUuid().toByteArray();
+    pugi::xml_node first = body.prepend_child(pugi::node_comment);
+    pugi::xml_node last = body.append_child(pugi::node_comment);
+    first.set_value(name.constData());
+    last.set_value(name.constData());
+    std::ostringstream stream;
+    document.save(stream, indentation, pugi::format_indent, pugi::encoding_utf8);
+    body.remove_child(first);
+    body.remove_child(last);
+    const QByteArray bytes = QByteArray::fromStdString(stream.str());
+    const QByteArray mark = "<!--" + name + "-->\n";
+    const qsizetype start = bytes.lastIndexOf('\n', bytes.indexOf(mark)) + 1; // of the mark's line
+    return {bytes.first(start), bytes.sliced(bytes.lastIndexOf(mark) + mark.size())};
+}
 
 /// A folder cannot be replaced by renaming a file over it.
 void removeFolderAt(const QString& path) {
@@ -47,29 +70,44 @@ void removeFolderAt(const QString& path) {
 
 } // namespace
 
-TemplatePackage::TemplatePackage(const QString& templatePath) {
+TemplatePackage::TemplatePackage(const QString& templatePath)
+    : m_mainDocument(m_folder.filePath(mainDocumentPart)) {
     unzipItem(templatePath, m_folder.path());
-    parseXml(readFile(m_folder.filePath(mainDocumentPart)), mainDocumentPart, m_document);
+    parseXml(readFile(m_mainDocument.fileName()), mainDocumentPart, m_document);
+    // File systems take a file that is emptied and written again for a precious one, and put it on
+    // the disk when it is closed; this one will be gone before.
+    m_mainDocument.remove();
+    if (!m_mainDocument.open(QIODevice::WriteOnly | QIODevice::NewOnly))
+        throw FileError(m_mainDocument.fileName(), m_mainDocument.errorString());
+    if (const pugi::xml_node body = root().child("w:body")) {
+        const Frame frame = frameOf(m_document, body);
+        FileWriter(m_mainDocument).write(frame.before.constData(), size_t(frame.before.size()));
+        m_afterBody = frame.after;
+    }
+}
+
+void TemplatePackage::writeBody() {
+    constexpr unsigned int depth = 2;
+    FileWriter writer(m_mainDocument);
+    pugi::xml_node body = root().child("w:body");
+    for (const pugi::xml_node& child : body.children())
+        child.print(writer, indentation, pugi::format_indent, pugi::encoding_utf8, depth);
+    body.remove_children();
 }
 
 void TemplatePackage::save(const QString& outputPath, const std::stop_token& stop) {
-    writeMainDocument();
+    FileWriter writer(m_mainDocument);
+    if (m_afterBody.isEmpty()) // there is no body
+        m_document.save(writer, indentation, pugi::format_indent, pugi::encoding_utf8);
+    else
+        writeBody();
+    writer.write(m_afterBody.constData(), size_t(m_afterBody.size()));
+    if (!m_mainDocument.flush())
+        throw FileError(m_mainDocument.fileName(), m_mainDocument.errorString());
+    m_mainDocument.close();
     convertContentTypes();
     removeFolderAt(outputPath);
     zipItem(m_folder.path(), outputPath, stop);
-}
-
-void TemplatePackage::writeMainDocument() {
-    QFile file(m_folder.filePath(mainDocumentPart));
-    // File systems take a file that is emptied and written again for a precious one, and put it on
-    // the disk when it is closed; this one will be gone before.
-    file.remove();
-    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
-        throw FileError(file.fileName(), file.errorString());
-    FileWriter writer(file);
-    m_document.save(writer, " ", pugi::format_indent, pugi::encoding_utf8);
-    if (!writer.isWhole() || !file.flush())
-        throw FileError(file.fileName(), file.errorString());
 }
 
 void TemplatePackage::convertContentTypes() {

@@ -2,6 +2,8 @@
 
 #include "engine/WorkFolder.h"
 
+#include <QByteArray>
+#include <QFile>
 #include <QString>
 #include <pugixml.hpp>
 
@@ -19,16 +21,21 @@ public:
 
     pugi::xml_node root() const { return m_document.document_element(); }
 
-    /// Writes the tree back, makes the template a document by its content type and packs it all
+    /// Takes what the document's body holds out of the tree: it is written. What the body gets
+    /// then comes behind it. The rest of the tree stays as it was parsed.
+    void writeBody();
+
+    /// Writes what is left, makes the template a document by its content type and packs it all
     /// into `outputPath`, in place of the file or folder there.
     void save(const QString& outputPath, const std::stop_token& stop);
 
 private:
-    void writeMainDocument();
     void convertContentTypes();
 
     WorkFolder m_folder;
     pugi::xml_document m_document;
+    QFile m_mainDocument;
+    QByteArray m_afterBody; // the end of the main document
 };
 
 } // namespace kopertal

@@ -1,22 +1,18 @@
 #include "engine/XmlTree.h"
 
 #include "engine/EngineError.h"
-#include "engine/TreeMemory.h"
 #include "engine/Whitespace.h"
 
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
+#include <cstdlib>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace kopertal {
 namespace {
-
-// Before any tree has memory. The library's own has it that a change for which there is none
-// silently does nothing, and a register would lack recipients.
-[[maybe_unused]] const bool usesTreeMemory =
-    (pugi::set_memory_management_functions(allocateTreeMemory, releaseTreeMemory), true);
 
 /// Collects the elements of one name, without those below an element of another. The library's own
 /// traversal is iterative, so depth costs no stack, and several times as fast as one from outside.
@@ -150,9 +146,20 @@ QByteArray soundXml(const QByteArray& bytes, const QString& name) {
     return result;
 }
 
+void* allocateOrThrow(size_t size) {
+    if (void* memory = std::malloc(size))
+        return memory;
+    throw std::bad_alloc();
+}
+
 } // namespace
 
 void parseXml(const QByteArray& bytes, const QString& name, pugi::xml_document& document) {
+    // Without memory the library's changes would silently do nothing, and a register lack
+    // recipients.
+    [[maybe_unused]] static const bool isSet =
+        (pugi::set_memory_management_functions(allocateOrThrow, std::free), true);
+
     const QByteArray sound = soundXml(bytes, name);
     constexpr unsigned int options = pugi::parse_default | pugi::parse_ws_pcdata_single |
                                      pugi::parse_comments | pugi::parse_pi |

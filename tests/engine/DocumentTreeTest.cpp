@@ -1,4 +1,5 @@
 #include "engine/EngineError.h"
+#include "engine/PageBatches.h"
 #include "engine/PageDuplication.h"
 #include "engine/TemplateLayout.h"
 #include "engine/XmlTree.h"
@@ -239,6 +240,41 @@ private Q_SLOTS:
             duplicatePages(root, count);
             repeated.replace('\'', '"');
             QCOMPARE(rawXml(root), "<w:document><w:body>" + repeated + "</w:body></w:document>");
+        }
+    }
+
+    void batchesAreTheWhole() {
+        const QByteArray field = "<wps:wsp/>";
+        const QByteArray inside[] = {
+            "<w:body><w:p n='1'>" + field + "</w:p><w:tbl/><w:p n='2'/><w:sectPr/></w:body>",
+            "<w:body><!--c--><w:sectPr i='1'/><w:p/>t<w:sectPr i='2'/>" + field + "</w:body>",
+            "<w:body><w:p/><w:sectPr>" + field + "</w:sectPr></w:body>",
+            "<w:x>" + field + "</w:x><w:body><w:p/></w:body>", // a field outside the page
+            "<w:body><w:tbl/></w:body>",
+            "<w:body/>"};
+        for (const QByteArray& content : inside) {
+            for (const int count : {1, 15, 16, 17, 32, 33, 100}) {
+                pugi::xml_node root = parse("<w:document>" + content + "</w:document>");
+                duplicatePages(root, count);
+                const size_t fields = descendants(root, "wps:wsp").size();
+                QByteArray whole;
+                for (const pugi::xml_node& child : root.child("w:body").children())
+                    whole += rawXml(child);
+
+                root = parse("<w:document>" + content + "</w:document>");
+                pugi::xml_node body = root.child("w:body");
+                QByteArray written;
+                size_t found = 0;
+                PageBatches batches(root, count);
+                do {
+                    found += descendants(root, "wps:wsp").size();
+                    for (const pugi::xml_node& child : body.children())
+                        written += rawXml(child);
+                    body.remove_children();
+                } while (batches.next());
+                QCOMPARE(written, whole);
+                QCOMPARE(found, fields);
+            }
         }
     }
 };
