@@ -17,7 +17,7 @@ def record(promise, figure, unit, **rest):
     if path:
         with open(path, "a", encoding="utf-8") as file:
             file.write(json.dumps(result) + "\n")
-    print("  ".join(cell for cell in cells(result) if cell), flush=True)
+    print("  ".join(cells(result)), flush=True)
 
 
 def read(path):
@@ -33,7 +33,7 @@ def is_kept(result):
     return value <= result["mark"] if result["relation"] == "<=" else value >= result["mark"]
 
 
-HEADINGS = ("promise", "mark", "figure", "reference", "ratio", "")
+HEADINGS = ("promise", "mark", "figure", "reference", "ratio", "mark kept")
 
 
 def cells(result):
@@ -45,8 +45,9 @@ def cells(result):
         mark = f"{RELATIONS[result['relation']]} {result['mark']:g}{' times' if of_ratio else unit}"
     reference = f"{result['reference']}: {number(result['reference_figure'])}{unit}" if "reference" in result else ""
     ratio = f"{result['ratio']:.2f}" if "ratio" in result else ""
-    return (result["promise"], mark, number(result["figure"]) + unit, reference, ratio,
-            {None: "", True: "kept", False: "MISSED"}[is_kept(result)])
+    kept = {None: "", True: "kept", False: "MISSED"}[is_kept(result)]
+    return tuple(cell or "–" for cell in (result["promise"], mark, number(result["figure"]) + unit, reference, ratio,
+                                          kept))
 
 
 def number(value):
