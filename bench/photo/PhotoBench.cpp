@@ -1,6 +1,8 @@
 // PhotoBench make FOLDER LEVEL FIRST LAST [MEGAPIXELS]   writes made-up photos and what is on them
 // PhotoBench run FOLDER... [--ours] [--missed]           reads them and prints how well, beside
 //                                                        libraries on their own unless --ours
+// Folders named after a level with a mark, and one named "large", are recorded as promises.
+#include "bench/Result.h"
 #include "bench/photo/PlainReading.h"
 #include "scan/BarcodeDetector.h"
 #include "scan/PhotoDecoding.h"
@@ -12,11 +14,13 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QMap>
 #include <QRegularExpression>
 #include <QTextStream>
 
 #include <algorithm>
 #include <sys/resource.h>
+#include <tuple>
 #include <vector>
 
 using namespace kopertal;
@@ -125,12 +129,81 @@ void print(const QString& folder, const char* reader, Score& score) {
         << Qt::flush;
 }
 
+double linearRecall(const Score& score) {
+    return score.linear ? 100.0 * score.linearRead / score.linear : 0;
+}
+
+/// Recalls beside that of the best plain reader.
+void recordRecall(const QString& level, const Score& ours, const std::vector<Score>& theirs,
+                  const std::vector<PlainReader>& readers) {
+    static const QMap<QString, double> marks{{"easy", 99}, {"medium", 98}, {"hard", 80}};
+    if (!marks.contains(level) || theirs.empty())
+        return;
+    const auto best = std::ranges::max_element(theirs, {}, linearRecall) - theirs.begin();
+    const QByteArray promise = "linear codes read, " + level.toUtf8() + " photos";
+    bench::record({.promise = promise.constData(),
+                   .figure = linearRecall(ours),
+                   .unit = "%",
+                   .reference = readers[size_t(best)].name,
+                   .referenceFigure = linearRecall(theirs[size_t(best)]),
+                   .relation = ">=",
+                   .mark = marks[level]});
+}
+
+/// What is promised of all photos together: of usual ones, or of large ones.
+void recordWhole(const Score& ours, const std::vector<Score>& theirs,
+                 const std::vector<PlainReader>& readers, bool isLarge, double megabytes) {
+    if (isLarge) {
+        bench::record({.promise = "peak memory, photos of 48 megapixels",
+                       .figure = megabytes,
+                       .unit = "MB",
+                       .relation = "<=",
+                       .mark = 400});
+        return;
+    }
+    if (theirs.empty())
+        return;
+    const auto share = [](std::vector<double> seconds, size_t hundredths) {
+        std::ranges::sort(seconds);
+        return seconds[seconds.size() * hundredths / 100];
+    };
+    const QByteArray wrong =
+        "false reads, " + QByteArray::number(ours.linear + ours.matrix) + " codes";
+    const auto fewest = std::ranges::min_element(theirs, {}, &Score::wrong) - theirs.begin();
+    bench::record({.promise = wrong.constData(),
+                   .figure = double(ours.wrong),
+                   .reference = readers[size_t(fewest)].name,
+                   .referenceFigure = double(theirs[size_t(fewest)].wrong),
+                   .relation = "<=",
+                   .mark = 0});
+    for (const auto& [promise, hundredths, mark] :
+         {std::tuple{"a photo of 12 megapixels, median", 50, 0.5},
+          std::tuple{"a photo of 12 megapixels, 95 of 100", 95, 1.0}}) {
+        bench::record({.promise = promise,
+                       .figure = share(ours.seconds, size_t(hundredths)),
+                       .unit = "s",
+                       .reference = readers[0].name,
+                       .referenceFigure = share(theirs[0].seconds, size_t(hundredths)),
+                       .relation = "<=",
+                       .mark = mark});
+    }
+}
+
+void add(Score& sum, const Score& score) {
+    sum.linear += score.linear;
+    sum.matrix += score.matrix;
+    sum.wrong += score.wrong;
+    sum.seconds.insert(sum.seconds.end(), score.seconds.begin(), score.seconds.end());
+}
+
 /// All readers take each photo in turn, so that what else the machine does slows all alike.
 int run(const QStringList& arguments) {
     const std::vector<PlainReader> plain =
         arguments.contains("--ours") ? std::vector<PlainReader>() : plainReaders();
     out << "folder         reader       linear   read      2D   read     false   died   median s  "
            " p95 s\n";
+    Score oursOfAll;
+    std::vector<Score> theirsOfAll(plain.size());
     for (const QString& path : arguments) {
         if (path.startsWith('-'))
             continue;
@@ -165,10 +238,18 @@ int run(const QStringList& arguments) {
         print(folder.dirName(), "Kopertal", ours);
         for (size_t i = 0; i < plain.size(); ++i)
             print(folder.dirName(), plain[i].name, theirs[i]);
+        recordRecall(folder.dirName(), ours, theirs, plain);
+        add(oursOfAll, ours);
+        for (size_t i = 0; i < plain.size(); ++i)
+            add(theirsOfAll[i], theirs[i]);
     }
     rusage usage{};
     getrusage(RUSAGE_SELF, &usage);
-    out << "peak memory " << usage.ru_maxrss / 1024 << " MB\n";
+    const double megabytes = double(usage.ru_maxrss) / 1024;
+    out << "peak memory " << megabytes << " MB\n";
+    if (oursOfAll.seconds.empty())
+        return 1;
+    recordWhole(oursOfAll, theirsOfAll, plain, QDir(arguments[0]).dirName() == "large", megabytes);
     return 0;
 }
 

@@ -4,6 +4,7 @@
 // over a minute). Every printed page's number and order are checked. PrintBench [--whole] [PAGES]
 #include "app/printing/RegisterPrinting.h"
 #include "app/printing/Rendering.h"
+#include "bench/Result.h"
 #include "engine/RegisterDocument.h"
 #include "engine/WorkFolder.h"
 #include "tests/app/StandInPrinter.h"
@@ -83,8 +84,17 @@ int main(int argc, char** argv) {
     const double ten = print(cups, folder, 10);
     const double all = print(cups, folder, pages);
     const double again = print(cups, folder, 10);
-    std::printf("%d pages take %.1f times as long as 10 (mark %.0f)\n", pages,
-                all * 2 / (ten + again), pages / 10.0);
+    const double ratio = all * 2 / (ten + again);
+    std::printf("%d pages take %.1f times as long as 10 (mark %.0f)\n", pages, ratio, pages / 10.0);
+    const QByteArray promise = "printing " + QByteArray::number(pages) + " pages";
+    bench::record({.promise = promise.constData(),
+                   .figure = all,
+                   .unit = "s",
+                   .reference = "10 pages",
+                   .referenceFigure = (ten + again) / 2,
+                   .ratio = ratio,
+                   .relation = "<=",
+                   .mark = pages / 10.0});
     if (alsoWhole) {
         QElapsedTimer timer;
         timer.start();

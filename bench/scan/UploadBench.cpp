@@ -1,6 +1,7 @@
 // 50 MiB to the phone's server over loopback, beside a bare TCP copy of the same bytes, in turns.
 // The mark: at least half of what the copy reaches.
 
+#include "bench/Result.h"
 #include "scan/ScanServer.h"
 #include "tests/support/RawClient.h"
 
@@ -98,10 +99,19 @@ void measure(std::uint16_t port, const std::string& body, const int& received) {
         }));
     }
     const double mebibytes = static_cast<double>(bodyBytes) / 1048576;
-    std::printf("bare TCP copy of 50 MiB   %7.0f MiB/s (median of %d)\n",
-                mebibytes / median(copies), rounds);
-    std::printf("upload of 50 MiB          %7.0f MiB/s, %.2f of the copy (mark: 0.50)\n",
-                mebibytes / median(uploads), median(copies) / median(uploads));
+    kopertal::bench::Result upload{.promise = "an upload of 50 MiB over loopback",
+                                   .figure = mebibytes / median(uploads),
+                                   .unit = "MiB/s",
+                                   .reference = "bare TCP copy",
+                                   .referenceFigure = mebibytes / median(copies),
+                                   .ratio = median(copies) / median(uploads),
+                                   .relation = ">=",
+                                   .mark = 0.5};
+    kopertal::bench::record(upload);
+    std::printf("bare TCP copy of 50 MiB   %7.0f MiB/s (median of %d)\n", upload.referenceFigure,
+                rounds);
+    std::printf("upload of 50 MiB          %7.0f MiB/s, %.2f of the copy (mark: %.2f)\n",
+                upload.figure, upload.ratio, upload.mark);
 
     const double seconds = secondsOf([&] {
         std::vector<std::thread> senders;
@@ -118,6 +128,10 @@ void measure(std::uint16_t port, const std::string& body, const int& received) {
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
     std::printf("%d uploads of 50 MiB at once: %d delivered in %.1f s, %.0f MiB/s\n", uploadsAtOnce,
                 received - rounds, seconds, mebibytes * uploadsAtOnce / seconds);
+    kopertal::bench::record({.promise = "delivered of 64 uploads of 50 MiB at once",
+                             .figure = double(received - rounds),
+                             .relation = ">=",
+                             .mark = uploadsAtOnce});
 }
 
 } // namespace
@@ -136,5 +150,5 @@ int main(int argc, char** argv) {
     });
     QCoreApplication::exec();
     client.join();
-    return received == rounds + uploadsAtOnce ? 0 : 1;
+    return 0;
 }

@@ -1,6 +1,8 @@
 // From a program's start to its window's first picture on the screen, in turns with an empty
 // window of the toolkit. Needs an empty X display without a window manager; bench/start/start
-// brings one. StartBench ROUNDS PROGRAM OTHER
+// brings one. Then how often the standing window wakes. StartBench ROUNDS PROGRAM OTHER
+#include "bench/Result.h"
+
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
@@ -8,10 +10,15 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <memory>
 #include <spawn.h>
+#include <string>
+#include <string_view>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <thread>
 #include <unistd.h>
 #include <vector>
 #include <xcb/xcb.h>
@@ -28,6 +35,9 @@ constexpr auto patience = 20s;
 constexpr auto glance = 300us; // between two looks at the screen
 constexpr int16_t looksAt = 300;
 constexpr double mark = 1.5;
+constexpr auto settling = 2s;
+constexpr auto idling = 5s;
+constexpr double caretWakeUps = 8; // two blinks a second: the timer, and the server's answers
 
 /// A spot of the screen that every first window covers.
 class Screen {
@@ -53,6 +63,29 @@ public:
             fail("the screen cannot be read");
         const uint8_t* pixel = xcb_get_image_data(reply.get());
         return (pixel[0] | pixel[1] | pixel[2]) == 0;
+    }
+
+    /// Gives all windows of the screen's first level the keyboard, one after the other.
+    void focusWindows() const {
+        const auto release = [](void* memory) { std::free(memory); };
+        const std::unique_ptr<xcb_query_tree_reply_t, decltype(release)> tree(
+            xcb_query_tree_reply(m_connection.get(), xcb_query_tree(m_connection.get(), m_root),
+                                 nullptr),
+            release);
+        if (!tree)
+            fail("the screen cannot be read");
+        const xcb_window_t* windows = xcb_query_tree_children(tree.get());
+        for (int i = 0; i < xcb_query_tree_children_length(tree.get()); ++i) {
+            const std::unique_ptr<xcb_get_window_attributes_reply_t, decltype(release)> window(
+                xcb_get_window_attributes_reply(
+                    m_connection.get(), xcb_get_window_attributes(m_connection.get(), windows[i]),
+                    nullptr),
+                release);
+            if (window && window->map_state == XCB_MAP_STATE_VIEWABLE)
+                xcb_set_input_focus(m_connection.get(), XCB_INPUT_FOCUS_PARENT, windows[i],
+                                    XCB_CURRENT_TIME);
+        }
+        xcb_flush(m_connection.get());
     }
 
     [[noreturn]] static void fail(const char* why) {
@@ -84,19 +117,78 @@ struct Start {
     double processor; // ms of processor time, which a busy machine hardly lengthens
 };
 
-Start measureStart(const Screen& screen, const char* program) {
-    waitUntil(screen, true);
+pid_t spawn(const char* program) {
     char* const arguments[] = {const_cast<char*>(program), nullptr};
     pid_t process = 0;
-    const auto start = Clock::now();
     if (posix_spawn(&process, program, nullptr, nullptr, arguments, environ) != 0)
         Screen::fail(std::strerror(errno));
-    waitUntil(screen, false);
-    const double took = Milliseconds(Clock::now() - start).count();
+    return process;
+}
+
+rusage end(pid_t process) {
     kill(process, SIGTERM);
     rusage used{};
     wait4(process, nullptr, 0, &used);
+    return used;
+}
+
+Start measureStart(const Screen& screen, const char* program) {
+    waitUntil(screen, true);
+    const auto start = Clock::now();
+    const pid_t process = spawn(program);
+    waitUntil(screen, false);
+    const double took = Milliseconds(Clock::now() - start).count();
+    const rusage used = end(process);
     return {took, milliseconds(used.ru_utime) + milliseconds(used.ru_stime)};
+}
+
+/// How often any of the process's threads has stopped waiting until now.
+long wakeUps(pid_t process) {
+    long sum = 0;
+    const std::filesystem::path threads("/proc/" + std::to_string(process) + "/task");
+    for (const auto& thread : std::filesystem::directory_iterator(threads)) {
+        std::ifstream status(thread.path() / "status");
+        for (std::string line; std::getline(status, line);) {
+            constexpr std::string_view name = "voluntary_ctxt_switches:";
+            if (line.starts_with(name))
+                sum += std::stol(line.substr(name.size()));
+        }
+    }
+    return sum;
+}
+
+/// Wake-ups a second of a window that nobody touches, without and with the keyboard.
+void measureIdling(const Screen& screen, const char* program, const char* other) {
+    double perSecond[2][2];
+    const char* const programs[] = {program, other};
+    for (int which = 0; which < 2; ++which) {
+        waitUntil(screen, true);
+        const pid_t process = spawn(programs[which]);
+        waitUntil(screen, false);
+        for (const bool hasFocus : {false, true}) {
+            if (hasFocus)
+                screen.focusWindows();
+            std::this_thread::sleep_for(settling);
+            const long before = wakeUps(process);
+            std::this_thread::sleep_for(idling);
+            perSecond[which][hasFocus] = static_cast<double>(wakeUps(process) - before) /
+                                         std::chrono::duration<double>(idling).count();
+        }
+        end(process);
+    }
+    for (const bool hasFocus : {false, true}) {
+        const char* const promise = hasFocus ? "idle, wake-ups a second while the caret blinks"
+                                             : "idle, wake-ups a second without the keyboard";
+        const double most = hasFocus ? caretWakeUps : 0.2;
+        std::printf("%s: %.1f, empty window %.1f (mark %.1f)\n", promise, perSecond[0][hasFocus],
+                    perSecond[1][hasFocus], most);
+        kopertal::bench::record({.promise = promise,
+                                 .figure = perSecond[0][hasFocus],
+                                 .reference = "empty window",
+                                 .referenceFigure = perSecond[1][hasFocus],
+                                 .relation = "<=",
+                                 .mark = most});
+    }
 }
 
 double median(const std::vector<Start>& starts, double Start::*figure) {
@@ -107,10 +199,18 @@ double median(const std::vector<Start>& starts, double Start::*figure) {
     return values[values.size() / 2];
 }
 
-void report(const char* what, const std::vector<Start>& ours, const std::vector<Start>& others,
-            double Start::*figure) {
+void report(const char* what, const char* promise, const std::vector<Start>& ours,
+            const std::vector<Start>& others, double Start::*figure) {
     const double our = median(ours, figure);
     const double other = median(others, figure);
+    kopertal::bench::record({.promise = promise,
+                             .figure = our,
+                             .unit = "ms",
+                             .reference = "empty window",
+                             .referenceFigure = other,
+                             .ratio = our / other,
+                             .relation = "<=",
+                             .mark = mark});
     std::printf("%-16s median %6.1f ms, empty window %6.1f ms, ratio %.2f (mark %.1f: %s)\n", what,
                 our, other, our / other, mark, our / other <= mark ? "reached" : "MISSED");
 }
@@ -131,7 +231,8 @@ int main(int argc, char** argv) {
             others.push_back(other);
         }
     }
-    report("first picture", ours, others, &Start::picture);
-    report("processor time", ours, others, &Start::processor);
+    report("first picture", "start to the first picture", ours, others, &Start::picture);
+    report("processor time", "start, processor time", ours, others, &Start::processor);
+    measureIdling(screen, argv[2], argv[3]);
     return 0;
 }

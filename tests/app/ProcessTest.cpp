@@ -124,6 +124,10 @@ private Q_SLOTS:
 
     void secondStartHandsItsFileToTheFirst() {
         startProgram({});
+        const QFileInfo socket(QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation) +
+                               QStringLiteral("/kopertal.socket"));
+        QVERIFY(socket.exists());
+        QCOMPARE(socket.permissions() & QFile::Permissions(0x0077), QFile::Permissions());
         m_store.setData(registerKey, QByteArrayLiteral("[2]"));
         const QByteArray windows = windowsNamedKopertal();
         QFile file(m_folder.filePath(QStringLiteral("adresy.txt")));
