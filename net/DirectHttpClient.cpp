@@ -2,12 +2,10 @@
 #include "net/HttpClient.h"
 #include "net/HttpTransfers.h"
 
-#include <utility>
-
 namespace kopertal {
 
-HttpClient::HttpClient(HttpOptions options)
-    : HttpClient(std::make_unique<HttpTransfers>(std::move(options))) {
+HttpClient::HttpClient(const HttpOptions& options)
+    : HttpClient(std::make_unique<HttpTransfers>(options)) {
 }
 
 } // namespace kopertal

@@ -14,7 +14,7 @@ namespace kopertal {
 class HttpClient {
 public:
     /// Over HttpTransfers, whose exceptions it throws.
-    explicit HttpClient(HttpOptions options = {});
+    explicit HttpClient(const HttpOptions& options = {});
     explicit HttpClient(std::unique_ptr<HttpCarrier> carrier);
 
     /// From any thread, but not once the destruction has begun.

@@ -32,7 +32,7 @@ void initializeLibrary() {
 
 } // namespace
 
-HttpTransfers::HttpTransfers(HttpOptions options) {
+HttpTransfers::HttpTransfers(const HttpOptions& options) {
     initializeLibrary();
     raiseDescriptorLimit();
     const std::size_t free = freeDescriptors();

@@ -20,7 +20,7 @@ class HttpTransfers : public HttpCarrier {
 public:
     /// Raises the process's limit of descriptors. Throws std::runtime_error, with a message for the
     /// user, when there is no descriptor or thread to be had.
-    explicit HttpTransfers(HttpOptions options);
+    explicit HttpTransfers(const HttpOptions& options);
     /// Answers everything that is left as cancelled, and does not wait for the network. When it
     /// returns, every completion has. No other thread may send any more.
     ~HttpTransfers() override;

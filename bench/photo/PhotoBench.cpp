@@ -85,7 +85,7 @@ QList<PlacedCode> readTruth(const QString& path) {
     QList<PlacedCode> codes;
     if (!file.open(QIODevice::ReadOnly))
         return codes;
-    for (const QJsonValue& value : QJsonDocument::fromJson(file.readAll()).array()) {
+    for (const QJsonValue value : QJsonDocument::fromJson(file.readAll()).array()) {
         PlacedCode placed{{value[0].toString(), value[1].toString()}, {}};
         for (int i = 0; i < 4; ++i)
             placed.corners[size_t(i)] = {float(value[2][i][0].toDouble()),

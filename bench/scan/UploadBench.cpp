@@ -115,6 +115,7 @@ void measure(std::uint16_t port, const std::string& body, const int& received) {
 
     const double seconds = secondsOf([&] {
         std::vector<std::thread> senders;
+        senders.reserve(uploadsAtOnce);
         for (int i = 0; i < uploadsAtOnce; ++i)
             senders.emplace_back([&] {
                 RawClient client(port);

@@ -24,8 +24,6 @@
 #include <vector>
 #include <xcb/xcb.h>
 
-extern char** environ;
-
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -194,6 +192,7 @@ void measureIdling(const Screen& screen, const char* program, const char* other)
 
 double median(const std::vector<Start>& starts, double Start::*figure) {
     std::vector<double> values;
+    values.reserve(starts.size());
     for (const Start& start : starts)
         values.push_back(start.*figure);
     std::sort(values.begin(), values.end());
