@@ -3,6 +3,7 @@
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
 #include "ui/Labels.h"
+#include "ui/Layouts.h"
 #include "ui/MorvikTheme.h"
 #include "ui/PlainToolTip.h"
 #include "ui/SmallButtons.h"
@@ -22,20 +23,6 @@ constexpr int rowPadding = 6;
 constexpr int sidePadding = 12;
 constexpr int numberWidth = 28;
 constexpr int dividerIndent = 48;
-
-/// A divider below a row; it starts `indent` pixels from the left.
-class Divider : public QWidget {
-public:
-    explicit Divider(int indent) : m_indent(indent) { setFixedHeight(1); }
-
-protected:
-    void paintEvent(QPaintEvent*) override {
-        QPainter(this).fillRect(rect().adjusted(m_indent, 0, 0, 0), Tones::border);
-    }
-
-private:
-    int m_indent;
-};
 
 /// A title without a frame.
 class BorderlessButton : public KitButton {
@@ -83,7 +70,7 @@ FileListView::FileListView(bool allowReorder, QWidget* parent)
     list->setContentsMargins(0, 0, 0, 0);
     list->setSpacing(0);
     list->addLayout(header);
-    list->addWidget(new Divider(0));
+    list->addWidget(makeDivider(Tones::border));
     list->addWidget(scroll, 1);
 
     auto* column = new QVBoxLayout(this);
@@ -123,7 +110,7 @@ void FileListView::rebuildRows() {
     for (qsizetype index = 0; index < m_files.size(); ++index) {
         column->addWidget(makeRow(index));
         if (index + 1 < m_files.size())
-            column->addWidget(new Divider(dividerIndent));
+            column->addWidget(makeDivider(Tones::border, dividerIndent));
     }
     column->addStretch();
     auto* scroll = m_list->findChild<QScrollArea*>();

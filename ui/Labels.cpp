@@ -10,6 +10,13 @@ void setInk(QWidget* widget, const QColor& color) {
     widget->setPalette(ink);
 }
 
+void setGround(QWidget* widget, const QColor& color) {
+    QPalette ground = widget->palette();
+    ground.setColor(QPalette::Window, color);
+    widget->setPalette(ground);
+    widget->setAutoFillBackground(true);
+}
+
 QLabel* plainLabel(const QString& text, const QFont& font, const QColor& color) {
     auto* label = new QLabel(text);
     label->setTextFormat(Qt::PlainText);

@@ -5,7 +5,10 @@
 #include <QApplication>
 #include <QIcon>
 #include <QLabel>
+#include <QPainter>
 #include <QVBoxLayout>
+
+#include <cmath>
 
 namespace morvik {
 namespace {
@@ -14,6 +17,25 @@ constexpr int panePadding = 16;
 constexpr int headerHeight = 24;
 constexpr int headerGap = 8;
 constexpr int actionGap = 16;
+
+/// On a screen with a broken factor a logical pixel covers now one, now two of the screen's.
+class Divider : public QWidget {
+public:
+    Divider(const QColor& color, int indent) : m_color(color), m_indent(indent) {
+        setFixedHeight(1);
+    }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        const double ratio = devicePixelRatioF();
+        QPainter(this).fillRect(QRectF(m_indent, 0, width() - m_indent, std::floor(ratio) / ratio),
+                                m_color);
+    }
+
+private:
+    QColor m_color;
+    int m_indent;
+};
 
 } // namespace
 
@@ -30,12 +52,8 @@ QVBoxLayout* paneColumn(QWidget* pane, QHBoxLayout* header) {
     return column;
 }
 
-QWidget* makeDivider(const QColor& color) {
-    auto* line = new QWidget;
-    line->setFixedHeight(1);
-    line->setAutoFillBackground(true);
-    line->setPalette(color);
-    return line;
+QWidget* makeDivider(const QColor& color, int indent) {
+    return new Divider(color, indent);
 }
 
 QHBoxLayout* actionRow(const QList<LimeActionButton*>& buttons) {

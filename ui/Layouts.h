@@ -17,8 +17,8 @@ class LimeActionButton;
 /// above what is added.
 QVBoxLayout* paneColumn(QWidget* pane, QHBoxLayout* header);
 
-/// A hairline from side to side.
-QWidget* makeDivider(const QColor& color);
+/// A hairline from side to side, but for `indent` at the left; equally thick wherever it stands.
+QWidget* makeDivider(const QColor& color, int indent = 0);
 
 /// `words` to the right of the icon, which is left out when it is null.
 QHBoxLayout* beside(const QIcon& icon, int pixels, QLayout* words);

@@ -179,10 +179,12 @@ bool Sheet::eventFilter(QObject* watched, QEvent* event) {
 
 void Sheet::paintEvent(QPaintEvent*) {
     QPainter painter(this);
-    painter.fillRect(rect(), Tones::faded(Tones::label, dimming));
     painter.setRenderHint(QPainter::Antialiasing);
     const QRectF panel(m_panel->geometry());
-    paintShadow(painter, panel);
+    if (isTop()) { // dims a sheet below it as well
+        painter.fillRect(rect(), Tones::faded(Tones::label, dimming));
+        paintShadow(painter, panel);
+    }
     const double width = m_isBranded ? 2 : 1;
     const QRectF frame = panel.adjusted(-width / 2, -width / 2, width / 2, width / 2);
     painter.setPen(

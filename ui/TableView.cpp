@@ -2,6 +2,7 @@
 
 #include "ui/Fonts.h"
 #include "ui/Icons.h"
+#include "ui/Labels.h"
 #include "ui/MorvikTheme.h"
 #include "ui/Tones.h"
 
@@ -74,6 +75,19 @@ protected:
     }
 };
 
+/// The header's end over the vertical scroll bar.
+class HeaderEnd : public QWidget {
+public:
+    explicit HeaderEnd(const QWidget& header) { setFixedHeight(header.height()); }
+
+protected:
+    void paintEvent(QPaintEvent*) override {
+        QPainter painter(this);
+        painter.fillRect(rect(), Tones::tableHeader);
+        painter.fillRect(QRect(0, height() - 1, width(), 1), Tones::border);
+    }
+};
+
 /// Over the table: its border, and the window's ground outside of the rounded corners.
 class BorderOverlay : public QWidget {
 public:
@@ -99,15 +113,13 @@ protected:
 
 TableView::TableView(QWidget* parent) : QTableView(parent) {
     setHorizontalHeader(new ColumnHeader(this));
+    addScrollBarWidget(new HeaderEnd(*horizontalHeader()), Qt::AlignTop);
     setItemDelegate(new TableCellDelegate(this));
     setFrameShape(QFrame::NoFrame);
     setShowGrid(false);
     setWordWrap(false);
     setFont(smallFont());
-    QPalette ground = palette();
-    ground.setColor(QPalette::Window, Tones::field); // beside the scroll bars too
-    setPalette(ground);
-    setAutoFillBackground(true);
+    setGround(this, Tones::field); // beside the scroll bars too
     setMouseTracking(true);
     setTabKeyNavigation(false);
     setCornerButtonEnabled(false);
@@ -202,10 +214,14 @@ void TableView::applyShare() {
 void TableView::resizeEvent(QResizeEvent* event) {
     applyShare();
     QTableView::resizeEvent(event);
-    if (m_border) {
+    if (m_border)
         m_border->setGeometry(rect());
-        m_border->raise();
-    }
+}
+
+void TableView::updateGeometries() {
+    QTableView::updateGeometries();
+    if (m_border)
+        m_border->raise(); // the scroll bars have come to the front
 }
 
 bool TableView::viewportEvent(QEvent* event) {

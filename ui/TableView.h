@@ -34,6 +34,7 @@ public:
 protected:
     bool viewportEvent(QEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void updateGeometries() override;
 
 private:
     void setHoveredRow(int row);

@@ -115,12 +115,4 @@ QWidget* shortcutRow(const QString& keys, const QString& description) {
     return line;
 }
 
-QWidget* helpDivider() {
-    auto* line = new QWidget;
-    line->setFixedHeight(1);
-    line->setAutoFillBackground(true);
-    line->setPalette(Theme::border);
-    return line;
-}
-
 } // namespace kopertal

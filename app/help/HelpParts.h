@@ -19,7 +19,4 @@ QWidget* helpTopic(const QString& icon, const QString& title, QWidget* content);
 /// Keys and what they do.
 QWidget* shortcutRow(const QString& keys, const QString& description);
 
-/// A line across the page.
-QWidget* helpDivider();
-
 } // namespace kopertal

@@ -116,21 +116,20 @@ QList<QWidget*> makeSections() {
 
 HelpView::HelpView(const QString& supportEmail, QWidget* parent) : QScrollArea(parent) {
     auto* page = new QWidget;
-    page->setAutoFillBackground(true);
-    page->setPalette(Theme::card);
+    morvik::setGround(page, Theme::card);
     auto* column = new QVBoxLayout(page);
     const int scrollBar = style()->pixelMetric(QStyle::PM_ScrollBarExtent); // stands in the padding
     column->setContentsMargins(padding, padding, padding - scrollBar, padding);
     column->setSpacing(itemGap);
     column->addLayout(makeHeader());
-    column->addWidget(helpDivider());
+    column->addWidget(morvik::makeDivider(Theme::border));
     column->addWidget(wrappedLabel(
         QStringLiteral("Kopertal pozwala szybko wygenerować kopertal w formacie .docx, gotową do "
                        "wydruku. Wpisz adresy odbiorców, kliknij przycisk i gotowe."),
         morvik::textFont(), Theme::textMain));
     for (QWidget* section : makeSections())
         column->addWidget(section);
-    column->addWidget(helpDivider());
+    column->addWidget(morvik::makeDivider(Theme::border));
     column->addWidget(helpTopic(QStringLiteral("keyboard"), QStringLiteral("Skróty klawiszowe"),
                                 makeShortcuts()));
     column->addWidget(helpTopic(
@@ -143,7 +142,7 @@ HelpView::HelpView(const QString& supportEmail, QWidget* parent) : QScrollArea(p
     column->addStretch();
 
     setAccessibleName(QStringLiteral("Kopertal — pomoc"));
-    setPalette(Theme::card);
+    morvik::setGround(this, Theme::card);
     setFrameShape(QFrame::NoFrame);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setWidgetResizable(true);

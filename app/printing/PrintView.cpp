@@ -119,6 +119,7 @@ QWidget* PrintView::makeForm() {
     m_collated = new QCheckBox(QStringLiteral("Kompletami (1, 2, 3, 1, 2, 3)"));
     m_collated->setChecked(true);
     m_collated->setEnabled(false);
+    m_collated->setMinimumHeight(m_copies->sizeHint().height()); // its text level with the label's
     connect(m_copies, &QSpinBox::valueChanged, m_collated,
             [this](int copies) { m_collated->setEnabled(copies > 1); });
     m_pages = new QLineEdit;

@@ -87,9 +87,10 @@ void IPhoneScanView::addQrPart(QVBoxLayout* column) {
     m_qrCode = new QrCodeView(qrSide, qrPadding);
     m_spinner = new morvik::Spinner(spinnerSize, Theme::textMuted, m_qrCode);
     m_spinner->move(m_qrCode->rect().center() - m_spinner->rect().center());
-    m_url = centredLabel({}, morvik::monoFont(11), Theme::textMuted);
+    m_url = centredLabel(QStringLiteral("http://"), morvik::monoFont(11), Theme::textMuted);
     morvik::addFocusRing(m_url, morvik::navyRing(3, 1));
-    m_url->setMinimumHeight(m_url->fontMetrics().height()); // keeps its place while it is empty
+    m_url->setMinimumHeight(m_url->sizeHint().height()); // keeps its place while it is empty
+    m_url->clear();
 
     column->addSpacing(8);
     column->addWidget(

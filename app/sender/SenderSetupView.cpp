@@ -33,7 +33,7 @@ constexpr int padding = 28;
 constexpr int itemGap = 20;
 constexpr int labelWidth = 120;
 constexpr int folderButtonWidth = 28;
-constexpr QSize leastSize{560, 280};
+constexpr int leastWidth = 560; // its contents are always higher than the least height of 280
 
 /// Without spaces and tabs at both ends; line breaks and other white space stay.
 QString trimmedOfBlanks(const QString& text) {
@@ -78,7 +78,7 @@ SenderSetupView::SenderSetupView(AppSettings& settings, bool isSettingsMode, QWi
       m_address(new QLineEdit(settings.senderAddress())),
       m_folder(new QLineEdit(settings.saveFolder())),
       m_error(new ErrorBox) {
-    setMinimumSize(leastSize);
+    setMinimumWidth(leastWidth);
     auto* header = new QVBoxLayout;
     header->setSpacing(6);
     header->addWidget(

@@ -45,8 +45,7 @@ QString title(AppTab tab) {
 ContentView::ContentView(QWidget* parent)
     : QWidget(parent), m_tabBar(new QWidget), m_pages(new FadingStack) {
     setMinimumSize(leastSize);
-    setAutoFillBackground(true);
-    setPalette(Theme::bg);
+    morvik::setGround(this, Theme::bg);
     morvik::setAccessibleRole(m_tabBar, QAccessible::PageTabList);
     auto* tabs = new QHBoxLayout(m_tabBar);
     tabs->setContentsMargins(0, 0, 0, 0);

@@ -1,8 +1,10 @@
 #include "app/shell/PlainAlert.h"
 
+#include "ui/Fonts.h"
 #include "ui/Icons.h"
 
 #include <QLabel>
+#include <QLayout>
 #include <QMessageBox>
 
 #include <algorithm>
@@ -11,6 +13,7 @@ namespace kopertal {
 namespace {
 
 constexpr int iconSize = 40;
+constexpr int padding = 20;
 
 QString bounded(const QString& message) {
     const QString shown =
@@ -33,6 +36,9 @@ QMessageBox* plainAlert(QWidget* window, const QString& title, const QString& me
         label->setTextFormat(Qt::PlainText);
     if (auto* picture = alert->findChild<QLabel*>(QStringLiteral("qt_msgboxex_icon_label")))
         picture->setAccessibleName(title);
+    if (auto* heading = alert->findChild<QLabel*>(QStringLiteral("qt_msgbox_label")))
+        heading->setFont(morvik::headlineFont());
+    alert->layout()->setContentsMargins(padding, padding, padding, padding);
     return alert;
 }
 

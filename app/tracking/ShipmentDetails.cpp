@@ -3,6 +3,7 @@
 #include "app/shell/Theme.h"
 #include "app/tracking/ShownText.h"
 #include "ui/Fonts.h"
+#include "ui/Labels.h"
 #include "ui/MorvikTheme.h"
 #include "ui/Tones.h"
 
@@ -71,10 +72,7 @@ ShipmentDetails::ShipmentDetails(QWidget* parent) : QTextEdit(parent) {
     setTabChangesFocus(true);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    QPalette ground = palette();
-    ground.setColor(QPalette::Window, Tones::field); // beside the scroll bar too
-    setPalette(ground);
-    setAutoFillBackground(true);
+    morvik::setGround(this, Tones::field); // beside the scroll bar too
     setAccessibleName(QStringLiteral("Szczegóły przesyłki"));
     document()->setDocumentMargin(padding);
     document()->setUndoRedoEnabled(false);

@@ -29,6 +29,7 @@ namespace {
 constexpr int twoLineRow = 40;
 constexpr int numberColumnWidth = 36;
 constexpr int leastPlaceWidth = 140;
+constexpr int goodPlaceWidth = 200;
 
 bool isSortable(int column) {
     return column == TrackingTableModel::trackingNumberColumn ||
@@ -93,11 +94,20 @@ void TrackingTable::fitColumns() {
         QFontMetrics(morvik::smallFont()).horizontalAdvance(widest) + padding + padding / 2;
     setColumnWidth(TrackingTableModel::rowNumberColumn,
                    std::max(morvik::textPixels(numberColumnWidth), needed));
+    setColumnWidth(
+        TrackingTableModel::placeColumn,
+        std::max(morvik::textPixels(leastPlaceWidth), viewport()->width() - widthBeforePlaces()));
+}
+
+int TrackingTable::widthBeforePlaces() const {
     int taken = 0;
     for (int column = 0; column < TrackingTableModel::placeColumn; ++column)
         taken += columnWidth(column);
-    setColumnWidth(TrackingTableModel::placeColumn,
-                   std::max(morvik::textPixels(leastPlaceWidth), viewport()->width() - taken));
+    return taken;
+}
+
+int TrackingTable::wantedWidth() const {
+    return widthBeforePlaces() + morvik::textPixels(goodPlaceWidth) + width() - viewport()->width();
 }
 
 void TrackingTable::resizeEvent(QResizeEvent* event) {

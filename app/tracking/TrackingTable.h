@@ -22,6 +22,9 @@ public:
     /// Selects the row, or none; a row that does not exist is none. Announces nothing.
     void selectRowID(const std::optional<QUuid>& id);
 
+    /// In which the last column is not cut for most places.
+    int wantedWidth() const;
+
 public Q_SLOTS:
     /// Puts the selected row's number on the clipboard.
     void copy();
@@ -43,6 +46,7 @@ protected:
 private:
     void sortBy(int column);
     void fitColumns();
+    int widthBeforePlaces() const;
     void showSortMark();
     std::optional<int> selectedPosition() const;
 

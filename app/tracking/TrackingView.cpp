@@ -168,7 +168,7 @@ QWidget* TrackingView::makeEmptyState() {
     return page;
 }
 
-QWidget* TrackingView::makeTablePane() {
+morvik::Splitter* TrackingView::makeTablePane() {
     m_table = new TrackingTable(*m_model);
     m_details = new ShipmentDetails;
     m_detailsPane = makePane(m_details, leastDetailsWidth);
@@ -185,6 +185,7 @@ QWidget* TrackingView::makeTablePane() {
     split->setStretchFactor(0, 1);
     split->setStretchFactor(1, 0);
     split->setSizes({leastTableWidth, idealDetailsWidth});
+    m_detailsWidth = idealDetailsWidth;
     return split;
 }
 
@@ -356,7 +357,27 @@ void TrackingView::showDetails() {
         m_selectedRowID ? m_model->positionOf(*m_selectedRowID) : std::nullopt;
     if (position)
         m_details->showRow(m_model->rowAt(*position));
+    if (m_detailsPane->isHidden() != position.has_value())
+        return;
     m_detailsPane->setVisible(position.has_value());
+    // When the splitter has placed it.
+    QMetaObject::invokeMethod(this, &TrackingView::fitDetails, Qt::QueuedConnection);
+}
+
+void TrackingView::resizeEvent(QResizeEvent* event) {
+    QWidget::resizeEvent(event);
+    fitDetails();
+}
+
+/// In a small window the details leave the table some of their ideal width, unless the user has
+/// chosen one.
+void TrackingView::fitDetails() {
+    if (m_detailsPane->isHidden() || m_tablePane->sizes()[1] != m_detailsWidth)
+        return;
+    const int whole = m_tablePane->width() - m_tablePane->handleWidth();
+    m_detailsWidth =
+        std::clamp(whole - m_table->wantedWidth(), leastDetailsWidth, idealDetailsWidth);
+    m_tablePane->setSizes({whole - m_detailsWidth, m_detailsWidth});
 }
 
 } // namespace kopertal

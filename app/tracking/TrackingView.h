@@ -16,6 +16,10 @@
 
 class QStackedWidget;
 
+namespace morvik {
+class Splitter;
+}
+
 namespace kopertal {
 
 class AppSettings;
@@ -71,6 +75,9 @@ public Q_SLOTS:
     /// Asks again how the phone finds this computer, and goes on with the answer.
     void showPairingChoice();
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     /// An answer on its way into its row.
     struct Answer {
@@ -80,7 +87,7 @@ private:
     };
 
     QWidget* makeEmptyState();
-    QWidget* makeTablePane();
+    morvik::Splitter* makeTablePane();
     void startPairedServerIfNeeded();
     void handlePairedPhoto(const ReceivedPhoto& photo);
     void mergeAnswers();
@@ -91,6 +98,7 @@ private:
     void showPhoneMode();
     void showRows();
     void showDetails();
+    void fitDetails();
 
     AppSettings& m_settings;
     TrackingParts m_parts;
@@ -107,9 +115,10 @@ private:
     TrackingBar* m_bar;
     QStackedWidget* m_pages;
     QWidget* m_emptyState;
-    QWidget* m_tablePane;
+    morvik::Splitter* m_tablePane;
     TrackingTable* m_table;
     QWidget* m_detailsPane;
+    int m_detailsWidth; // what fitDetails() gave; another one is the user's
     ShipmentDetails* m_details;
 };
 

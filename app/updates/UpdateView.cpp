@@ -74,8 +74,10 @@ UpdateView::UpdateView(const Release& release, const QString& ownVersion, QWidge
     open->setDefault(true);
     connect(skip, &QPushButton::clicked, this, &UpdateView::skipRequested);
     connect(open, &QPushButton::clicked, this, &UpdateView::pageRequested);
-    for (QPushButton* button : QList<QPushButton*>{skip, later, open})
+    for (QPushButton* button : QList<QPushButton*>{skip, later, open}) {
         connect(button, &QPushButton::clicked, this, &QDialog::close);
+        button->setMinimumHeight(open->sizeHint().height());
+    }
     auto* answers = new QHBoxLayout;
     answers->setSpacing(12);
     answers->addWidget(skip);

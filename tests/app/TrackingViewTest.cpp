@@ -82,6 +82,7 @@ private Q_SLOTS:
     void numbersAreCleanedAndAddedOnce() {
         openTab();
         QVERIFY(showsText(QStringLiteral("Brak przesyłek do śledzenia")));
+        QCOMPARE(field().palette().color(QPalette::Text), QApplication::palette().text().color());
         for (const char* title : {"Dodaj", "Sprawdź statusy", "Wyczyść dane śledzenia"})
             QVERIFY2(!button(title)->isEnabled(), title);
         typeText("  ");
@@ -103,6 +104,8 @@ private Q_SLOTS:
 
         m_view->table().selectRow(1);
         QVERIFY(details()->isVisible());
+        m_window->resize(1000, 688);
+        QTRY_VERIFY(m_view->table().columnWidth(TrackingTableModel::placeColumn) >= 195);
         clickAt(button("Wyczyść dane śledzenia"));
         QTRY_VERIFY(showsText(QStringLiteral("Brak przesyłek do śledzenia")));
         QVERIFY(!details()->isVisible());
