@@ -30,7 +30,6 @@ public:
     /// Takes the brand mark over, for the left end of the top bar.
     void setBrandMark(QWidget* mark);
 
-    bool hasTab(AppTab tab) const { return indexOf(tab) >= 0; }
     AppTab selectedTab() const;
     void selectTab(AppTab tab);
 

@@ -1,7 +1,7 @@
 #include "app/tracking/TrackingView.h"
 
+#include "app/common/Theme.h"
 #include "app/settings/AppSettings.h"
-#include "app/shell/Theme.h"
 #include "app/tracking/ShipmentDetails.h"
 #include "app/tracking/TrackingTable.h"
 #include "tests/support/RealKeys.h"
