@@ -6,6 +6,7 @@
 #include "engine/TemplateLayout.h"
 #include "engine/XmlTree.h"
 #include "tests/support/Archives.h"
+#include "tests/support/Files.h"
 #include "tests/support/Privileges.h"
 
 #include <QDir>
@@ -56,12 +57,6 @@ private:
         fillTemplate(addresses, std::nullopt, m_output, name, address);
     }
 
-    void writeOldFile() const {
-        QFile old(m_output);
-        QVERIFY(old.open(QIODevice::WriteOnly));
-        old.write("old");
-    }
-
     QStringList filesBeside() const {
         return QDir(QFileInfo(m_output).path())
             .entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
@@ -70,9 +65,7 @@ private:
     /// After a failure: the work folder gone, the output as it was.
     void verifyNothingChanged() {
         QCOMPARE(filesBeside(), QStringList("o.docx"));
-        QFile file(m_output);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(file.readAll(), "old");
+        QCOMPARE(contentsOf(m_output), "old");
         QVERIFY(QDir(m_scratch->filePath("tmp")).isEmpty());
     }
 
@@ -90,7 +83,7 @@ private Q_SLOTS:
         QFile::setPermissions(m_scratch->filePath("tmp"), QFile::Permissions(0x7777));
         qputenv("TMPDIR", QFile::encodeName(m_scratch->filePath("tmp")));
         m_output = m_scratch->filePath("out/o.docx");
-        writeOldFile();
+        writeFile(m_output, "old");
     }
 
     void cleanup() { qunsetenv("TMPDIR"); }
@@ -140,7 +133,7 @@ private Q_SLOTS:
     void aFullDiskLeavesTheOldFile() {
         fill(recipients(40));
         const qint64 size = QFileInfo(m_output).size();
-        writeOldFile();
+        writeFile(m_output, "old");
 
         // A bound on the size of files fails writes just as a full disk does.
         std::signal(SIGXFSZ, SIG_IGN);
