@@ -15,7 +15,6 @@
 #include "tests/support/ShownParts.h"
 #include "ui/LinkButton.h"
 #include "ui/MorvikFooter.h"
-#include "ui/MorvikHelpWindow.h"
 #include "ui/MorvikStyle.h"
 
 #include <QAccessible>

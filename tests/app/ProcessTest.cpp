@@ -4,7 +4,6 @@
 #include "tests/support/RunCommand.h"
 
 #include <QDir>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <csignal>

@@ -1,6 +1,5 @@
 #include "app/tracking/TrackingView.h"
 
-#include "app/common/Theme.h"
 #include "app/tracking/ShipmentDetails.h"
 #include "app/tracking/TrackingTable.h"
 #include "tests/support/Files.h"

@@ -2,7 +2,6 @@
 
 #include "engine/EngineError.h"
 #include "engine/OutputPath.h"
-#include "engine/RegisterPages.h"
 #include "engine/TemplateLayout.h"
 #include "engine/XmlTree.h"
 #include "tests/support/Archives.h"

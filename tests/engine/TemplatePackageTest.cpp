@@ -4,7 +4,6 @@
 #include "engine/ZipArchive.h"
 #include "tests/support/Archives.h"
 #include "tests/support/Files.h"
-#include "tests/support/Xml.h"
 
 #include <QDir>
 #include <QDirIterator>

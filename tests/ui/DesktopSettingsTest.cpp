@@ -10,7 +10,6 @@
 #include <QDBusVariant>
 #include <QElapsedTimer>
 #include <QImage>
-#include <QStyle>
 #include <QTest>
 
 #include <memory>
