@@ -106,7 +106,7 @@ int scan(const Options& options) {
     bool allPrinted = true;
     QJsonArray json;
     for (qsizetype i = 0; i < options.photos.size(); ++i) {
-        startUpTo(i + 2 * atOnce);
+        startUpTo(i + qsizetype(2) * atOnce);
         const PhotoResult result = wait(results[i]);
         allFound = allFound && !result.numbers.isEmpty();
         if (options.json)

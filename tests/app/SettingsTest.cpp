@@ -163,10 +163,10 @@ private Q_SLOTS:
         std::signal(SIGXFSZ, SIG_IGN);
         rlimit whole{};
         QCOMPARE(getrlimit(RLIMIT_FSIZE, &whole), 0);
-        const rlimit none{10, whole.rlim_max};
-        QCOMPARE(setrlimit(RLIMIT_FSIZE, &none), 0);
+        const rlimit little{1000, whole.rlim_max}; // for the lock, not for the settings
+        QCOMPARE(setrlimit(RLIMIT_FSIZE, &little), 0);
         PreferencesStore store(m_path);
-        const bool isWritten = store.setText("sender.name", "B");
+        const bool isWritten = store.setText("sender.name", QString(2000, u'B'));
         QCOMPARE(setrlimit(RLIMIT_FSIZE, &whole), 0);
         QVERIFY(!isWritten);
         QCOMPARE(store.text("sender.name"), QString("A"));

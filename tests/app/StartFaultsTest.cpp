@@ -26,6 +26,7 @@ private Q_SLOTS:
         m_environment.insert(QStringLiteral("XDG_CONFIG_HOME"),
                              m_folder->filePath(QStringLiteral("config")));
         m_environment.insert(QStringLiteral("HOME"), m_folder->path());
+        m_environment.insert("TMPDIR", m_folder->path()); // which may stand in for other folders
     }
 
     void cleanup() {
@@ -55,7 +56,7 @@ private Q_SLOTS:
     }
 
     void worksWithoutWhatIsMissing() {
-        const QString nowhere = "/nonexistent/kopertal";
+        const QString nowhere = "/proc/kopertal"; // not even root makes it
         const std::pair<QByteArray, QString> cases[] = {
             {"DBUS_SESSION_BUS_ADDRESS", {}},
             {"DBUS_SESSION_BUS_ADDRESS", "unix:path=" + nowhere},
