@@ -129,6 +129,22 @@ private Q_SLOTS:
         QCOMPARE(m_model->positionOf(id), 3);
     }
 
+    void sortsByTwoColumnsOnly() {
+        m_model->setRows(rowsOf({"2", "1", "3"}));
+        m_model->merge(m_model->rows()[0].id(), resultOf("A", "9"));
+        m_model->sort(TrackingTableModel::trackingNumberColumn, Qt::DescendingOrder);
+        const QPersistentModelIndex three = m_model->index(0, 1);
+        QCOMPARE(column(*m_model, 1), QStringList({"3", "2", "1"}));
+        for (const int other : {-1, 0, 2, 4, 5})
+            m_model->sort(other);
+        QCOMPARE(column(*m_model, 1), QStringList({"3", "2", "1"}));
+        m_model->sort(TrackingTableModel::dateColumn, Qt::DescendingOrder);
+        QCOMPARE(column(*m_model, 1), QStringList({"2", "1", "3"}));
+        QCOMPARE(three.row(), 2);
+        QCOMPARE(m_model->positionOf(m_model->rows()[0].id()), 0);
+        QCOMPARE(m_model->positionOf(QUuid()), std::nullopt);
+    }
+
     void newRowsReplaceTheOldOnes() {
         m_model->setRows(rowsOf({"1"}));
         const QUuid old = m_model->rowAt(0).id();
