@@ -1,7 +1,7 @@
 #include "app/addresses/AddressTextEditor.h"
 
 #include "app/addresses/TextBounds.h"
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 #include "ui/Fonts.h"
 
 #include <QContextMenuEvent>

@@ -1,6 +1,6 @@
 #include "app/addresses/RecipientModel.h"
 
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 #include "ui/PlainToolTip.h"
 
 #include <algorithm>

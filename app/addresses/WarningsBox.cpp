@@ -1,6 +1,6 @@
 #include "app/addresses/WarningsBox.h"
 
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 #include "ui/AccessibleRole.h"
 #include "ui/BorderFrame.h"
 #include "ui/FocusRing.h"

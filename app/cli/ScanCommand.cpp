@@ -50,21 +50,9 @@ struct Options {
 
 /// Fills `options`; or gives the exit code when there is nothing left to do.
 std::optional<int> parseOptions(int count, char** arguments, Options& options) {
-    enum { json = 256 };
-    static const option known[] = {
-        {"json", no_argument, nullptr, json}, {"help", no_argument, nullptr, 'h'}, {}};
-    opterr = 0;
-    for (int found; (found = getopt_long(count, arguments, ":h", known, nullptr)) != -1;) {
-        switch (found) {
-        case json:
-            options.json = true;
-            break;
-        case 'h':
-            return printResult(QString::fromUtf8(scanHelp)) ? done : failed;
-        default:
-            return refuseOption("scan", found, arguments);
-        }
-    }
+    if (const std::optional<int> exitCode =
+            parseJsonOption("scan", scanHelp, count, arguments, options.json))
+        return exitCode;
     for (int i = optind; i < count; ++i)
         options.photos.append(QFile::decodeName(arguments[i]));
     if (options.photos.contains(QString()))
@@ -118,7 +106,7 @@ int scan(const Options& options) {
     bool allPrinted = true;
     QJsonArray json;
     for (qsizetype i = 0; i < options.photos.size(); ++i) {
-        startUpTo(i + 2 * atOnce);
+        startUpTo(i + qsizetype(2) * atOnce);
         const PhotoResult result = wait(results[i]);
         allFound = allFound && !result.numbers.isEmpty();
         if (options.json)

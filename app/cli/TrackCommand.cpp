@@ -50,21 +50,9 @@ struct Options {
 
 /// Fills `options`; or gives the exit code when there is nothing left to do.
 std::optional<int> parseOptions(int count, char** arguments, Options& options) {
-    enum { json = 256 };
-    static const option known[] = {
-        {"json", no_argument, nullptr, json}, {"help", no_argument, nullptr, 'h'}, {}};
-    opterr = 0;
-    for (int found; (found = getopt_long(count, arguments, ":h", known, nullptr)) != -1;) {
-        switch (found) {
-        case json:
-            options.json = true;
-            break;
-        case 'h':
-            return printResult(QString::fromUtf8(trackHelp)) ? done : failed;
-        default:
-            return refuseOption("track", found, arguments);
-        }
-    }
+    if (const std::optional<int> exitCode =
+            parseJsonOption("track", trackHelp, count, arguments, options.json))
+        return exitCode;
     for (int i = optind; i < count; ++i)
         options.numbers.append(cleanBarcode(QString::fromUtf8(arguments[i])));
     if (options.numbers.isEmpty())

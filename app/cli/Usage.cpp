@@ -22,4 +22,19 @@ int refuseOption(const char* command, int found, char** arguments) {
     return refuseUsage(command, reason.arg(option));
 }
 
+std::optional<int> parseJsonOption(const char* command, const char* help, int count,
+                                   char** arguments, bool& isJson) {
+    static const option known[] = {
+        {"json", no_argument, nullptr, 'j'}, {"help", no_argument, nullptr, 'h'}, {}};
+    opterr = 0;
+    for (int found; (found = getopt_long(count, arguments, ":h", known, nullptr)) != -1;) {
+        if (found == 'h')
+            return printResult(QString::fromUtf8(help)) ? done : failed;
+        if (found != 'j')
+            return refuseOption(command, found, arguments);
+        isJson = true;
+    }
+    return std::nullopt;
+}
+
 } // namespace kopertal

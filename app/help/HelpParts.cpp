@@ -1,6 +1,6 @@
 #include "app/help/HelpParts.h"
 
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 #include "ui/BorderFrame.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"

@@ -1,7 +1,7 @@
 #include "app/help/HelpView.h"
 
+#include "app/common/Theme.h"
 #include "app/help/HelpParts.h"
-#include "app/shell/Theme.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"
 #include "ui/Layouts.h"

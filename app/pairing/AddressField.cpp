@@ -1,6 +1,6 @@
 #include "app/pairing/AddressField.h"
 
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/SelectableText.h"

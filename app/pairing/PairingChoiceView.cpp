@@ -1,7 +1,7 @@
 #include "app/pairing/PairingChoiceView.h"
 
+#include "app/common/Theme.h"
 #include "app/scanning/PhoneTile.h"
-#include "app/shell/Theme.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
 #include "ui/Labels.h"

@@ -1,10 +1,10 @@
 #include "app/pairing/PairingSetupView.h"
 
+#include "app/common/Theme.h"
+#include "app/common/WaitingThreads.h"
 #include "app/http/LoadedHttpCarrier.h"
 #include "app/pairing/AddressField.h"
 #include "app/scanning/QrCodeView.h"
-#include "app/shell/Theme.h"
-#include "app/shell/WaitingThreads.h"
 #include "net/Deliver.h"
 #include "scan/LocalAddress.h"
 #include "ui/FocusRing.h"

@@ -1,6 +1,5 @@
 #include "app/printing/PrintError.h"
 
-#include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QStorageInfo>

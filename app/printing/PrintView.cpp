@@ -1,7 +1,7 @@
 #include "app/printing/PrintView.h"
 
+#include "app/common/Theme.h"
 #include "app/printing/PrintFields.h"
-#include "app/shell/Theme.h"
 #include "net/Deliver.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"

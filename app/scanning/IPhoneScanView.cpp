@@ -1,9 +1,9 @@
 #include "app/scanning/IPhoneScanView.h"
 
+#include "app/common/Theme.h"
 #include "app/scanning/PhoneTile.h"
 #include "app/scanning/QrCodeView.h"
 #include "app/scanning/ScanSession.h"
-#include "app/shell/Theme.h"
 #include "scan/PhotoRecognizer.h"
 #include "ui/FocusRing.h"
 #include "ui/Fonts.h"

@@ -1,6 +1,6 @@
 #include "app/scanning/PhoneTile.h"
 
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 #include "ui/Icons.h"
 
 #include <QPainter>

@@ -1,6 +1,6 @@
 #include "app/scanning/QrCodeView.h"
 
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 #include "scan/QrCode.h"
 #include "ui/AccessibleRole.h"
 

@@ -1,6 +1,6 @@
 #include "app/scanning/ServerStart.h"
 
-#include "app/shell/WaitingThreads.h"
+#include "app/common/WaitingThreads.h"
 
 #include <QDeadlineTimer>
 #include <QtConcurrent>

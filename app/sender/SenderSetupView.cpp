@@ -1,7 +1,7 @@
 #include "app/sender/SenderSetupView.h"
 
+#include "app/common/Theme.h"
 #include "app/settings/AppSettings.h"
-#include "app/shell/Theme.h"
 #include "ui/BorderFrame.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"

@@ -1,7 +1,7 @@
 #include "app/shell/ContentView.h"
 
+#include "app/common/Theme.h"
 #include "app/shell/FadingStack.h"
-#include "app/shell/Theme.h"
 #include "ui/AccessibleRole.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"

@@ -28,7 +28,6 @@ public:
     /// Takes `page` over; the first one is selected. To be called in the tabs' order.
     void addTab(AppTab tab, QWidget* page);
 
-    bool hasTab(AppTab tab) const { return indexOf(tab) >= 0; }
     AppTab selectedTab() const;
     void selectTab(AppTab tab);
 

@@ -2,9 +2,9 @@
 
 #include "app/addresses/AddressTextEditor.h"
 #include "app/addresses/AddressView.h"
+#include "app/common/ErrorAlert.h"
 #include "app/sender/SenderSetupView.h"
 #include "app/settings/AppSettings.h"
-#include "app/shell/ErrorAlert.h"
 #include "ui/AccessibleRole.h"
 #include "ui/RaiseWindow.h"
 #include "ui/Sheet.h"

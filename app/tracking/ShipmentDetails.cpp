@@ -1,6 +1,6 @@
 #include "app/tracking/ShipmentDetails.h"
 
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 #include "app/tracking/ShownText.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"

@@ -1,6 +1,6 @@
 #include "app/tracking/ShownText.h"
 
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 #include "ui/Tones.h"
 
 #include <algorithm>

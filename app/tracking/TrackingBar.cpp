@@ -1,6 +1,6 @@
 #include "app/tracking/TrackingBar.h"
 
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 #include "engine/Whitespace.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"

@@ -1,6 +1,6 @@
 #include "app/tracking/TrackingCellDelegate.h"
 
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 #include "app/tracking/ShownText.h"
 #include "tracking/TrackingTableModel.h"
 #include "ui/Fonts.h"

@@ -1,7 +1,7 @@
 #include "app/tracking/TrackingTable.h"
 
-#include "app/shell/ErrorAlert.h"
-#include "app/shell/WaitingThreads.h"
+#include "app/common/ErrorAlert.h"
+#include "app/common/WaitingThreads.h"
 #include "app/tracking/TableExport.h"
 #include "app/tracking/TrackingCellDelegate.h"
 #include "net/Deliver.h"

@@ -1,10 +1,10 @@
 #include "app/tracking/TrackingView.h"
 
+#include "app/common/Theme.h"
 #include "app/pairing/PairingChoiceView.h"
 #include "app/pairing/PairingSetupView.h"
 #include "app/scanning/IPhoneScanView.h"
 #include "app/settings/AppSettings.h"
-#include "app/shell/Theme.h"
 #include "app/tracking/PairedServer.h"
 #include "app/tracking/ShipmentDetails.h"
 #include "app/tracking/TrackingBar.h"

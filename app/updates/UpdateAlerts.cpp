@@ -1,6 +1,6 @@
 #include "app/updates/UpdateAlerts.h"
 
-#include "app/shell/PlainAlert.h"
+#include "app/common/PlainAlert.h"
 #include "app/updates/UpdateView.h"
 #include "app/updates/Updater.h"
 #include "ui/MorvikTheme.h"

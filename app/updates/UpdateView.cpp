@@ -1,6 +1,6 @@
 #include "app/updates/UpdateView.h"
 
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 #include "app/updates/UpdateFeed.h"
 #include "ui/Fonts.h"
 #include "ui/Labels.h"

@@ -87,28 +87,6 @@ private Q_SLOTS:
         QCOMPARE(editor.text(), QStringLiteral("Jan Kowalski\n\nx "));
     }
 
-    void clearingTypedAndPastedTextIsOneStepOfUndo() {
-        AddressTextEditor editor;
-        QTest::keyClicks(&editor, QStringLiteral("Anna"));
-        QTest::keyClick(&editor, Qt::Key_Return);
-        QTest::keyClicks(&editor, QStringLiteral("ul. X 1"));
-        QTest::keyClick(&editor, Qt::Key_Return);
-        QTest::keyClick(&editor, Qt::Key_Return);
-        const QString typed = editor.text();
-        paste(editor, QStringLiteral("B\nC"));
-        const QString pasted = editor.text();
-        editor.replaceText({});
-        QVERIFY(editor.text().isEmpty() && editor.live().recipients().isEmpty());
-        QTest::keyClick(&editor, Qt::Key_Z, Qt::ControlModifier);
-        QCOMPARE(editor.text(), pasted);
-        QCOMPARE(shown(editor.live().recipients()), shown(parseAddresses(pasted)));
-        editor.undoStep();
-        QCOMPARE(editor.text(), typed);
-        editor.redoStep();
-        editor.redoStep();
-        QCOMPARE(editor.text(), QString());
-    }
-
     void caretStaysAtItsWords() {
         AddressTextEditor editor;
         paste(editor, QStringLiteral("A\nB"));

@@ -1,10 +1,9 @@
 #include "app/addresses/AddressTextEditor.h"
 #include "app/addresses/AddressView.h"
+#include "app/common/ErrorAlert.h"
 #include "app/help/HelpView.h"
 #include "app/sender/SenderSetupView.h"
-#include "app/settings/AppSettings.h"
 #include "app/shell/AppDelegate.h"
-#include "app/shell/ErrorAlert.h"
 #include "app/shell/FrameCommands.h"
 #include "app/shell/FrameTexts.h"
 #include "app/shell/MainWindow.h"
@@ -13,22 +12,15 @@
 #include "tests/support/Nameless.h"
 #include "tests/support/OpenedAddresses.h"
 #include "tests/support/RealKeys.h"
+#include "tests/support/ShownParts.h"
 #include "ui/LinkButton.h"
 #include "ui/MorvikFooter.h"
-#include "ui/MorvikHelpWindow.h"
 #include "ui/MorvikStyle.h"
 
 #include <QAccessible>
-#include <QApplication>
-#include <QLabel>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPlainTextEdit>
 #include <QScrollBar>
-#include <QTemporaryDir>
-
-#include <algorithm>
-#include <memory>
 
 using namespace kopertal;
 using namespace kopertal::testing;
@@ -78,14 +70,6 @@ bool isWhollyVisible(const QWidget* part, const HelpView* help) {
     return viewport->rect().contains(QRect(part->mapTo(viewport, QPoint(0, 0)), part->size()));
 }
 
-QLabel* labelWith(const QWidget* parent, const QString& text) {
-    for (auto* label : parent->findChildren<QLabel*>()) {
-        if (label->text() == text)
-            return label;
-    }
-    return nullptr;
-}
-
 } // namespace
 
 /// What frames the window, by the X server's keys and pointer.
@@ -101,10 +85,7 @@ private Q_SLOTS:
 
     void init() {
         m_folder = std::make_unique<QTemporaryDir>();
-        m_settings = std::make_unique<AppSettings>(store());
-        m_settings->setSenderName(QStringLiteral("Nadawca"));
-        m_settings->setSenderAddress(QStringLiteral("ul. Nowa 1"));
-        m_settings->setSaveFolder(m_folder->path());
+        m_settings = readySettings(*m_folder);
         m_feed = "{\"version\": \"https://jsonfeed.org/version/1\", \"items\": [{\"id\": \"1.2\", "
                  "\"url\": \"https://example.invalid/1.2\", \"content_text\": \"<b>Nowe</b>\"}]}";
         m_delegate = std::make_unique<AppDelegate>(
@@ -119,9 +100,7 @@ private Q_SLOTS:
                           QStringLiteral("kopertal.example"),
                           QStringLiteral("https://kopertal.example/"),
                           QStringLiteral("pomoc@kopertal.example")});
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        activate(*m_window);
     }
 
     void cleanup() {
@@ -131,39 +110,18 @@ private Q_SLOTS:
         m_delegate.reset();
     }
 
-    void menusHaveTheirItems() {
-        QStringList titles;
-        for (QMenu* menu : {m_window->applicationMenu(), m_window->helpMenu()}) {
-            for (const QAction* action : menu->actions())
-                titles << (action->isSeparator() ? QStringLiteral("-")
-                                                 : action->text().remove(u'&'));
-        }
-        QCOMPARE(titles,
-                 (QStringList{QStringLiteral("Kopertal — informacje"),
-                              QStringLiteral("Sprawdź aktualizacje…"), QStringLiteral("-"),
-                              QStringLiteral("Ustawienia…"), QStringLiteral("-"),
-                              QStringLiteral("Zakończ"), QStringLiteral("Kopertal — pomoc"),
-                              QStringLiteral("Kopertal — zgłoś błąd"), QStringLiteral("-")}));
-    }
-
-    void keysOpenTheHelp_data() {
-        QTest::addColumn<QString>("key");
-        QTest::newRow("F1") << "F1";
-        QTest::newRow("Ctrl+?") << "ctrl+question";
-    }
-
     void keysOpenTheHelp() {
-        QFETCH(QString, key);
-        pressKeys({key});
+        pressKeys({"F1"});
         QTRY_VERIFY(openHelp());
         HelpView* help = openHelp();
         QCOMPARE(help->size(), QSize(600, 700));
         QCOMPARE(help->window()->windowTitle(), QStringLiteral("Kopertal — pomoc"));
-        QVERIFY(labelWith(help, QStringLiteral("Wersja 1.1.0")));
+        QVERIFY(shows(help, QStringLiteral("Wersja 1.1.0")));
         QTRY_VERIFY(help->window()->isActiveWindow());
 
-        const QLabel* contact = labelWith(help, QStringLiteral("Pytania i sugestie:"));
-        QVERIFY(contact && !isWhollyVisible(contact, help));
+        const auto labels = help->findChildren<QLabel*>();
+        const QLabel* contact = *std::ranges::find(labels, "Pytania i sugestie:", &QLabel::text);
+        QVERIFY(!isWhollyVisible(contact, help));
         pressKeys({"End"});
         QTRY_VERIFY(isWhollyVisible(contact, help));
         pressKeys({"Home"});
@@ -184,7 +142,7 @@ private Q_SLOTS:
 
         m_window->raiseToFront();
         QTRY_VERIFY(m_window->isActiveWindow());
-        pressKeys({"F1"});
+        pressKeys({"ctrl+question"});
         QTRY_VERIFY(help->window()->isActiveWindow());
         QCOMPARE(openHelp(), help);
         QCOMPARE(namelessParts(), QStringList());
@@ -243,28 +201,10 @@ private Q_SLOTS:
         QTRY_VERIFY(!openWindow<QMessageBox>());
     }
 
-    void theHelpKnowsNoVersion() {
-        QApplication::setApplicationVersion({});
-        const HelpView help(QStringLiteral("a@b.example"));
-        QApplication::setApplicationVersion(QStringLiteral("1.1.0"));
-        QVERIFY(labelWith(&help, QStringLiteral("Wersja ?")));
-    }
-
-    void closingTheWindowClosesTheHelp() {
-        pressKeys({"F1"});
-        QTRY_VERIFY(openHelp());
-        m_window->close();
-        QTRY_VERIFY(!openHelp());
-    }
-
-    void theBrandMarkStandsInTheTopBar() {
+    void tabGoesFromTheBrandMarkToTheTabsAndOn() {
         OpenedAddresses opened;
         clickAt(m_window->findChild<morvik::MorvikFooter*>());
         QTRY_COMPARE(opened.list().size(), 1);
-        QCOMPARE(namelessParts(), QStringList());
-    }
-
-    void tabGoesFromTheBrandMarkToTheTabsAndOn() {
         QStringList stops;
         m_window->findChild<morvik::MorvikFooter*>()->setFocus(Qt::TabFocusReason);
         for (const char* expected : {"Adresy odbiorców", "Wyczyść adresy", "Adresy odbiorców"}) {
@@ -283,8 +223,8 @@ private Q_SLOTS:
         UpdateView* view = openWindow<UpdateView>();
         QTRY_VERIFY(view->isActiveWindow());
         QCOMPARE(view->findChild<QPlainTextEdit*>()->toPlainText(), QStringLiteral("<b>Nowe</b>"));
-        QVERIFY(labelWith(
-            view, QStringLiteral("Kopertal 1.2 jest już do pobrania. Używasz wersji 1.1.0.")));
+        QVERIFY(shows(view,
+                      QStringLiteral("Kopertal 1.2 jest już do pobrania. Używasz wersji 1.1.0.")));
         QCOMPARE(namelessParts(), QStringList());
         check();
         QTest::qWait(100);
@@ -303,12 +243,7 @@ private Q_SLOTS:
         QTRY_VERIFY(!openWindow<UpdateView>());
         check();
         QTRY_VERIFY(openWindow<UpdateView>() && openWindow<UpdateView>()->isActiveWindow());
-        const auto buttons = openWindow<UpdateView>()->findChildren<QPushButton*>();
-        const auto skip = std::find_if(buttons.begin(), buttons.end(), [](const auto* button) {
-            return button->text() == QStringLiteral("Pomiń tę wersję");
-        });
-        QVERIFY(skip != buttons.end());
-        clickAt(*skip);
+        clickAt(shownButton(openWindow<UpdateView>(), QStringLiteral("Pomiń tę wersję")));
         QTRY_VERIFY(!openWindow<UpdateView>());
         QCOMPARE(store().text(QStringLiteral("updates.skippedVersion")), QStringLiteral("1.2"));
     }

@@ -1,27 +1,22 @@
 #include "tests/support/Archives.h"
+#include "tests/support/Files.h"
+#include "tests/support/RunCommand.h"
 
 #include <QDate>
 #include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
 #include <csignal>
 
-using kopertal::test::readArchive;
+using namespace kopertal::test;
 
 namespace {
 
 const QByteArray twoRecipients = "Żaneta Łoś\nul. Źródlana 1\n00-001 Łódź\n\nJan\nul. B 2\n";
-
-struct Result {
-    int exitCode;
-    QString output;
-    QString messages;
-};
 
 } // namespace
 
@@ -30,41 +25,28 @@ class GenerateCommandTest : public QObject {
     Q_OBJECT
 
 private:
-    void start(QProcess& process, const QStringList& arguments) const {
+    QProcessEnvironment environment() const {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         for (const char* name : {"DISPLAY", "WAYLAND_DISPLAY", "LANG", "LC_ALL", "LC_CTYPE"})
             environment.remove(name);
         environment.insert("XDG_CONFIG_HOME", m_scratch->filePath("config"));
         environment.insert("TMPDIR", m_scratch->filePath("tmp"));
-        process.setProcessEnvironment(environment);
+        return environment;
+    }
+
+    void start(QProcess& process, const QStringList& arguments) const {
+        process.setProcessEnvironment(environment());
         process.setWorkingDirectory(m_scratch->filePath("work"));
         process.start(KOPERTAL_PROGRAM, arguments);
     }
 
-    Result run(const QStringList& arguments, const QByteArray& input = {}) const {
-        QProcess process;
-        start(process, arguments);
-        process.write(input);
-        process.closeWriteChannel();
-        if (!process.waitForFinished(60'000) || process.exitStatus() != QProcess::NormalExit)
-            return {-1, {}, "the program did not end by itself"};
-        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
-                QString::fromUtf8(process.readAllStandardError())};
+    CommandResult run(const QStringList& arguments, const QByteArray& input = {}) const {
+        return runCommand(KOPERTAL_PROGRAM, arguments, input, environment(),
+                          m_scratch->filePath("work"));
     }
 
-    QString writeFile(const QString& name, const QByteArray& bytes) const {
-        const QString path = m_scratch->filePath("work/" + name);
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("cannot write %s", qPrintable(path));
-        return path;
-    }
-
-    void writeSettings(const QByteArray& json) const {
-        QVERIFY(QDir().mkpath(m_scratch->filePath("config/kopertal")));
-        QFile file(m_scratch->filePath("config/kopertal/settings.json"));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(json);
+    QString write(const QString& name, const QByteArray& bytes) const {
+        return writeFile(m_scratch->filePath("work/" + name), bytes);
     }
 
     QStringList workFiles() const {
@@ -92,15 +74,15 @@ private Q_SLOTS:
     void cleanup() { QVERIFY(QDir(m_scratch->filePath("tmp")).isEmpty()); }
 
     void writesUnderAFreeName() {
-        writeFile("a.txt", twoRecipients);
-        const Result first = run({"generate", "a.txt"});
+        write("a.txt", twoRecipients);
+        const CommandResult first = run({"generate", "a.txt"});
         QCOMPARE(first.messages, QString());
         QCOMPARE(first.exitCode, 0);
         const QString path = m_scratch->filePath("work/" + todaysName());
         QCOMPARE(first.output, QFileInfo(path).absoluteFilePath() + "\n");
         QVERIFY(documentOf(path).contains("Żaneta Łoś"));
 
-        const Result second = run({"generate", "-"}, twoRecipients);
+        const CommandResult second = run({"generate", "-"}, twoRecipients);
         QCOMPARE(second.output, QString(path).replace(".docx", "_1.docx") + "\n");
         QVERIFY(QFile::exists(second.output.trimmed()));
     }
@@ -109,9 +91,9 @@ private Q_SLOTS:
         const QByteArray inputs[] = {"Jan \xa3o\x9c\r\nul. 1\r\n\r\nB\r\nb\r\n", // Windows-1250
                                      "Jan \x01Łoś\x1b\nul. 1\n\nB\n\xef\xbf\xbf"
                                      "b"}; // with what XML cannot hold
-        writeFile("o.docx", "old");
+        write("o.docx", "old");
         for (const QByteArray& bytes : inputs) {
-            const Result result = run({"generate", "--json", "--output", "o.docx"}, bytes);
+            const CommandResult result = run({"generate", "--json", "--output", "o.docx"}, bytes);
             QCOMPARE(result.exitCode, 0);
             QCOMPARE(QJsonDocument::fromJson(result.output.toUtf8())["recipients"].toInt(), 2);
             QVERIFY(documentOf(m_scratch->filePath("work/o.docx")).contains(">Jan Łoś<"));
@@ -120,14 +102,15 @@ private Q_SLOTS:
 
     void takesTheRestFromTheSettings() {
         QVERIFY(QDir(m_scratch->path()).mkdir("save"));
-        writeSettings(
-            R"({"sender.name": "Firma X", "sender.address": "ul. Y", "paths.saveFolder": ")" +
-            m_scratch->filePath("save").toUtf8() + R"("})");
+        QVERIFY(QDir(m_scratch->path()).mkpath("config/kopertal"));
+        writeFile(m_scratch->filePath("config/kopertal/settings.json"),
+                  R"({"sender.name": "Firma X", "sender.address": "ul. Y", "paths.saveFolder": ")" +
+                      m_scratch->filePath("save").toUtf8() + R"("})");
         const QString path = m_scratch->filePath("save/" + todaysName());
         QCOMPARE(run({"generate"}, twoRecipients).output, path + "\n");
         QVERIFY(documentOf(path).contains(">Firma X<") && documentOf(path).contains(">ul. Y<"));
 
-        const Result given = run(
+        const CommandResult given = run(
             {"generate", "--sender-name=Ż & Z", "--sender-address", "", "-o", "."}, twoRecipients);
         const QByteArray document = documentOf(given.output.trimmed());
         QCOMPARE(QFileInfo(given.output.trimmed()).path(), m_scratch->filePath("work"));
@@ -135,8 +118,8 @@ private Q_SLOTS:
     }
 
     void reportsSkippedEntries() {
-        const Result result = run({"generate", "--json", "--output", "o.docx"},
-                                  "Anna\x1b\n\nJan\nul. 1\n\nŻuk \"1\"\n");
+        const CommandResult result = run({"generate", "--json", "--output", "o.docx"},
+                                         "Anna\x1b\n\nJan\nul. 1\n\nŻuk \"1\"\n");
         QCOMPARE(result.messages, "Pominięte wpisy (za mało linii):\nAnna\nŻuk \"1\"\n");
         const QJsonObject expected{{"document", m_scratch->filePath("work/o.docx")},
                                    {"recipients", 1},
@@ -148,9 +131,8 @@ private Q_SLOTS:
 
     void saysWhoFoundNoPlace() {
         const QString form = m_scratch->filePath("form.dotx");
-        QVERIFY(kopertal::test::writeArchive(
-            form, kopertal::test::templateEntries("<w:document><w:body/></w:document>")));
-        const Result result =
+        QVERIFY(writeArchive(form, templateEntries("<w:document><w:body/></w:document>")));
+        const CommandResult result =
             run({"generate", "--template", form, "--output", "o.docx"}, twoRecipients);
         QCOMPARE(result.exitCode, 1);
         QVERIFY(result.messages.endsWith("brakuje adresatów: 2\n"));
@@ -181,11 +163,11 @@ private Q_SLOTS:
             {{"a.txt", "--template", "missing.dotx"}, "Nie znaleziono szablonu: missing.dotx"},
             {{"a.txt", "--template", "/dev/stdin"}, "/dev/stdin: to nie jest plik"},
             {{"a.txt", "--template", "a.txt"}, "Nie udało się utworzyć dokumentu: a.txt: "}};
-        writeFile("a.txt", twoRecipients);
-        writeFile("only-skipped.txt", "A\n\nB\n");
+        write("a.txt", twoRecipients);
+        write("only-skipped.txt", "A\n\nB\n");
         const QStringList before = workFiles();
         for (const auto& [arguments, message] : cases) {
-            const Result result = run(QStringList("generate") + arguments);
+            const CommandResult result = run(QStringList("generate") + arguments);
             QVERIFY2(result.messages.contains(message), qPrintable(result.messages));
             QCOMPARE(result.exitCode, 1);
             QCOMPARE(result.output, QString());
@@ -194,7 +176,7 @@ private Q_SLOTS:
     }
 
     void refusesWrongUsage() {
-        writeFile("a.txt", twoRecipients);
+        write("a.txt", twoRecipients);
         QVERIFY(QDir(m_scratch->path()).mkpath("work/folder/below"));
         for (const QString words : // a blank at the end: an empty argument
              {"generuj", "generate ", "generate --colour", "generate a.txt -o",
@@ -203,7 +185,7 @@ private Q_SLOTS:
               "generate a.txt --output new/", "generate a.txt --output ./a.txt",
               "generate a.txt --output /dev/null",
               "generate a.txt --template a.txt --output folder/../a.txt"}) {
-            const Result result = run(words.split(u' '));
+            const CommandResult result = run(words.split(u' '));
             QVERIFY2(result.exitCode == 2, qPrintable(words));
             QVERIFY(QFileInfo(m_scratch->filePath("work/a.txt")).size() == twoRecipients.size());
             QVERIFY(result.messages.contains("--help"));
@@ -213,8 +195,8 @@ private Q_SLOTS:
     }
 
     void aSignalLeavesNothing() {
-        writeFile("many.txt",
-                  QByteArray("Jan Kowalski\nul. Testowa 1/2\n00-000 Testowo\n\n").repeated(20'000));
+        write("many.txt",
+              QByteArray("Jan Kowalski\nul. Testowa 1/2\n00-000 Testowo\n\n").repeated(20'000));
         QProcess process;
         start(process, {"generate", "many.txt", "--output", "o.docx"});
         const QDir tmp(m_scratch->filePath("tmp"));

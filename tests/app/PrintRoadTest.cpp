@@ -1,20 +1,13 @@
 #include "app/addresses/AddressView.h"
-#include "app/settings/AppSettings.h"
 #include "app/shell/MainWindow.h"
 #include "tests/app/StandInPrinter.h"
 #include "tests/document/RenderedPages.h"
 #include "tests/support/RealKeys.h"
-#include "ui/LimeActionButton.h"
+#include "tests/support/ShownParts.h"
 #include "ui/MorvikStyle.h"
-#include "ui/Sheet.h"
 
-#include <QApplication>
 #include <QClipboard>
-#include <QLabel>
 #include <QLineEdit>
-#include <QMessageBox>
-
-#include <memory>
 
 using namespace kopertal;
 using namespace kopertal::test;
@@ -33,18 +26,12 @@ private Q_SLOTS:
     void init() {
         m_folder = std::make_unique<QTemporaryDir>();
         m_cups = std::make_unique<StandInPrinter>();
-        m_settings = std::make_unique<AppSettings>(
-            PreferencesStore(m_folder->filePath(QStringLiteral("settings.json"))));
-        m_settings->setSenderName(QStringLiteral("Nadawca"));
-        m_settings->setSenderAddress(QStringLiteral("ul. Nowa 1"));
-        m_settings->setSaveFolder(m_folder->path());
+        m_settings = readySettings(*m_folder);
         m_window = std::make_unique<MainWindow>(*m_settings);
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        activate(*m_window);
         QApplication::clipboard()->setText(QStringLiteral("Żak\nul. Krótka 2\n\n").repeated(111));
         pressKeys({"ctrl+v", "ctrl+Return"});
-        QTRY_VERIFY_WITH_TIMEOUT(shownSheets() == 1, 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(countSheets() == 1, 20000);
     }
 
     void cleanup() {
@@ -76,7 +63,7 @@ private Q_SLOTS:
         QCOMPARE(m_cups->arguments(1).first(6),
                  QStringList({"-d", "Biuro", "-n", "2", "-o", "collate=true"}));
         pressKeys({"Return"});
-        QTRY_COMPARE(shownSheets(), 1); // the one that offers to print stays
+        QTRY_COMPARE(countSheets(), 1); // the one that offers to print stays
         QVERIFY(button(QStringLiteral("Otwórz")));
     }
 
@@ -101,7 +88,7 @@ private Q_SLOTS:
             clickAt(button(QStringLiteral("Anuluj")));
         else
             pressKeys({"Escape"});
-        QTRY_COMPARE(shownSheets(), 1);
+        QTRY_COMPARE(countSheets(), 1);
         QCOMPARE(m_cups->jobs(), 0);
     }
 
@@ -111,83 +98,46 @@ private Q_SLOTS:
         const auto* form = button(QStringLiteral("Drukuj"))->parentWidget();
         const QSize size = form->size();
         pressKeys({"Return"});
-        QTRY_VERIFY_WITH_TIMEOUT(alert(), 20000);
-        pressKeys({"Return"});
-        QTRY_VERIFY(!alert());
+        closeAlertThatSays(QStringLiteral("LibreOffice nie przygotował stron"));
         QTRY_COMPARE(form->size(), size);
         QTRY_COMPARE(form->parentWidget()->size(), size); // nothing is scrolled
         QVERIFY(showsText(QStringLiteral("Puste pole: wszystkie (12 stron).")));
     }
 
-    void failuresAreShown_data() {
-        QTest::addColumn<QString>("obstacle");
-        QTest::addColumn<QString>("message");
-        QTest::addColumn<int>("sheets"); // that are left
-        QTest::newRow("before the choice") << "lpstat"
-                                           << "System nie ma żadnej drukarki." << 1;
-        QTest::newRow("after it") << "soffice"
-                                  << "LibreOffice nie przygotował stron" << 2;
-    }
-
-    void failuresAreShown() {
-        QFETCH(QString, obstacle);
-        QFETCH(QString, message);
-        m_cups->addProgram(obstacle, QStringLiteral("exit 1"));
-        if (obstacle == QStringLiteral("soffice")) {
-            openForm();
-            pressKeys({"Return"});
-        } else {
-            clickAt(button(QStringLiteral("Drukuj")));
-        }
-        QTRY_VERIFY_WITH_TIMEOUT(alert(), 20000);
-        QVERIFY2(alert()->informativeText().startsWith(message),
-                 qPrintable(alert()->informativeText()));
-        QTRY_VERIFY(alert()->isActiveWindow());
-        pressKeys({"Return"});
-        QTRY_VERIFY(!alert());
-        QFETCH(int, sheets);
-        QTRY_COMPARE(shownSheets(), sheets);
+    void withoutPrintersThereIsNoChoice() {
+        m_cups->addProgram(QStringLiteral("lpstat"), QStringLiteral("exit 1"));
+        clickAt(button(QStringLiteral("Drukuj")));
+        closeAlertThatSays(QStringLiteral("System nie ma żadnej drukarki."));
+        QTRY_COMPARE(countSheets(), 1);
     }
 
 private:
     void openForm() {
         clickAt(button(QStringLiteral("Drukuj")));
-        QTRY_COMPARE(shownSheets(), 2);
+        QTRY_COMPARE(countSheets(), 2);
         auto* pages = m_window->findChild<QLineEdit*>(QStringLiteral("pages"));
         QTRY_VERIFY_WITH_TIMEOUT(pages->isVisible(), 20000);
         QTRY_VERIFY(button(QStringLiteral("Drukuj"))->hasFocus());
         QTest::qWait(100); // until the panel has its size
     }
 
-    int shownSheets() const {
-        int count = 0;
-        for (const auto* sheet : m_window->findChildren<morvik::Sheet*>())
-            count += sheet->isVisible();
-        return count;
+    qsizetype countSheets() const { return shownSheets(m_window.get()).size(); }
+
+    /// On the foremost sheet.
+    morvik::KitButton* button(const QString& title) const {
+        const auto sheets = shownSheets(m_window.get());
+        return sheets.isEmpty() ? nullptr : shownButton(sheets.last(), title);
     }
 
-    /// The foremost one of that title.
-    morvik::LimeActionButton* button(const QString& title) const {
-        morvik::LimeActionButton* found = nullptr;
-        const auto shown = m_window->findChildren<morvik::Sheet*>();
-        for (auto* each : shown.isEmpty()
-                              ? QList<morvik::LimeActionButton*>()
-                              : shown.last()->findChildren<morvik::LimeActionButton*>()) {
-            if (each->isVisible() && each->text() == title)
-                found = each;
-        }
-        return found;
-    }
+    bool showsText(const QString& text) const { return shows(m_window.get(), text); }
 
-    bool showsText(const QString& text) const {
-        const auto labels = m_window->findChildren<QLabel*>();
-        return std::ranges::any_of(labels, [&](const QLabel* label) {
-            return label->isVisible() && label->text() == text;
-        });
-    }
-
-    QMessageBox* alert() const {
-        return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    static void closeAlertThatSays(const QString& message) {
+        QTRY_VERIFY_WITH_TIMEOUT(openAlert(), 20000);
+        QVERIFY2(openAlert()->informativeText().startsWith(message),
+                 qPrintable(openAlert()->informativeText()));
+        QTRY_VERIFY(openAlert()->isActiveWindow());
+        pressKeys({"Return"});
+        QTRY_VERIFY(!openAlert());
     }
 
     std::unique_ptr<QTemporaryDir> m_folder;

@@ -1,9 +1,9 @@
 #include "app/settings/PreferencesStore.h"
+#include "tests/support/Files.h"
 #include "tests/support/RealKeys.h"
+#include "tests/support/RunCommand.h"
 
 #include <QDir>
-#include <QFile>
-#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <csignal>
@@ -22,25 +22,8 @@ QString programPath() {
     return QStringLiteral(KOPERTAL_PROGRAM);
 }
 
-/// What a tool prints.
-QByteArray output(const QString& tool, const QStringList& arguments) {
-    QProcess process;
-    process.start(tool, arguments);
-    process.waitForFinished(10000);
-    return process.readAllStandardOutput();
-}
-
-QByteArray windowsNamedKopertal() {
-    return output(QStringLiteral("xdotool"),
-                  {QStringLiteral("search"), QStringLiteral("--onlyvisible"),
-                   QStringLiteral("--name"), QStringLiteral("^Kopertal$")})
-        .trimmed();
-}
-
-QByteArray activeWindow() {
-    return output(QStringLiteral("xdotool"),
-                  {QStringLiteral("getactivewindow"), QStringLiteral("getwindowname")})
-        .trimmed();
+QString activeWindow() {
+    return askXdotool({"getactivewindow", "getwindowname"});
 }
 
 } // namespace
@@ -100,13 +83,13 @@ private Q_SLOTS:
     void theHelpWindowHasItsTitleAndGoesWithTheProgram() {
         startProgram({});
         pressKeys({"F1"});
-        QTRY_COMPARE(activeWindow(), QByteArray("Kopertal — pomoc"));
+        QTRY_COMPARE(activeWindow(), QString("Kopertal — pomoc"));
         pressKeys({"Escape"});
-        QTRY_COMPARE(activeWindow(), QByteArray("Kopertal"));
+        QTRY_COMPARE(activeWindow(), QString("Kopertal"));
         pressKeys({"F1"});
-        QTRY_COMPARE(activeWindow(), QByteArray("Kopertal — pomoc"));
-        xdotool({QStringLiteral("windowactivate"), QString::fromLatin1(windowsNamedKopertal())});
-        QTRY_COMPARE(activeWindow(), QByteArray("Kopertal"));
+        QTRY_COMPARE(activeWindow(), QString("Kopertal — pomoc"));
+        xdotool({QStringLiteral("windowactivate"), windowsNamed("Kopertal")});
+        QTRY_COMPARE(activeWindow(), QString("Kopertal"));
         pressKeys({"alt+F4"});
         QTRY_COMPARE_WITH_TIMEOUT(m_program->state(), QProcess::NotRunning, 20000);
         QCOMPARE(m_program->exitCode(), 0);
@@ -129,17 +112,13 @@ private Q_SLOTS:
         QVERIFY(socket.exists());
         QCOMPARE(socket.permissions() & QFile::Permissions(0x0077), QFile::Permissions());
         m_store.setData(registerKey, QByteArrayLiteral("[2]"));
-        const QByteArray windows = windowsNamedKopertal();
-        QFile file(m_folder.filePath(QStringLiteral("adresy.txt")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("A\nB\n");
-        file.close();
-        QProcess second;
-        second.setWorkingDirectory(m_folder.path());
-        second.start(programPath(), {QStringLiteral("adresy.txt")});
-        QVERIFY(second.waitForFinished(20000));
-        QCOMPARE(second.exitCode(), 0);
-        QCOMPARE(windowsNamedKopertal(), windows);
+        const QString windows = windowsNamed("Kopertal");
+        test::writeFile(m_folder.filePath("adresy.txt"), "A\nB\n");
+        const auto second =
+            test::runCommand(programPath(), {"adresy.txt"}, {},
+                             QProcessEnvironment::systemEnvironment(), m_folder.path());
+        QCOMPARE(second.exitCode, 0);
+        QCOMPARE(windowsNamed("Kopertal"), windows);
         QCOMPARE(m_store.data(registerKey), QByteArrayLiteral("[2]")); // the first one's, still
         QVERIFY(!m_store.object(layoutKey));
         QTest::qWait(500);
@@ -148,9 +127,7 @@ private Q_SLOTS:
     }
 
     void commandsLeaveTheRegisterAlone() {
-        QProcess command;
-        command.start(programPath(), {QStringLiteral("--version")});
-        QVERIFY(command.waitForFinished(20000));
+        QCOMPARE(test::runCommand(programPath(), {"--version"}).exitCode, 0);
         QCOMPARE(m_store.data(registerKey), QByteArrayLiteral("[]"));
     }
 
@@ -163,12 +140,9 @@ private Q_SLOTS:
     }
 
     void aRegisterInTheMakingSurvivesTheWindow() {
-        QFile file(m_folder.filePath(QStringLiteral("wiele.txt")));
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(QByteArray("Nazwa\nul. A 1\n00-000 B\n\n").repeated(5000));
-        file.close();
         const int before = documents();
-        startProgram({file.fileName()});
+        startProgram({test::writeFile(m_folder.filePath("wiele.txt"),
+                                      QByteArray("Nazwa\nul. A 1\n00-000 B\n\n").repeated(5000))});
         QTest::qWait(2500);
         pressKeys({"ctrl+Return", "alt+F4"});
         QTRY_COMPARE_WITH_TIMEOUT(m_program->state(), QProcess::NotRunning, 120000);
@@ -187,8 +161,8 @@ private:
         else
             m_program->start(programPath(), arguments);
         QVERIFY(m_program->waitForStarted());
-        QTRY_VERIFY_WITH_TIMEOUT(!windowsNamedKopertal().isEmpty(), 20000);
-        QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), QByteArray("Kopertal"), 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(!windowsNamed("Kopertal").isEmpty(), 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), QString("Kopertal"), 20000);
         QTest::qWait(300);
     }
 
@@ -206,13 +180,9 @@ private:
         int sum = 0;
         const QDir threads(QStringLiteral("/proc/%1/task").arg(m_program->processId()));
         for (const QString& thread : threads.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
-            QFile status(threads.filePath(thread + QStringLiteral("/status")));
-            if (!status.open(QIODevice::ReadOnly))
-                continue;
-            for (const QByteArray& line : status.readAll().split('\n')) {
-                if (line.startsWith("voluntary_ctxt_switches:"))
-                    sum += line.mid(line.indexOf(':') + 1).trimmed().toInt();
-            }
+            const QByteArray status = test::contentsOf(threads.filePath(thread + "/status"));
+            const qsizetype line = status.indexOf("\nvoluntary_ctxt_switches:");
+            sum += status.mid(status.indexOf('\t', line)).split('\n').first().trimmed().toInt();
         }
         return sum;
     }

@@ -1,10 +1,10 @@
+#include "tests/support/Files.h"
+#include "tests/support/RunCommand.h"
 #include "tests/support/photo/RegisterPhoto.h"
 
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -12,23 +12,12 @@ using namespace kopertal::test;
 
 namespace {
 
-struct Run {
-    int exitCode;
-    QStringList lines;
-    QByteArray output;
-    QString messages;
-};
+CommandResult scan(const QStringList& arguments, const QByteArray& input = {}) {
+    return runCommand(KOPERTAL_PROGRAM, QStringList{"scan"} + arguments, input);
+}
 
-Run scan(const QStringList& arguments, const QByteArray& input = {}) {
-    QProcess process;
-    process.start(QStringLiteral(KOPERTAL_PROGRAM), QStringList{"scan"} + arguments);
-    process.write(input);
-    process.closeWriteChannel();
-    if (!process.waitForFinished(120'000))
-        qFatal("kopertal scan does not end");
-    const QByteArray output = process.readAllStandardOutput();
-    return {process.exitCode(), QString::fromUtf8(output).split('\n', Qt::SkipEmptyParts), output,
-            QString::fromUtf8(process.readAllStandardError())};
+QJsonArray json(const CommandResult& run) {
+    return QJsonDocument::fromJson(run.output.toUtf8()).array();
 }
 
 QByteArray photo(const QStringList& numbers) {
@@ -46,19 +35,15 @@ class ScanCommandTest : public QObject {
     QTemporaryDir m_folder;
 
     QString save(const QString& name, const QByteArray& bytes) {
-        const QString path = m_folder.filePath(name);
-        QFile file(path);
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("cannot write");
-        return path;
+        return writeFile(m_folder.filePath(name), bytes);
     }
 
 private Q_SLOTS:
     void printsTheNumbersOfEachPhoto() {
         const QString first = save("zdjęcie.png", photo({"RR473124829PL", "PX1234567890"}));
         const QString second = save("b.jpg", photo({"AB12345678"}));
-        const Run run = scan({first, second});
-        QCOMPARE(run.lines, QStringList({"PX1234567890", "RR473124829PL", "AB12345678"}));
+        const CommandResult run = scan({first, second});
+        QCOMPARE(run.output, "PX1234567890\nRR473124829PL\nAB12345678\n");
         QCOMPARE(run.exitCode, 0);
         QCOMPARE(run.messages, QString());
     }
@@ -69,8 +54,8 @@ private Q_SLOTS:
         const QString blank =
             save("blank.png", encodePage(cv::Mat(300, 400, CV_8U, cv::Scalar(250)), "png"));
         const QString missing = m_folder.filePath("missing.png");
-        const Run run = scan({bad, blank, missing, good});
-        QCOMPARE(run.lines, QStringList{"RR473124829PL"});
+        const CommandResult run = scan({bad, blank, missing, good});
+        QCOMPARE(run.output, "RR473124829PL\n");
         QCOMPARE(run.exitCode, 1);
         QVERIFY(run.messages.contains(bad + ": nie można odczytać zdjęcia"));
         QVERIFY(run.messages.contains(blank + ": nie znaleziono kodu"));
@@ -80,8 +65,8 @@ private Q_SLOTS:
     void describesPhotosInJson() {
         const QString good = save("good.png", photo({"RR473124829PL"}));
         const QString bad = save("bad.png", "no photo");
-        const Run run = scan({"--json", good, bad});
-        const QJsonArray photos = QJsonDocument::fromJson(run.output).array();
+        const CommandResult run = scan({"--json", good, bad});
+        const QJsonArray photos = json(run);
         QCOMPARE(photos.size(), 2);
         QCOMPARE(photos[0]["photo"].toString(), good);
         QCOMPARE(photos[0]["outcome"].toString(), QStringLiteral("numbers"));
@@ -96,22 +81,21 @@ private Q_SLOTS:
 
     void readsStandardInput() {
         const QByteArray bytes = photo({"RR473124829PL"});
-        QCOMPARE(scan({"-"}, bytes).lines, QStringList{"RR473124829PL"});
-        const Run json = scan({"--json", "-"}, bytes);
-        QCOMPARE(json.exitCode, 0);
-        QCOMPARE(QJsonDocument::fromJson(json.output)[0]["numbers"][0]["text"].toString(),
+        QCOMPARE(scan({"-"}, bytes).output, "RR473124829PL\n");
+        const CommandResult whole = scan({"--json", "-"}, bytes);
+        QCOMPARE(whole.exitCode, 0);
+        QCOMPARE(json(whole).at(0)["numbers"][0]["text"].toString(),
                  QStringLiteral("RR473124829PL"));
-        const Run cut = scan({"--json", "-"}, bytes.first(bytes.size() / 2));
+        const CommandResult cut = scan({"--json", "-"}, bytes.first(bytes.size() / 2));
         QCOMPARE(cut.exitCode, 1);
-        QCOMPARE(QJsonDocument::fromJson(cut.output)[0]["outcome"].toString(),
-                 QStringLiteral("unreadable"));
+        QCOMPARE(json(cut).at(0)["outcome"].toString(), QStringLiteral("unreadable"));
     }
 
     void refusesWrongUsage() {
         for (const QStringList& arguments : {QStringList{}, {"--colour", "a.jpg"}, {"-", "-"}}) {
-            const Run run = scan(arguments);
+            const CommandResult run = scan(arguments);
             QCOMPARE(run.exitCode, 2);
-            QVERIFY(run.lines.isEmpty());
+            QCOMPARE(run.output, "");
             QVERIFY(run.messages.contains("kopertal scan --help"));
         }
     }

@@ -1,7 +1,8 @@
+#include "tests/support/Files.h"
 #include "tests/support/RawClient.h"
+#include "tests/support/RunCommand.h"
 
 #include <QDir>
-#include <QProcess>
 #include <QRegularExpression>
 #include <QScopeGuard>
 #include <QTemporaryDir>
@@ -10,14 +11,10 @@
 #include <algorithm>
 #include <csignal>
 
+using namespace kopertal::test;
 using namespace std::string_literals;
 
 namespace {
-
-QByteArray contents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 /// The program's command, running as a terminal would run it: in a process group of its own.
 class Serve {
@@ -69,9 +66,9 @@ public:
         const auto find = [&] {
             for (const QString& task :
                  QDir(proc("task")).entryList(QDir::Dirs | QDir::NoDotAndDotDot))
-                child =
-                    std::max(child, contents(proc("task/" + task + "/children")).trimmed().toInt());
-            return contents(QStringLiteral("/proc/%1/cmdline").arg(child)).contains("--json");
+                child = std::max(child,
+                                 contentsOf(proc("task/" + task + "/children")).trimmed().toInt());
+            return contentsOf(QStringLiteral("/proc/%1/cmdline").arg(child)).contains("--json");
         };
         return QTest::qWaitFor(find, 1000) ? child : 0;
     }
@@ -175,7 +172,7 @@ private Q_SLOTS:
             QVERIFY2(name.match(file.fileName()).hasMatch(), qPrintable(file.fileName()));
             QVERIFY(serve.messages().contains(file.filePath()));
             QCOMPARE(file.permissions() & ~QFile::Permissions(0x0700), QFile::Permissions(0x6000));
-            saved << file.suffix().toLatin1() + ' ' + contents(file.filePath());
+            saved << file.suffix().toLatin1() + ' ' + contentsOf(file.filePath());
         }
         std::ranges::sort(saved);
         QList<QByteArray> expected{"jpg " + QByteArray::fromStdString(jpeg),
@@ -237,12 +234,9 @@ private Q_SLOTS:
              {"0", "65536", "-1", "+80", " 80", "80x", "", "99999999999999999999"})
             cases.append({{"--port", port}, "Port musi być liczbą"});
         for (const auto& [options, message] : cases) {
-            QProcess process;
-            process.start(QStringLiteral(KOPERTAL_PROGRAM), QStringList{"serve"} + options);
-            QVERIFY(process.waitForFinished(30000));
-            QCOMPARE(process.exitCode(), options[0] == "--save-photos" ? 1 : 2);
-            const QString messages = QString::fromUtf8(process.readAllStandardError());
-            QVERIFY2(messages.contains(message), qPrintable(messages));
+            const auto run = runCommand(KOPERTAL_PROGRAM, QStringList{"serve"} + options);
+            QCOMPARE(run.exitCode, options[0] == "--save-photos" ? 1 : 2);
+            QVERIFY2(run.messages.contains(message), qPrintable(run.messages));
         }
     }
 };

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <QByteArray>
+#include "tests/support/Files.h"
+
 #include <QDir>
-#include <QFile>
 #include <QStringList>
 #include <QTemporaryDir>
 
@@ -19,8 +19,7 @@ public:
                                   "echo 'system default destination: '$(/bin/cat '%1/default')\n")
                        .arg(here));
         addProgram(QStringLiteral("lp"),
-                   QStringLiteral("[ -e '%1/refusal' ] && /bin/cat '%1/refusal' >&2 && exit 1\n"
-                                  "job='%1'/job-$(echo '%1'/job-* | /usr/bin/wc -w)\n"
+                   QStringLiteral("job='%1'/job-$(echo '%1'/job-* | /usr/bin/wc -w)\n"
                                   "/bin/mkdir \"$job\"\n"
                                   "printf '%s\\0' \"$@\" >\"$job/arguments\"\n"
                                   "for file; do :; done\n"
@@ -41,7 +40,6 @@ public:
         write(QStringLiteral("printers"), (names.join(u'\n') + u'\n').toUtf8());
         write(QStringLiteral("default"), preferred.toUtf8());
     }
-    void refuse(const QByteArray& words) const { write(QStringLiteral("refusal"), words); }
 
     /// A program of that name, of shell commands, before all others.
     void addProgram(const QString& name, const QString& commands) const {
@@ -64,18 +62,15 @@ public:
     QString pdf(int job) const { return m_folder.filePath(QStringLiteral("job-%1/pdf").arg(job)); }
     /// Without the file, which is last.
     QStringList arguments(int job) const {
-        QFile file(m_folder.filePath(QStringLiteral("job-%1/arguments").arg(job)));
-        QStringList all = file.open(QIODevice::ReadOnly)
-                              ? QString::fromUtf8(file.readAll()).split(u'\0')
-                              : QStringList();
+        const QStringList all =
+            QString::fromUtf8(contentsOf(m_folder.filePath(QString("job-%1/arguments").arg(job))))
+                .split(u'\0');
         return all.size() < 2 ? QStringList() : all.first(all.size() - 2);
     }
 
 private:
     void write(const QString& name, const QByteArray& bytes) const {
-        QFile file(m_folder.filePath(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(bytes) != bytes.size())
-            qFatal("the stand-in of the printer cannot be set up");
+        writeFile(m_folder.filePath(name), bytes);
     }
 
     QTemporaryDir m_folder;

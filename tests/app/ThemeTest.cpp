@@ -1,4 +1,4 @@
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 
 #include "app/addresses/CountLine.h"
 

@@ -1,26 +1,18 @@
+#include "tests/support/RunCommand.h"
 #include "tests/support/TrackingStandIn.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QProcess>
 #include <QTest>
 
 #include <memory>
 
 using namespace kopertal;
 
-namespace {
+using Outcome = test::CommandResult;
 
-struct Outcome {
-    int exitCode;
-    QString output;
-    QString messages;
-};
-
-} // namespace
-
-// The program itself, without a display, against the stand-in over TLS.
+/// The program itself, without a display, against the stand-in over TLS.
 class TrackCommandTest : public QObject {
     Q_OBJECT
 
@@ -158,13 +150,7 @@ private:
         environment.remove("DISPLAY");
         environment.insert("KOPERTAL_TRACKING_ENDPOINT", m_standIn->address("https", "service"));
         environment.insert("SSL_CERT_FILE", m_standIn->authority());
-        QProcess program;
-        program.setProcessEnvironment(environment);
-        program.start(name, arguments);
-        program.waitForFinished();
-        return {program.exitStatus() == QProcess::NormalExit ? program.exitCode() : -1,
-                QString::fromUtf8(program.readAllStandardOutput()),
-                QString::fromUtf8(program.readAllStandardError())};
+        return test::runCommand(name, arguments, {}, environment);
     }
 
     std::unique_ptr<TrackingStandIn> m_standIn;

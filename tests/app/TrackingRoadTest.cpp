@@ -3,23 +3,16 @@
 #include "app/tracking/TrackingTable.h"
 #include "app/tracking/TrackingView.h"
 #include "scan/LocalAddress.h"
+#include "tests/support/Files.h"
 #include "tests/support/RealKeys.h"
 #include "tests/support/TrackingTab.h"
 #include "tests/support/photo/RegisterPhoto.h"
 #include "tracking/TrackingNumber.h"
 #include "tracking/TrackingTableModel.h"
-#include "ui/KitButton.h"
 #include "ui/MorvikStyle.h"
-#include "ui/Sheet.h"
 
-#include <QApplication>
-#include <QFile>
-#include <QLabel>
 #include <QScreen>
 #include <QTcpServer>
-#include <QTemporaryDir>
-
-#include <algorithm>
 
 using namespace kopertal;
 using namespace kopertal::test;
@@ -138,10 +131,8 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(!m_view->pairedServer().status().isEmpty(), patience);
         clickAt(button("Skanuj"));
         const auto isNamed = [&] {
-            const auto labels = sheet()->findChildren<QLabel*>();
-            return std::any_of(labels.begin(), labels.end(), [](const QLabel* label) {
-                return label->isVisible() &&
-                       label->text().startsWith(QStringLiteral("Błąd serwera: port 8745"));
+            return showsLabel(sheet(), [](const QString& text) {
+                return text.startsWith(QStringLiteral("Błąd serwera: port 8745"));
             });
         };
         QTRY_VERIFY(sheet() && isNamed());
@@ -157,11 +148,8 @@ private Q_SLOTS:
 
 private:
     morvik::Sheet* sheet() const {
-        for (auto* each : m_window->findChildren<morvik::Sheet*>()) {
-            if (each->isVisible())
-                return each;
-        }
-        return nullptr;
+        const auto sheets = shownSheets(m_window.get());
+        return sheets.isEmpty() ? nullptr : sheets.last();
     }
 
     /// Read from a picture of the screen by somebody else's reader.
@@ -178,9 +166,8 @@ private:
     void sendFromPhone(const QString& address, const QList<RegisterPhoto>& photos) {
         QStringList arguments{address};
         for (const RegisterPhoto& photo : photos) {
-            QFile file(m_folder->filePath(QStringLiteral("%1.jpg").arg(arguments.size())));
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write(photo.jpeg) > 0);
-            arguments << file.fileName();
+            arguments << writeFile(
+                m_folder->filePath(QStringLiteral("%1.jpg").arg(arguments.size())), photo.jpeg);
         }
         QProcess phone;
         phone.setProcessChannelMode(QProcess::ForwardedChannels);

@@ -1,30 +1,20 @@
 #include "app/tracking/TrackingView.h"
 
-#include "app/settings/AppSettings.h"
-#include "app/shell/Theme.h"
 #include "app/tracking/ShipmentDetails.h"
 #include "app/tracking/TrackingTable.h"
+#include "tests/support/Files.h"
 #include "tests/support/RealKeys.h"
 #include "tests/support/StallMeter.h"
 #include "tests/support/TrackingTab.h"
 #include "tracking/TrackingTableModel.h"
-#include "ui/KitButton.h"
 #include "ui/MorvikStyle.h"
 
 #include <QAccessible>
-#include <QApplication>
 #include <QClipboard>
-#include <QFile>
 #include <QFileDialog>
 #include <QHeaderView>
-#include <QLabel>
-#include <QLineEdit>
-#include <QMessageBox>
 #include <QScrollBar>
-#include <QTemporaryDir>
 #include <QToolTip>
-
-#include <memory>
 
 using namespace kopertal;
 using namespace kopertal::testing;
@@ -81,7 +71,7 @@ private Q_SLOTS:
 
     void numbersAreCleanedAndAddedOnce() {
         openTab();
-        QVERIFY(showsText(QStringLiteral("Brak przesyłek do śledzenia")));
+        QVERIFY(shows(m_view, QStringLiteral("Brak przesyłek do śledzenia")));
         QCOMPARE(field().palette().color(QPalette::Text), QApplication::palette().text().color());
         for (const char* title : {"Dodaj", "Sprawdź statusy", "Wyczyść dane śledzenia"})
             QVERIFY2(!button(title)->isEnabled(), title);
@@ -107,7 +97,7 @@ private Q_SLOTS:
         m_window->resize(1000, 688);
         QTRY_VERIFY(m_view->table().columnWidth(TrackingTableModel::placeColumn) >= 195);
         clickAt(button("Wyczyść dane śledzenia"));
-        QTRY_VERIFY(showsText(QStringLiteral("Brak przesyłek do śledzenia")));
+        QTRY_VERIFY(shows(m_view, QStringLiteral("Brak przesyłek do śledzenia")));
         QVERIFY(!details()->isVisible());
         QCOMPARE(m_settings->loadSentBooks(), QList<SentBook>());
         QCOMPARE(QApplication::focusWidget(), &field());
@@ -226,16 +216,13 @@ private Q_SLOTS:
             QTRY_VERIFY(!m_view->findChild<QFileDialog*>());
         };
         saveAs(m_folder->filePath(QStringLiteral("tabela")));
-        QFile file(m_folder->filePath(QStringLiteral("tabela.csv")));
-        QTRY_VERIFY(file.exists());
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QVERIFY(file.readAll().contains("\"1\";\"1\";"));
+        const QString saved = m_folder->filePath(QStringLiteral("tabela.csv"));
+        QTRY_VERIFY(test::contentsOf(saved).contains("\"1\";\"1\";"));
         const QString belowAFile = m_folder->filePath(QStringLiteral("tabela.csv/x.csv"));
         saveAs(belowAFile);
-        QMessageBox* alert = nullptr;
-        QTRY_VERIFY((alert = qobject_cast<QMessageBox*>(QApplication::activeModalWidget())));
-        QVERIFY(alert->informativeText().contains(belowAFile));
-        alert->close();
+        QTRY_VERIFY(openAlert());
+        QVERIFY(openAlert()->informativeText().contains(belowAFile));
+        openAlert()->close();
     }
 
     /// The second of two quick presses is for nobody, whatever has come into the first one's place.
@@ -345,13 +332,6 @@ private Q_SLOTS:
 private:
     QLineEdit& field() { return *m_view->findChild<QLineEdit*>(); }
     ShipmentDetails* details() { return m_view->findChild<ShipmentDetails*>(); }
-
-    bool showsText(const QString& text) {
-        const auto labels = m_view->findChildren<QLabel*>();
-        return std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
-            return label->isVisible() && label->text() == text;
-        });
-    }
 
     void clickHeader(int column) {
         const QHeaderView* header = m_view->table().horizontalHeader();

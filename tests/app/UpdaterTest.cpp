@@ -24,53 +24,46 @@ private Q_SLOTS:
 
     void init() { store().remove(lastCheck), store().remove(skipped); }
 
-    void tellsWhatTheUserAsked_data() {
-        QTest::addColumn<QString>("listener");
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<QString>("outcome");
-        const auto row = [](const char* listener, const char* path, const QString& outcome) {
-            QTest::addRow("%s %s", listener, path) << listener << path << outcome;
-        };
-        const auto current = QStringLiteral("aktualna");
-        row("https", "feed-newer", QStringLiteral("99.2.0"));
-        row("http2", "feed-newest", QStringLiteral("99.3.0"));
-        row("https", "feed-old", current);
-        row("https", "feed-missing",
-            QStringLiteral("Serwer aktualizacji odpowiedział błędem 404."));
-        row("https", "feed-large", QStringLiteral("Odpowiedź serwera jest zbyt duża."));
-        row("https", "bomb", QStringLiteral("Odpowiedź serwera jest zbyt duża."));
-        row("https", "page", QStringLiteral("Serwer aktualizacji odpowiedział błędem 502."));
-        row("https", "empty",
-            QStringLiteral("Nie można odczytać odpowiedzi serwera aktualizacji."));
-        row("https", "cut", QStringLiteral("Połączenie z serwerem zostało przerwane."));
-        row("https", "garbage", QStringLiteral("Odpowiedź serwera jest niezrozumiała."));
-        row("https", "downgrade",
-            QStringLiteral("Serwer przekierował z połączenia szyfrowanego na nieszyfrowane; ze "
-                           "względów bezpieczeństwa połączenie przerwano."));
-        row("stranger", "feed-newer",
-            QStringLiteral("Certyfikat serwera nie pochodzi od zaufanego wystawcy."));
-    }
-
     void tellsWhatTheUserAsked() {
-        QFETCH(QString, listener);
-        QFETCH(QString, path);
-        Updater updater(parts(m_standIn->address(listener, path)));
-        QString outcome;
-        connect(&updater, &Updater::updateFound, this,
-                [&](const Release& release, bool isAskedFor) {
-                    QVERIFY(isAskedFor);
-                    QCOMPARE(release.notes, QStringLiteral("Nowości w ") + release.versionText);
-                    outcome = release.versionText;
-                });
-        connect(&updater, &Updater::upToDate, this, [&] { outcome = QStringLiteral("aktualna"); });
-        connect(&updater, &Updater::checkFailed, this,
-                [&](const QString& message) { outcome = message; });
-        updater.checkForUpdates();
-        QTRY_VERIFY(!outcome.isEmpty());
-        QTEST(outcome, "outcome");
-        QVERIFY(updater.canCheckForUpdates());
-        const bool isAnswered = outcome.startsWith(u'9') || outcome == QStringLiteral("aktualna");
-        QCOMPARE(store().text(lastCheck).has_value(), isAnswered);
+        const struct {
+            const char* listener;
+            const char* path;
+            QString outcome;
+        } cases[] = {
+            {"https", "feed-newer", "99.2.0"},
+            {"http2", "feed-newest", "99.3.0"},
+            {"https", "feed-old", "aktualna"},
+            {"https", "feed-missing", "Serwer aktualizacji odpowiedział błędem 404."},
+            {"https", "feed-large", "Odpowiedź serwera jest zbyt duża."},
+            {"https", "bomb", "Odpowiedź serwera jest zbyt duża."},
+            {"https", "page", "Serwer aktualizacji odpowiedział błędem 502."},
+            {"https", "empty", "Nie można odczytać odpowiedzi serwera aktualizacji."},
+            {"https", "cut", "Połączenie z serwerem zostało przerwane."},
+            {"https", "garbage", "Odpowiedź serwera jest niezrozumiała."},
+            {"https", "downgrade",
+             "Serwer przekierował z połączenia szyfrowanego na nieszyfrowane; ze "
+             "względów bezpieczeństwa połączenie przerwano."},
+            {"stranger", "feed-newer", "Certyfikat serwera nie pochodzi od zaufanego wystawcy."}};
+        for (const auto& [listener, path, expected] : cases) {
+            init();
+            Updater updater(parts(m_standIn->address(listener, path)));
+            QString outcome;
+            connect(&updater, &Updater::updateFound, this,
+                    [&](const Release& release, bool isAskedFor) {
+                        QVERIFY(isAskedFor);
+                        QCOMPARE(release.notes, "Nowości w " + release.versionText);
+                        outcome = release.versionText;
+                    });
+            connect(&updater, &Updater::upToDate, this, [&] { outcome = "aktualna"; });
+            connect(&updater, &Updater::checkFailed, this,
+                    [&](const QString& message) { outcome = message; });
+            updater.checkForUpdates();
+            QTRY_VERIFY2(!outcome.isEmpty(), path);
+            QCOMPARE(outcome, expected);
+            QVERIFY(updater.canCheckForUpdates());
+            const bool isAnswered = outcome.startsWith(u'9') || outcome == "aktualna";
+            QCOMPARE(store().text(lastCheck).has_value(), isAnswered);
+        }
     }
 
     void theMenuItemFollowsTheCheck() {
@@ -89,58 +82,49 @@ private Q_SLOTS:
         QCOMPARE(answers.count(), 1);
     }
 
-    void withoutAFeedThereAreNoChecks_data() {
-        QTest::addColumn<QString>("feed");
-        QTest::newRow("none") << QString();
-        QTest::newRow("unencrypted") << m_standIn->address("http", "feed-newer");
-        QTest::newRow("a file") << QStringLiteral("file:///etc/passwd");
-    }
-
     void withoutAFeedThereAreNoChecks() {
-        QFETCH(QString, feed);
-        bool isAsked = false;
-        UpdaterParts none = parts(feed);
-        none.makeCarrier = [&isAsked] {
-            isAsked = true;
-            return std::make_unique<HttpTransfers>(HttpOptions());
-        };
-        Updater updater(none);
-        QMenu menu;
-        new CheckForUpdatesView(updater, &menu, nullptr);
-        QVERIFY(!menu.actions().front()->isEnabled());
-        updater.start();
-        updater.checkForUpdates();
-        QTest::qWait(200);
-        QVERIFY(!isAsked);
-    }
-
-    void checksByItselfWhenItIsTime_data() {
-        QTest::addColumn<QString>("last");
-        QTest::addColumn<bool>("checks");
-        const auto before = [](std::chrono::seconds time) {
-            return QDateTime::currentDateTimeUtc().addSecs(-time.count()).toString(Qt::ISODate);
-        };
-        QTest::newRow("never before") << QString() << true;
-        QTest::newRow("long ago") << before(25h) << true;
-        QTest::newRow("just now") << before(1min) << false;
-        QTest::newRow("in the future") << before(-48h) << true;
-        QTest::newRow("no time") << QStringLiteral("wczoraj") << true;
+        for (const QString& feed : {QString(), m_standIn->address("http", "feed-newer"),
+                                    QStringLiteral("file:///etc/passwd")}) {
+            bool isAsked = false;
+            UpdaterParts none = parts(feed);
+            none.makeCarrier = [&isAsked] {
+                isAsked = true;
+                return std::make_unique<HttpTransfers>(HttpOptions());
+            };
+            Updater updater(none);
+            QMenu menu;
+            new CheckForUpdatesView(updater, &menu, nullptr);
+            QVERIFY(!menu.actions().front()->isEnabled());
+            updater.start();
+            updater.checkForUpdates();
+            QTest::qWait(200);
+            QVERIFY2(!isAsked, qPrintable(feed));
+        }
     }
 
     void checksByItselfWhenItIsTime() {
-        QFETCH(QString, last);
-        QFETCH(bool, checks);
-        if (!last.isEmpty())
-            store().setText(lastCheck, last);
-        Updater updater(parts(m_standIn->address("https", "feed-newer")));
-        QSignalSpy found(&updater, &Updater::updateFound);
-        updater.start();
-        if (checks)
-            QTRY_COMPARE(found.count(), 1);
-        QTest::qWait(checks ? 0 : 500);
-        QCOMPARE(found.count(), checks ? 1 : 0);
-        if (checks)
-            QVERIFY(!found.front().at(1).toBool());
+        const auto before = [](std::chrono::seconds time) {
+            return QDateTime::currentDateTimeUtc().addSecs(-time.count()).toString(Qt::ISODate);
+        };
+        const std::pair<QString, bool> cases[] = {{{}, true},
+                                                  {before(25h), true},
+                                                  {before(1min), false},
+                                                  {before(-48h), true},
+                                                  {"wczoraj", true}};
+        for (const auto& [last, checks] : cases) {
+            init();
+            if (!last.isEmpty())
+                store().setText(lastCheck, last);
+            Updater updater(parts(m_standIn->address("https", "feed-newer")));
+            QSignalSpy found(&updater, &Updater::updateFound);
+            updater.start();
+            if (checks)
+                QTRY_COMPARE(found.count(), 1);
+            QTest::qWait(checks ? 0 : 500);
+            QCOMPARE(found.count(), checks ? 1 : 0);
+            if (checks)
+                QVERIFY(!found.front().at(1).toBool());
+        }
     }
 
     void checksAgainAfterTheInterval() {

@@ -1,10 +1,11 @@
 #include "app/settings/PreferencesStore.h"
+#include "tests/support/Files.h"
 #include "tests/support/PhotoUpload.h"
 #include "tests/support/RealKeys.h"
+#include "tests/support/RunCommand.h"
 #include "tests/support/TrackingStandIn.h"
 
 #include <QDir>
-#include <QFile>
 #include <QRegularExpression>
 #include <QTemporaryDir>
 
@@ -52,14 +53,8 @@ private Q_SLOTS:
     void initTestCase() {
         QVERIFY(m_standIn.isReady());
         QVERIFY(QDir(m_folder.path()).mkpath(QStringLiteral("poufne")));
-        m_file = m_folder.filePath(QStringLiteral("poufne/adresy.txt"));
-        QFile file(m_file);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write(addresses.toUtf8());
-        m_photo = m_folder.filePath(QStringLiteral("poufne/zdjecie.jpg"));
-        QFile photo(m_photo);
-        QVERIFY(photo.open(QIODevice::WriteOnly));
-        photo.write(test::photo({number}));
+        m_file = test::writeFile(m_folder.filePath("poufne/adresy.txt"), addresses.toUtf8());
+        m_photo = test::writeFile(m_folder.filePath("poufne/zdjecie.jpg"), test::photo({number}));
     }
 
     void commandsTellTheCourse_data() {
@@ -100,22 +95,11 @@ private Q_SLOTS:
         }
     }
 
-    void whatGoesWellIsSilentWithoutIt() {
-        const QString well = m_folder.filePath(QStringLiteral("dobre.txt"));
-        QFile file(well);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        file.write("A\nB\n");
-        file.close();
-        QCOMPARE(run({"generate", well, "-o", m_folder.path()}), QString());
-        QCOMPARE(run({"track", number}), QString());
-        QCOMPARE(run({"scan", m_photo}), QString());
-    }
-
     void itIsNoOptionBehindTwoHyphens() { QCOMPARE(run({"track", "--", "--verbose"}), QString()); }
 
     void theServerTellsOfPhotos() {
         QProcess serve;
-        prepare(serve);
+        serve.setProcessEnvironment(environment());
         serve.start(KOPERTAL_PROGRAM, {"serve", "--verbose"});
         QString messages;
         const auto waitFor = [&](const QString& text) {
@@ -148,7 +132,7 @@ private Q_SLOTS:
         store.setText(QStringLiteral("sender.address"), QStringLiteral("Nadawcza 1"));
         store.setText(QStringLiteral("paths.saveFolder"), m_folder.filePath("poufne"));
         QProcess window;
-        prepare(window);
+        window.setProcessEnvironment(environment());
         window.start(KOPERTAL_PROGRAM, {"--verbose", m_file});
         QString messages;
         QTest::qWait(2500); // until the window has the keyboard, and the file is read
@@ -156,11 +140,7 @@ private Q_SLOTS:
                                   messages += QString::fromUtf8(window.readAllStandardError()),
                                   messages.contains(QStringLiteral("dokument gotowy"))),
                                  20000);
-        QProcess second;
-        prepare(second);
-        second.start(KOPERTAL_PROGRAM, {m_file, "--verbose"});
-        QVERIFY(second.waitForFinished(20000));
-        messages += QString::fromUtf8(second.readAllStandardError());
+        messages += run({m_file, "--verbose"});
         kill(static_cast<pid_t>(window.processId()), SIGTERM);
         QVERIFY(window.waitForFinished(20000));
         QCOMPARE(window.exitCode(), 0);
@@ -180,20 +160,15 @@ private:
             QVERIFY2(!log.join(u'\n').contains(secret), qPrintable(secret));
     }
 
-    void prepare(QProcess& process) {
+    QProcessEnvironment environment() {
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
         environment.insert("KOPERTAL_TRACKING_ENDPOINT", m_standIn.address("http", "service"));
-        process.setProcessEnvironment(environment);
+        return environment;
     }
 
     /// The command's messages.
     QString run(const QStringList& arguments) {
-        QProcess process;
-        prepare(process);
-        process.start(KOPERTAL_PROGRAM, arguments);
-        if (!process.waitForFinished(60'000))
-            qFatal("the command does not end");
-        return QString::fromUtf8(process.readAllStandardError());
+        return test::runCommand(KOPERTAL_PROGRAM, arguments, {}, environment()).messages;
     }
 
     TrackingStandIn m_standIn;

@@ -2,22 +2,18 @@
 
 #include "app/addresses/AddressTextEditor.h"
 #include "app/addresses/AddressView.h"
-#include "app/settings/AppSettings.h"
 #include "app/shell/MainWindow.h"
 #include "app/tracking/TrackingTable.h"
 #include "app/tracking/TrackingView.h"
+#include "tests/support/Files.h"
 #include "tests/support/RealKeys.h"
+#include "tests/support/ShownParts.h"
 #include "ui/MorvikStyle.h"
 #include "ui/Splitter.h"
 
-#include <QApplication>
-#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QScreen>
-#include <QTemporaryDir>
-
-#include <memory>
 
 using namespace kopertal;
 using namespace kopertal::testing;
@@ -36,8 +32,7 @@ public:
         m_tracking = new TrackingView(m_settings, parts);
         m_window.addTrackingTab(m_tracking);
         m_memory.restore(*m_tracking);
-        m_window.show();
-        m_window.activateWindow();
+        activate(m_window);
     }
 
     MainWindow& window() { return m_window; }
@@ -81,13 +76,9 @@ private Q_SLOTS:
     void init() {
         m_folder = std::make_unique<QTemporaryDir>();
         m_path = m_folder->filePath(QStringLiteral("settings.json"));
-        AppSettings settings{PreferencesStore(m_path)};
-        settings.setSenderName(QStringLiteral("N"));
-        settings.setSenderAddress(QStringLiteral("A"));
-        settings.setSaveFolder(m_folder->path());
         SentEntry entry;
         entry.trackingNumber = QStringLiteral("RR1");
-        settings.saveSentBooks(
+        readySettings(*m_folder)->saveSentBooks(
             {SentBook{QUuid::createUuid(), QStringLiteral("2026-05-04"), {entry}, {}}});
     }
 
@@ -97,7 +88,6 @@ private Q_SLOTS:
         int nameWidth = 0;
         {
             Run run(m_path);
-            QVERIFY(QTest::qWaitForWindowActive(&run.window()));
             run.window().resize(1240, 810);
             QTRY_COMPARE(run.window().size(), QSize(1240, 810));
             run.window().addresses().editor().replaceText(QStringLiteral("A\nB\n"));
@@ -121,7 +111,6 @@ private Q_SLOTS:
             QVERIFY(run.end());
         }
         Run next(m_path);
-        QVERIFY(QTest::qWaitForWindowActive(&next.window()));
         QCOMPARE(next.window().size(), QSize(1240, 810));
         QCOMPARE(next.window().content().selectedTab(), AppTab::addresses);
         next.window().addresses().editor().replaceText(QStringLiteral("A\nB\n"));
@@ -138,7 +127,6 @@ private Q_SLOTS:
     void comesBackMaximisedWithItsOtherSize() {
         {
             Run run(m_path);
-            QVERIFY(QTest::qWaitForWindowActive(&run.window()));
             run.window().resize(900, 700);
             QTRY_COMPARE(run.window().size(), QSize(900, 700));
             run.window().showMaximized();
@@ -206,18 +194,12 @@ private Q_SLOTS:
     void garbledValuesAreLeftOut() {
         QFETCH(QByteArray, layout);
         QFETCH(bool, isSizeKept);
-        QFile file(m_path);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QJsonObject preferences = QJsonDocument::fromJson(file.readAll()).object();
-        file.close();
+        QJsonObject preferences = QJsonDocument::fromJson(test::contentsOf(m_path)).object();
         const QList<int> usualWidths = [&] { return Run(m_path).trackingWidths(); }();
         preferences.insert(layoutKey, QJsonDocument::fromJson('[' + layout + ']').array().first());
-        QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-        file.write(QJsonDocument(preferences).toJson());
-        file.close();
+        test::writeFile(m_path, QJsonDocument(preferences).toJson());
 
         Run run(m_path);
-        QVERIFY(QTest::qWaitForWindowActive(&run.window()));
         QTest::qWait(50);
         const QRect screen = run.window().screen()->availableGeometry();
         QVERIFY(!run.window().isMaximized());

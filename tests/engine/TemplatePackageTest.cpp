@@ -3,7 +3,7 @@
 #include "engine/EngineError.h"
 #include "engine/ZipArchive.h"
 #include "tests/support/Archives.h"
-#include "tests/support/Xml.h"
+#include "tests/support/Files.h"
 
 #include <QDir>
 #include <QDirIterator>
@@ -13,25 +13,7 @@
 #include <sys/stat.h>
 
 using namespace kopertal;
-using kopertal::test::ArchiveEntry;
-using kopertal::test::readArchive;
-using kopertal::test::templateEntries;
-using kopertal::test::writeArchive;
-
-namespace {
-
-QByteArray fileContents(const QString& path) {
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-void setContents(const QString& path, const QByteArray& bytes) {
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
-    file.write(bytes);
-}
-
-} // namespace
+using namespace kopertal::test;
 
 /// Unpacking templates that are not to be trusted, and packing documents.
 class TemplatePackageTest : public QObject {
@@ -139,7 +121,7 @@ private Q_SLOTS:
             QList<ArchiveEntry> entries = templateEntries("<a/>");
             entries << ArchiveEntry{"styles", "s"} << ArchiveEntry{name, "<b/>"};
             QVERIFY(writeArchive(m_template, entries));
-            setContents(m_template, fileContents(m_template).replace(name, becomes));
+            writeFile(m_template, contentsOf(m_template).replace(name, becomes));
             QVERIFY(isRefused());
         }
     }
@@ -152,13 +134,13 @@ private Q_SLOTS:
             for (ArchiveEntry& each : entries)
                 each.deflated = deflated;
             QVERIFY(writeArchive(m_template, entries));
-            const QByteArray whole = fileContents(m_template);
+            const QByteArray whole = contentsOf(m_template);
             for (const char* entry : {"[Content_Types].xml", "word/document.xml", "other.bin"}) {
                 QByteArray bytes = whole;
                 const qsizetype header = bytes.lastIndexOf(entry) - 46;
                 QCOMPARE(bytes.mid(header, 4), QByteArray("PK\1\2"));
                 bytes[header + 16] = static_cast<char>(bytes[header + 16] ^ 1);
-                setContents(m_template, bytes);
+                writeFile(m_template, bytes);
                 QVERIFY2(isRefused(), entry);
             }
         }
@@ -166,9 +148,9 @@ private Q_SLOTS:
 
     void refusesATruncatedArchive() {
         QVERIFY(writeArchive(m_template, templateEntries("<a/>")));
-        const QByteArray whole = fileContents(m_template);
+        const QByteArray whole = contentsOf(m_template);
         for (qsizetype size = 0; size < whole.size(); size += 7) {
-            setContents(m_template, whole.left(size));
+            writeFile(m_template, whole.left(size));
             QVERIFY(isRefused());
         }
     }
@@ -196,7 +178,7 @@ private Q_SLOTS:
     void needsATemporaryFolder() {
         QVERIFY(writeArchive(m_template, templateEntries("<a/>")));
         const QString file = m_scratch->filePath("file");
-        setContents(file, "x");
+        writeFile(file, "x");
         qputenv("TMPDIR", QFile::encodeName(file));
         QVERIFY_THROWS_EXCEPTION(FileError, TemplatePackage{m_template});
         const QString fresh = m_scratch->filePath("new/tmp");

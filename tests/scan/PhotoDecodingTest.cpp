@@ -1,6 +1,5 @@
 #include "scan/PhotoDecoding.h"
 
-#include "scan/PhotoFormat.h"
 #include "tests/support/photo/RegisterPhoto.h"
 
 #include <QBuffer>

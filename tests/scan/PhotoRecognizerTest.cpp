@@ -148,19 +148,6 @@ private Q_SLOTS:
         }
     }
 
-    void worksOnAFewAtATime() {
-        RecognizerOptions options =
-            shell(R"(cat >/dev/null; sleep 0.3; echo '[{"outcome":"none"}]')");
-        options.patience = 20s;
-        PhotoRecognizer recognizer(options);
-        std::vector<QFuture<PhotoResult>> results;
-        for (int i = 0; i < 5; ++i)
-            results.push_back(recognizer.recognize(photoBytes("x")));
-        QVERIFY(QTest::qWaitFor([&] { return results.back().isFinished(); }, patience));
-        for (const QFuture<PhotoResult>& result : results)
-            QCOMPARE(result.result().outcome, PhotoOutcome::none);
-    }
-
     void readsEveryFormatWithoutRights() {
         PhotoRecognizer recognizer(program());
         for (const char* format : {"jpeg", "png", "webp", "tiff", "bmp"})

@@ -225,8 +225,8 @@ private Q_SLOTS:
 
     void countsEveryUploadAsAtLeastTheMinimum() {
         RunningServer s({.heldBytes = 2 * UploadBudget::leastReservation}, true);
-        for (std::size_t count = 1; count <= 2; ++count) {
-            QCOMPARE(RawClient::ask(s.port, upload("x")), accepted);
+        for (std::size_t count = 1; count <= 2; ++count) { // also what ends early
+            QCOMPARE(RawClient::ask(s.port, uploadHead(9) + "x"), accepted);
             QVERIFY(s.waitForPhotos(count));
         }
         RawClient third(s.port);

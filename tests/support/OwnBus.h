@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDBusConnection>
 #include <QProcess>
 #include <QTemporaryDir>
 
@@ -17,6 +18,15 @@ public:
                         "--address=unix:path=" + m_folder.filePath(QStringLiteral("bus"))});
         return m_daemon.waitForReadyRead() ? QString::fromUtf8(m_daemon.readLine().trimmed())
                                            : QString();
+    }
+
+    /// The same, as the session's bus, with a connection for the stand-ins of its services.
+    QDBusConnection startSession() {
+        const QString address = start();
+        if (address.isEmpty())
+            qFatal("dbus-daemon does not come up");
+        qputenv("DBUS_SESSION_BUS_ADDRESS", address.toUtf8());
+        return QDBusConnection::connectToBus(address, "services");
     }
 
     void stop() {

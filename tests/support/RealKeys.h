@@ -17,6 +17,19 @@ inline void xdotool(const QStringList& arguments) {
     QTest::qWait(60);
 }
 
+/// What xdotool says.
+inline QString askXdotool(const QStringList& arguments) {
+    QProcess tool;
+    tool.start("xdotool", arguments);
+    tool.waitForFinished(10000);
+    return QString::fromUtf8(tool.readAllStandardOutput()).trimmed();
+}
+
+/// The visible windows of any program with that title.
+inline QString windowsNamed(const QString& title) {
+    return askXdotool({"search", "--onlyvisible", "--name", '^' + title + '$'});
+}
+
 /// Key presses of the X server: "ctrl+Return", "Tab", …
 inline void pressKeys(const QStringList& keys) {
     xdotool(QStringList{QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("15")} +

@@ -3,33 +3,17 @@
 #include "scan/PhotoPipeline.h"
 #include "tests/support/ListeningPorts.h"
 #include "tests/support/RealKeys.h"
-#include "ui/Sheet.h"
+#include "tests/support/ShownParts.h"
 
 #include <QAccessible>
-#include <QApplication>
-#include <QLabel>
 #include <QPointer>
 
-#include <algorithm>
-#include <functional>
-#include <memory>
 #include <sys/resource.h>
 #include <unistd.h>
 
 namespace kopertal::testing {
 
 constexpr int patience = 60'000; // ms, for a loaded machine
-
-inline bool showsLabel(const QWidget* view, const std::function<bool(const QString&)>& isWanted) {
-    const auto labels = view->findChildren<QLabel*>();
-    return std::any_of(labels.begin(), labels.end(), [&](const QLabel* label) {
-        return label->isVisibleTo(view) && isWanted(label->text());
-    });
-}
-
-inline bool shows(const QWidget* view, const QString& text) {
-    return showsLabel(view, [&](const QString& shown) { return shown == text; });
-}
 
 /// The text of the code on the picture of `view`.
 inline QString codeOn(QWidget* view) {
@@ -63,9 +47,7 @@ protected:
     void showWindow() {
         m_window = std::make_unique<QWidget>();
         m_window->resize(760, 640);
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        activate(*m_window);
     }
 
     /// No server outlives the window.

@@ -1,19 +1,14 @@
 #pragma once
 
 #include "app/http/LoadedHttpCarrier.h"
-#include "app/settings/AppSettings.h"
 #include "app/shell/MainWindow.h"
 #include "app/tracking/TrackingView.h"
 #include "tests/support/RealKeys.h"
+#include "tests/support/ShownParts.h"
 #include "tests/support/TrackingStandIn.h"
 #include "tracking/TrackingTableModel.h"
-#include "ui/KitButton.h"
 
-#include <QApplication>
 #include <QLineEdit>
-#include <QTemporaryDir>
-
-#include <memory>
 
 namespace kopertal::testing {
 
@@ -29,11 +24,7 @@ protected:
 
     void prepareSettings() {
         m_folder = std::make_unique<QTemporaryDir>();
-        m_settings = std::make_unique<AppSettings>(
-            PreferencesStore(m_folder->filePath(QStringLiteral("settings.json"))));
-        m_settings->setSenderName(QStringLiteral("N"));
-        m_settings->setSenderAddress(QStringLiteral("A"));
-        m_settings->setSaveFolder(m_folder->path());
+        m_settings = readySettings(*m_folder);
     }
 
     /// With the keyboard in the number field.
@@ -46,9 +37,7 @@ protected:
         parts.pairingPage = QStringLiteral("https://kopertal.example/zq/");
         m_view = new TrackingView(*m_settings, parts);
         m_window->addTrackingTab(m_view);
-        m_window->show();
-        m_window->activateWindow();
-        QVERIFY(QTest::qWaitForWindowActive(m_window.get()));
+        activate(*m_window);
         pressKeys({"ctrl+2"});
         QTRY_COMPARE(QApplication::focusWidget(), m_view->findChild<QLineEdit*>());
         QTest::qWait(300); // until the pages have changed
@@ -59,14 +48,8 @@ protected:
         m_settings.reset();
     }
 
-    /// The one that is shown in the window with that title or name; null if none is.
     morvik::KitButton* button(const char* title) const {
-        const QString wanted = QString::fromUtf8(title);
-        for (auto* each : m_window->findChildren<morvik::KitButton*>()) {
-            if (each->isVisible() && (each->text() == wanted || each->accessibleName() == wanted))
-                return each;
-        }
-        return nullptr;
+        return shownButton(m_window.get(), QString::fromUtf8(title));
     }
 
     QStringList storedNumbers() const {

@@ -1,6 +1,5 @@
 #include "tracking/SentBookJson.h"
 
-#include <QSet>
 #include <QTest>
 
 using namespace kopertal;

@@ -51,25 +51,6 @@ private Q_SLOTS:
         }
     }
 
-    void answersBecomeResults() {
-        const QString warsaw = "Warszawa — UP Warszawa 1\nMarszałkowska 1, 00-001 Warszawa";
-        const struct {
-            QString number, status, lastEvent;
-            int events;
-            QString lastPlace;
-        } cases[] = {{"pickedup", "Awizowana — doręczono",
-                      "2025-03-12 09:20 — Zwrotne potwierdzenie odbioru", 8, warsaw},
-                     {" (00) ", "—", "—", 0, ""},
-                     {"cut", "Błąd sieci", "Połączenie z serwerem zostało przerwane.", 0, ""},
-                     {"endless", "Błąd sieci", "Odpowiedź serwera jest zbyt duża.", 0, ""}};
-        for (const auto& [number, status, lastEvent, events, lastPlace] : cases) {
-            const TrackingResult result = fetch("https", number);
-            QCOMPARE(QStringList({result.status, result.lastEvent, result.lastPlace}),
-                     QStringList({status, lastEvent, lastPlace}));
-            QCOMPARE(result.events.size(), events);
-        }
-    }
-
     void longHistoriesAreRead() {
         const TrackingResult result = fetch("https", "huge");
         QCOMPARE(result.status, "Doręczono");

@@ -2,16 +2,13 @@
 #include "ui/AboutPanel.h"
 #include "ui/LinkButton.h"
 #include "ui/MorvikAboutCommand.h"
-#include "ui/MorvikAppDelegate.h"
 #include "ui/MorvikHelpCommands.h"
-#include "ui/MorvikHelpWindow.h"
 #include "ui/MorvikStyle.h"
 
 #include <QApplication>
 #include <QLabel>
 #include <QMenu>
 #include <QTest>
-#include <QTimer>
 
 #include <optional>
 
@@ -98,32 +95,6 @@ private Q_SLOTS:
         }
     }
 
-    void thereIsOneHelpWindow() {
-        int made = 0;
-        const auto content = [&made] {
-            ++made;
-            return new QLabel(QStringLiteral("treść"));
-        };
-        const QString title = QStringLiteral("Pomoc");
-        MorvikHelpWindow::show(title, 600, 400, content);
-        MorvikHelpWindow::show(QStringLiteral("Inny"), 100, 100, content);
-        QCOMPARE(openWindows(title).size(), 1);
-        QVERIFY(openWindows(QStringLiteral("Inny")).isEmpty());
-        QCOMPARE(made, 1);
-        QWidget* window = openWindows(title).front();
-        QCOMPARE(window->size(), QSize(600, 400));
-        QVERIFY(!(window->windowFlags() & Qt::WindowMinimizeButtonHint));
-        QVERIFY(QTest::qWaitForWindowActive(window));
-        window->close();
-        MorvikHelpWindow::show(QStringLiteral("Inny"), 300, 200, content);
-        QCOMPARE(openWindows(QStringLiteral("Inny")).size(), 1);
-        QCOMPARE(made, 2);
-        window = openWindows(QStringLiteral("Inny")).front();
-        QVERIFY(QTest::qWaitForWindowActive(window));
-        QTest::keyClick(window, Qt::Key_Escape);
-        QTRY_VERIFY(openWindows(QStringLiteral("Inny")).isEmpty());
-    }
-
     void theAboutPanelTellsFourThings() {
         QMenu menu;
         const QAction* last = menu.addAction(QStringLiteral("Koniec"));
@@ -151,19 +122,6 @@ private Q_SLOTS:
         QCOMPARE(opened.list(), QList<QByteArray>{"https://example.invalid/"});
         QTest::keyClick(windows.front(), Qt::Key_Escape);
         QTRY_VERIFY(openWindows(about->text()).isEmpty());
-    }
-
-    void keysAreCleanedUpAtTheEndInOrder() {
-        QStringList removed;
-        {
-            const MorvikAppDelegate delegate([&](const QString& key) { removed << key; });
-            QVERIFY(QApplication::quitOnLastWindowClosed());
-            MorvikAppDelegate::cleanupKeys = {QStringLiteral("b"), QStringLiteral("a")};
-            QVERIFY(removed.isEmpty());
-            QTimer::singleShot(0, qApp, &QCoreApplication::quit);
-            QApplication::exec();
-        }
-        QCOMPARE(removed, (QStringList{"b", "a"}));
     }
 };
 

@@ -1,10 +1,10 @@
+#include "tests/support/Files.h"
 #include "tests/support/OwnBus.h"
 #include "ui/EmailHelper.h"
 #include "ui/PanelHelper.h"
 
 #include <QApplication>
 #include <QDBusArgument>
-#include <QDBusConnection>
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusMetaType>
@@ -12,13 +12,12 @@
 #include <QDBusUnixFileDescriptor>
 #include <QDesktopServices>
 #include <QFile>
-#include <QProcess>
-#include <QTemporaryDir>
 #include <QTest>
 
 #include <memory>
 #include <sys/stat.h>
 
+using namespace kopertal::test;
 using namespace morvik;
 
 namespace {
@@ -87,12 +86,8 @@ class HandOffTest : public QObject {
 
 private Q_SLOTS:
     void initTestCase() {
-        const QString address = m_bus.start();
-        QVERIFY(!address.isEmpty());
-        qputenv("DBUS_SESSION_BUS_ADDRESS", address.toUtf8());
+        m_services = std::make_unique<QDBusConnection>(m_bus.startSession());
         qDBusRegisterMetaType<QList<QDBusUnixFileDescriptor>>();
-        m_services = std::make_unique<QDBusConnection>(
-            QDBusConnection::connectToBus(address, QStringLiteral("services")));
         QVERIFY(m_services->registerObject(QStringLiteral("/org/freedesktop/FileManager1"),
                                            &m_manager, QDBusConnection::ExportAllSlots));
         QVERIFY(m_services->registerObject(QStringLiteral("/org/freedesktop/portal/desktop"),
@@ -100,15 +95,13 @@ private Q_SLOTS:
         QDesktopServices::setUrlHandler(QStringLiteral("file"), this, "openFolder");
 
         // In xdg-email's place: keeps its arguments, each ended by a zero.
-        QFile tool(m_folder.filePath(QStringLiteral("xdg-email")));
-        QVERIFY(tool.open(QIODevice::WriteOnly));
-        tool.write("#!/bin/sh\nprintf '%s\\0' \"$@\" > \"" +
-                   QFile::encodeName(argumentsFile() + QStringLiteral(".part\" && mv \"") +
-                                     argumentsFile() + QStringLiteral(".part\" \"") +
-                                     argumentsFile()) +
-                   "\"\n");
-        tool.close();
-        tool.setPermissions(QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+        const QString tool = m_folder.filePath("xdg-email");
+        writeFile(tool, "#!/bin/sh\nprintf '%s\\0' \"$@\" > \"" +
+                            QFile::encodeName(argumentsFile() + QStringLiteral(".part\" && mv \"") +
+                                              argumentsFile() + QStringLiteral(".part\" \"") +
+                                              argumentsFile()) +
+                            "\"\n");
+        QFile::setPermissions(tool, QFileDevice::ReadOwner | QFileDevice::ExeOwner);
         qputenv("PATH", QFile::encodeName(m_folder.path()) + ':' + qgetenv("PATH"));
     }
 
@@ -253,20 +246,13 @@ private:
     }
 
     QString make(const QString& name) {
-        const QString path = m_folder.filePath(name);
-        QFile file(path);
-        if (file.open(QIODevice::WriteOnly))
-            file.write(contentOf(name));
-        return path;
+        return writeFile(m_folder.filePath(name), contentOf(name));
     }
 
     QString argumentsFile() const { return m_folder.filePath(QStringLiteral("arguments")); }
 
     QStringList toolArguments() const {
-        QFile file(argumentsFile());
-        if (!file.open(QIODevice::ReadOnly))
-            return {};
-        return QString::fromUtf8(file.readAll()).chopped(1).split(QChar(u'\0'));
+        return QString::fromUtf8(contentsOf(argumentsFile())).split(u'\0', Qt::SkipEmptyParts);
     }
 
     QTemporaryDir m_folder;

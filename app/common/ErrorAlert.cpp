@@ -1,6 +1,6 @@
-#include "app/shell/ErrorAlert.h"
+#include "app/common/ErrorAlert.h"
 
-#include "app/shell/PlainAlert.h"
+#include "app/common/PlainAlert.h"
 #include "ui/MorvikTheme.h"
 
 #include <QApplication>

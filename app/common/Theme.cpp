@@ -1,4 +1,4 @@
-#include "app/shell/Theme.h"
+#include "app/common/Theme.h"
 
 namespace kopertal::Color {
 namespace {

@@ -1,4 +1,4 @@
-#include "app/shell/WaitingThreads.h"
+#include "app/common/WaitingThreads.h"
 
 #include <QCoreApplication>
 #include <QThreadPool>

@@ -1,4 +1,4 @@
-#include "tests/app/TrackingScreens.h"
+#include "app/screens/TrackingScreens.h"
 
 #include "app/settings/AppSettings.h"
 #include "app/shell/MainWindow.h"

@@ -1,4 +1,4 @@
-#include "app/shell/PlainAlert.h"
+#include "app/common/PlainAlert.h"
 
 #include "ui/Fonts.h"
 #include "ui/Icons.h"
