@@ -16,7 +16,7 @@
 namespace kopertal {
 namespace {
 
-constexpr qsizetype longestHistory = 2 * maxEditorText; // takes some 50 MB
+constexpr qsizetype longestHistory = maxEditorText; // takes some 25 MB
 
 /// The separators that a document shows as line ends become line feeds.
 QString withLineFeeds(QString text) {

@@ -1,12 +1,13 @@
 #include "app/settings/PreferencesStore.h"
 
+#include "app/settings/FileLock.h"
+
 #include <QDateTime>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
-#include <QLockFile>
 #include <QSaveFile>
 #include <QStandardPaths>
 #include <QThread>
@@ -37,11 +38,11 @@ std::optional<QJsonObject> readPreferences(const QString& path) {
     return document.object();
 }
 
-/// QLockFile's own waiting doubles its pauses up to seconds, which starves one of several writers.
-bool acquire(QLockFile& lock) {
-    QDeadlineTimer deadline(lockTimeout);
-    while (!lock.tryLock(0)) {
-        if (lock.error() != QLockFile::LockFailedError || deadline.hasExpired())
+/// False when others have had it all the time. On a disk without locks nobody waits for others.
+bool acquire(FileLock& lock, const QString& path) {
+    const QDeadlineTimer deadline(lockTimeout);
+    while (lock.tryLock(path) == FileLock::Outcome::taken) {
+        if (deadline.hasExpired())
             return false;
         QThread::msleep(5);
     }
@@ -120,10 +121,9 @@ bool PreferencesStore::remove(const QString& key) {
 }
 
 bool PreferencesStore::update(const QString& key, const QJsonValue& value) {
-    if (!QDir().mkpath(QFileInfo(m_path).path()))
-        return false;
-    QLockFile lock(m_path + QStringLiteral(".lock"));
-    if (!acquire(lock))
+    const QString folder = QFileInfo(m_path).path();
+    FileLock lock;
+    if (!QDir().mkpath(folder) || !acquire(lock, folder))
         return false;
     const std::optional<QJsonObject> preferences = readPreferences(m_path);
     QJsonObject changed = preferences.value_or(QJsonObject());
