@@ -150,14 +150,6 @@ private Q_SLOTS:
         QCOMPARE(m_store.data(registerKey), QByteArrayLiteral("[]"));
     }
 
-    void aCrashedFirstIsForgotten() {
-        startProgram({});
-        m_program->kill();
-        QVERIFY(m_program->waitForFinished());
-        m_program = std::make_unique<QProcess>();
-        startProgram({});
-    }
-
     void aRegisterInTheMakingSurvivesTheWindow() {
         QFile file(m_folder.filePath(QStringLiteral("wiele.txt")));
         QVERIFY(file.open(QIODevice::WriteOnly));

@@ -1,5 +1,5 @@
-"""Kills the real program at each of its calls that change files, one after the other, and looks at what is left:
-killed_writes_test.py PROGRAM"""
+"""Kills the real program at each of its calls that change files, one after the other, or has the call fail, and looks at
+what is left: killed_writes_test.py PROGRAM"""
 
 import json
 import os
@@ -61,9 +61,9 @@ class KilledWritesTest(unittest.TestCase):
             TMPDIR=str(self.temporary), QT_QPA_PLATFORM='offscreen', DBUS_SESSION_BUS_ADDRESS='unix:path=/nonexistent',
             ASAN_OPTIONS='detect_leaks=0')  # which cannot be had in a traced process
 
-    def start(self, *arguments, kill=None, words=subprocess.DEVNULL):
-        """Traced; `kill` names a call and which of them it does not survive."""
-        injection = ['-e', f'inject={kill[0]}:signal=KILL:when={kill[1]}'] if kill else []
+    def start(self, *arguments, kill=None, words=subprocess.DEVNULL, fate='signal=KILL'):
+        """Traced; `kill` names a call and which of them meets its fate."""
+        injection = ['-e', f'inject={kill[0]}:{fate}:when={kill[1]}'] if kill else []
         return subprocess.Popen(
             ['strace', '-D', '-f', '-qq', '-y', '-o', self.stage / 'trace', '-e', f'trace={CALLS}', *injection, PROGRAM,
              *arguments], env=self.environment, stdout=subprocess.DEVNULL, stderr=words, text=True)
@@ -73,9 +73,9 @@ class KilledWritesTest(unittest.TestCase):
         calls = Counter()
         points = []
         for line in (self.stage / 'trace').read_text().splitlines():
-            if call := re.match(rf'{process.pid} +(\w+)\(', line):
+            if call := re.match(rf'{process.pid} +(\w+)\((1<)?', line):
                 calls[call[1]] += 1
-                if str(self.stage) in line:
+                if str(self.stage) in line and not call[2]:  # which is its output
                     points.append((call[1], calls[call[1]]))
         self.assertTrue(points)
         return points
@@ -120,29 +120,44 @@ class KilledWritesTest(unittest.TestCase):
 
         self.kill_everywhere(run, check)
 
-    def test_registers(self):
+    def generate(self, **options):
         register = self.out / 'rejestr.docx'
+        register.write_text('old')
+        process = self.start('generate', self.addresses, '--output', register, **options)
+        _, words = process.communicate(timeout=PATIENCE)
+        return process, words
 
-        def pages():
-            with zipfile.ZipFile(register) as archive:
-                self.assertIsNone(archive.testzip())
-                return archive.read('word/document.xml')
+    def pages(self):
+        with zipfile.ZipFile(self.out / 'rejestr.docx') as archive:
+            self.assertIsNone(archive.testzip())
+            return archive.read('word/document.xml')
 
-        def run(kill):
-            register.write_text('old')
-            process = self.start('generate', self.addresses, '--output', register, kill=kill)
-            process.wait(PATIENCE)
-            return process
-
-        self.assertEqual(run(None).returncode, 0)
-        whole = pages()
+    def test_registers(self):
+        self.assertEqual(self.generate()[0].returncode, 0)
+        whole = self.pages()
 
         def check():
-            if register.read_bytes() != b'old':
-                self.assertEqual(pages(), whole)
-            self.assertEqual([name for name in names(self.out) if name.endswith('.docx')], [register.name])
+            if (self.out / 'rejestr.docx').read_bytes() != b'old':
+                self.assertEqual(self.pages(), whole)
+            self.assertEqual([name for name in names(self.out) if name.endswith('.docx')], ['rejestr.docx'])
 
-        self.kill_everywhere(run, check)
+        self.kill_everywhere(lambda kill: self.generate(kill=kill)[0], check)
+
+    def test_registers_on_a_full_disk(self):
+        points = self.kill_points(self.generate()[0])
+        whole = self.pages()
+        for point in points:
+            if point[0] in ('unlink', 'rmdir'):
+                continue  # what cannot be removed stays
+            with self.subTest(call=point):
+                process, words = self.generate(kill=point, fate='error=ENOSPC', words=subprocess.PIPE)
+                if process.returncode == 0:
+                    self.assertEqual(self.pages(), whole)
+                else:
+                    self.assertEqual(process.returncode, 1)
+                    self.assertRegex(words, r'^\S.*:.+')
+                    self.assertEqual((self.out / 'rejestr.docx').read_bytes(), b'old')
+                self.assertEqual(names(self.out) + names(self.temporary), ['rejestr.docx'])
 
     @staticmethod
     def upload(port, photo):
