@@ -80,7 +80,7 @@ private Q_SLOTS:
     void worksWithoutWhatIsMissing_data() {
         QTest::addColumn<QByteArray>("name");
         QTest::addColumn<QString>("value");
-        const QString nowhere = QStringLiteral("/nonexistent/kopertal");
+        const QString nowhere = QStringLiteral("/proc/kopertal/gone");
         QTest::newRow("no address of a session bus")
             << QByteArray("DBUS_SESSION_BUS_ADDRESS") << QString();
         QTest::newRow("a session bus that is gone")

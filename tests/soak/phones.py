@@ -34,21 +34,23 @@ class Phones:
         self.thread.join()
 
     async def work(self):
-        kinds = [self.page] * 2 + [self.photo, self.broken, self.broken, self.slow, self.crowd]
-        workers = [asyncio.ensure_future(self.repeat(kind)) for kind in kinds]
+        # What each does, and its pauses: recognition takes longer than all the rest.
+        kinds = [(self.page, 1), (self.page, 1), (self.photo, 5), (self.broken, 1), (self.broken, 1), (self.slow, 1),
+                 (self.crowd, 20)]
+        workers = [asyncio.ensure_future(self.repeat(kind, pauses)) for kind, pauses in kinds]
         await self.closing.wait()
         for worker in workers:
             worker.cancel()
         await asyncio.gather(*workers, return_exceptions=True)
 
-    async def repeat(self, kind):
+    async def repeat(self, kind, pauses):
         while True:
             try:
                 await asyncio.wait_for(kind(), PATIENCE)
                 self.counts[kind.__name__] += 1
             except (OSError, AssertionError, asyncio.IncompleteReadError, asyncio.TimeoutError) as error:
                 self.failures.append(f"{kind.__name__}: {error!r}")
-            await asyncio.sleep(self.random.expovariate(1 / self.pause))
+            await asyncio.sleep(self.random.expovariate(1 / (pauses * self.pause)))
 
     async def connect(self):
         return await asyncio.open_connection("127.0.0.1", self.port)
@@ -73,7 +75,6 @@ class Phones:
         photo = self.random.choice(self.photos)
         answer = await self.ask(head(len(photo)), photo)
         assert answer.startswith(b"HTTP/1.1 200"), answer[:80]
-        await asyncio.sleep(4 * self.pause)  # recognition takes longer than all the rest
 
     async def broken(self):
         """What may end in any way, but only for its sender."""
@@ -122,4 +123,3 @@ class Phones:
         finally:
             for writer in writers:
                 writer.transport.abort()
-        await asyncio.sleep(20 * self.pause)
