@@ -12,6 +12,7 @@
 #include <QStandardPaths>
 #include <QThread>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -29,7 +30,8 @@ std::optional<QJsonObject> readPreferences(const QString& path) {
         return QJsonObject();
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) // a pipe might never end
         return std::nullopt;
-    const QByteArray bytes = file.read(maxFileBytes + 1);
+    // One byte more than there may be; reading first makes room for all that is asked for.
+    const QByteArray bytes = file.read(std::min(file.size(), maxFileBytes) + 1);
     if (file.error() != QFileDevice::NoError || bytes.size() > maxFileBytes)
         return std::nullopt;
     const QJsonDocument document = QJsonDocument::fromJson(bytes);
