@@ -16,6 +16,8 @@
 namespace kopertal {
 namespace {
 
+constexpr qsizetype longestHistory = maxEditorText; // takes some 25 MB
+
 /// The separators that a document shows as line ends become line feeds.
 QString withLineFeeds(QString text) {
     text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
@@ -63,6 +65,7 @@ QString AddressTextEditor::text() const {
 }
 
 void AddressTextEditor::replaceText(const QString& text) {
+    boundHistory();
     QTextCursor cursor(document());
     cursor.select(QTextCursor::Document);
     insertAsOneStep(cursor, text);
@@ -141,8 +144,26 @@ void AddressTextEditor::insertText(const QString& text) {
         Q_EMIT refused(refusal);
         return;
     }
-    insertAsOneStep(cursor, text);
+    boundHistory();
+    insertAsOneStep(textCursor(), text);
     ensureCursorVisible();
+}
+
+/// To have the history taken away is not enough: the document keeps all texts that were ever
+/// inserted until it is made anew.
+void AddressTextEditor::boundHistory() {
+    if (m_inserted <= longestHistory)
+        return;
+    const QScopedValueRollback replay(m_replayDepth, m_replayDepth + 1);
+    const QTextCursor before = textCursor();
+    const int anchor = before.anchor();
+    const int position = before.position();
+    document()->setPlainText(document()->toRawText());
+    QTextCursor cursor(document());
+    cursor.setPosition(anchor);
+    cursor.setPosition(position, QTextCursor::KeepAnchor);
+    setTextCursor(cursor);
+    m_inserted = 0;
 }
 
 QMimeData* AddressTextEditor::createMimeDataFromSelection() const {
@@ -153,6 +174,8 @@ QMimeData* AddressTextEditor::createMimeDataFromSelection() const {
 
 /// Keeps the recipients true; the change itself is handled once the document is at rest.
 void AddressTextEditor::onContentsChange(int position, int, int added) {
+    if (m_replayDepth == 0) // else nothing new
+        m_inserted += added;
     const QTextDocument* text = document();
     const int end = std::min(position + added, std::max(0, text->characterCount() - 1));
     const int first = text->findBlock(std::min(position, end)).blockNumber();

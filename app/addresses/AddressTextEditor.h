@@ -9,7 +9,9 @@ namespace kopertal {
 
 /// The plain text editor of the addresses. It keeps the recipients of its text up to date, and ends
 /// the text with a blank line after an insertion of two characters or more; one undo takes back
-/// both. Undo and redo themselves bring back exactly what was there.
+/// both. Undo and redo themselves bring back exactly what was there. Steps of undo cost memory that
+/// only a new document gives back: when twice the largest text has been inserted, they are
+/// forgotten before the next paste or other text, which itself can be undone.
 class AddressTextEditor : public QPlainTextEdit {
     Q_OBJECT
 
@@ -46,12 +48,14 @@ protected:
 
 private:
     void insertText(const QString& text);
+    void boundHistory();
     void onContentsChange(int position, int removed, int added);
     void onTextChanged();
     void normaliseEnd();
 
     LiveRecipients m_live;
     qsizetype m_previousTextLength = 0;
+    qsizetype m_inserted = 0; // since the history began
     int m_lineCount = 1;
     int m_replayDepth = 0; // undo or redo is under way
 };

@@ -1,16 +1,18 @@
 #include "app/settings/PreferencesStore.h"
 
+#include "app/settings/FileLock.h"
+
 #include <QDateTime>
 #include <QDeadlineTimer>
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
-#include <QLockFile>
 #include <QSaveFile>
 #include <QStandardPaths>
 #include <QThread>
 
+#include <algorithm>
 #include <chrono>
 #include <utility>
 
@@ -28,7 +30,8 @@ std::optional<QJsonObject> readPreferences(const QString& path) {
         return QJsonObject();
     if (!QFileInfo(path).isFile() || !file.open(QIODevice::ReadOnly)) // a pipe might never end
         return std::nullopt;
-    const QByteArray bytes = file.read(maxFileBytes + 1);
+    // One byte more than there may be; reading first makes room for all that is asked for.
+    const QByteArray bytes = file.read(std::min(file.size(), maxFileBytes) + 1);
     if (file.error() != QFileDevice::NoError || bytes.size() > maxFileBytes)
         return std::nullopt;
     const QJsonDocument document = QJsonDocument::fromJson(bytes);
@@ -37,11 +40,11 @@ std::optional<QJsonObject> readPreferences(const QString& path) {
     return document.object();
 }
 
-/// QLockFile's own waiting doubles its pauses up to seconds, which starves one of several writers.
-bool acquire(QLockFile& lock) {
-    QDeadlineTimer deadline(lockTimeout);
-    while (!lock.tryLock(0)) {
-        if (lock.error() != QLockFile::LockFailedError || deadline.hasExpired())
+/// False when others have had it all the time. On a disk without locks nobody waits for others.
+bool acquire(FileLock& lock, const QString& path) {
+    const QDeadlineTimer deadline(lockTimeout);
+    while (lock.tryLock(path) == FileLock::Outcome::taken) {
+        if (deadline.hasExpired())
             return false;
         QThread::msleep(5);
     }
@@ -120,10 +123,9 @@ bool PreferencesStore::remove(const QString& key) {
 }
 
 bool PreferencesStore::update(const QString& key, const QJsonValue& value) {
-    if (!QDir().mkpath(QFileInfo(m_path).path()))
-        return false;
-    QLockFile lock(m_path + QStringLiteral(".lock"));
-    if (!acquire(lock))
+    const QString folder = QFileInfo(m_path).path();
+    FileLock lock;
+    if (!QDir().mkpath(folder) || !acquire(lock, folder))
         return false;
     const std::optional<QJsonObject> preferences = readPreferences(m_path);
     QJsonObject changed = preferences.value_or(QJsonObject());

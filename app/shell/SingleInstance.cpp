@@ -88,16 +88,19 @@ void limitWaiting(int socket, std::chrono::milliseconds time) {
 SingleInstance::SingleInstance(const QString& folder, QObject* parent)
     : QObject(parent),
       m_socketPath(QFile::encodeName(folder + QStringLiteral("/kopertal.socket"))),
-      m_lock(folder + QStringLiteral("/kopertal.lock")) {
-    m_lock.setStaleLockTime(0); // held as long as its process lives
+      m_lockPath(folder + QStringLiteral("/kopertal.lock")) {
 }
 
 bool SingleInstance::claim() {
-    if (!m_lock.tryLock(0)) {
-        const bool isAlone = m_lock.error() != QLockFile::LockFailedError; // no folder to lock in
-        qCInfo(instanceLog,
-               isAlone ? "brak folderu na blokadę, okno działa samo" : "okno jest już otwarte");
-        return isAlone;
+    switch (m_lock.tryLock(m_lockPath)) {
+    case FileLock::Outcome::taken:
+        qCInfo(instanceLog, "okno jest już otwarte");
+        return false;
+    case FileLock::Outcome::impossible:
+        qCInfo(instanceLog, "brak folderu na blokadę, okno działa samo");
+        return true;
+    case FileLock::Outcome::held:
+        break;
     }
     listen();
     return true;

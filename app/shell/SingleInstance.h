@@ -1,8 +1,8 @@
 #pragma once
 
+#include "app/settings/FileLock.h"
 #include "net/Descriptor.h"
 
-#include <QLockFile>
 #include <QObject>
 
 #include <memory>
@@ -45,7 +45,8 @@ private:
     void receive(int connection);
 
     QByteArray m_socketPath;
-    QLockFile m_lock;
+    QString m_lockPath;
+    FileLock m_lock;
     std::unique_ptr<Descriptor> m_server; // while it listens
 };
 

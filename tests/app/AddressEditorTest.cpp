@@ -87,6 +87,22 @@ private Q_SLOTS:
         QCOMPARE(editor.text(), QStringLiteral("Jan Kowalski\n\nx "));
     }
 
+    void forgetsWhatIsTooLongToUndo() {
+        AddressTextEditor editor;
+        const QString line = QString(maxEditorLine - 1, u'x') + u'\n';
+        const QString large = line.repeated(maxEditorText / 2 / maxEditorLine) + u'\n';
+        for (int i = 0; i < 5; ++i)
+            editor.replaceText(QString::number(i) + large);
+        paste(editor, QStringLiteral("\u00a0")); // where the caret is: at the end
+        QCOMPARE(editor.text(), QStringLiteral("4") + large + QStringLiteral("\u00a0"));
+        int steps = 0;
+        for (; editor.document()->isUndoAvailable(); ++steps) {
+            editor.undoStep();
+            QCOMPARE(editor.text(), QString::number(4 - steps) + large);
+        }
+        QCOMPARE(steps, 2);
+    }
+
     void caretStaysAtItsWords() {
         AddressTextEditor editor;
         paste(editor, QStringLiteral("A\nB"));

@@ -131,14 +131,6 @@ private Q_SLOTS:
         QCOMPARE(m_store.data(registerKey), QByteArrayLiteral("[]"));
     }
 
-    void aCrashedFirstIsForgotten() {
-        startProgram({});
-        m_program->kill();
-        QVERIFY(m_program->waitForFinished());
-        m_program = std::make_unique<QProcess>();
-        startProgram({});
-    }
-
     void aRegisterInTheMakingSurvivesTheWindow() {
         const int before = documents();
         startProgram({test::writeFile(m_folder.filePath("wiele.txt"),

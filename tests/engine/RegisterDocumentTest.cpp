@@ -12,9 +12,6 @@
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <csignal>
-#include <sys/resource.h>
-
 using namespace kopertal;
 using namespace kopertal::test;
 
@@ -127,30 +124,6 @@ private Q_SLOTS:
         QVERIFY(writeArchive(path, templateEntries("<w:document>" + nested + "</w:document>")));
         QVERIFY_THROWS_EXCEPTION(EngineError, fillTemplate({}, path, m_output, {}, {}));
         verifyNothingChanged();
-    }
-
-    void aFullDiskLeavesTheOldFile() {
-        fill(recipients(40));
-        const qint64 size = QFileInfo(m_output).size();
-        writeFile(m_output, "old");
-
-        // A bound on the size of files fails writes just as a full disk does.
-        std::signal(SIGXFSZ, SIG_IGN);
-        rlimit whole;
-        QCOMPARE(getrlimit(RLIMIT_FSIZE, &whole), 0);
-        for (const qint64 room : {qint64(100), qint64(10'000), size / 2, size - 1}) {
-            const rlimit bound{rlim_t(room), whole.rlim_max};
-            QCOMPARE(setrlimit(RLIMIT_FSIZE, &bound), 0);
-            bool failed = false;
-            try {
-                fill(recipients(40));
-            } catch (const FileError&) {
-                failed = true;
-            }
-            QCOMPARE(setrlimit(RLIMIT_FSIZE, &whole), 0);
-            QVERIFY2(failed, qPrintable(QString::number(room)));
-            verifyNothingChanged();
-        }
     }
 
     void anUnwritableFolderLeavesTheOldFile() {

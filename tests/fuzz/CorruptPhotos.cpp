@@ -5,6 +5,7 @@
 // sanitizer's report, an answer that is none, and a number that was not on the photo. What gave one
 // is kept as a file in the working directory.
 #include "scan/PhotoResult.h"
+#include "tests/fuzz/Damage.h"
 #include "tests/support/photo/RegisterPhoto.h"
 
 #include <QCoreApplication>
@@ -16,7 +17,6 @@
 #include <QTextStream>
 
 #include <algorithm>
-#include <random>
 
 using namespace kopertal;
 using namespace kopertal::test;
@@ -44,61 +44,6 @@ QList<QByteArray> wholePhotos() {
     std::ranges::sort(photos); // folders are listed in any order
     return photos;
 }
-
-class Damage {
-public:
-    explicit Damage(unsigned seed) : m_random(seed), m_photos(wholePhotos()) {}
-
-    QByteArray next() {
-        QByteArray photo = m_photos[below(m_photos.size())];
-        for (auto count = below(3); count >= 0; --count)
-            change(photo);
-        return photo;
-    }
-
-private:
-    qsizetype below(qsizetype end) {
-        return static_cast<qsizetype>(m_random() %
-                                      static_cast<size_t>(std::max<qsizetype>(1, end)));
-    }
-    char byte() { return static_cast<char>(m_random()); }
-
-    void change(QByteArray& photo) {
-        // Headers are where most goes wrong; what comes later gets farther.
-        const qsizetype size = below(3) > 0 ? photo.size() : std::min<qsizetype>(photo.size(), 512);
-        const qsizetype at = below(size);
-        const qsizetype length = std::min(photo.size() - at, 1 + below(64));
-        switch (below(7)) {
-        case 0:
-            for (qsizetype i = below(16); i >= 0 && !photo.isEmpty(); --i)
-                photo[below(size)] = byte();
-            break;
-        case 1:
-            photo.truncate(at);
-            break;
-        case 2:
-            photo.remove(at, length);
-            break;
-        case 3:
-            photo.insert(at, photo.mid(below(photo.size()), length));
-            break;
-        case 4:
-            photo.replace(at, length, QByteArray(length, below(2) == 0 ? '\0' : '\xff'));
-            break;
-        case 5:
-            if (!photo.isEmpty())
-                photo[at] = static_cast<char>(photo[at] ^ (1 << below(8)));
-            break;
-        default: {
-            const QByteArray other = m_photos[below(m_photos.size())];
-            photo = photo.first(at) + other.mid(std::min(at, other.size()));
-        }
-        }
-    }
-
-    std::mt19937 m_random;
-    QList<QByteArray> m_photos;
-};
 
 struct Outcome {
     QString name;
@@ -146,7 +91,7 @@ int main(int argc, char** argv) {
     if (argc != 4)
         return 2;
     const QString program = QFile::decodeName(argv[1]);
-    Damage damage(QByteArray(argv[2]).toUInt());
+    Damage damage(wholePhotos(), QByteArray(argv[2]).toUInt());
     QByteArray bound = argv[3];
     const bool isCount = bound.endsWith('x');
     if (isCount)

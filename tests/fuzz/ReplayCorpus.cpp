@@ -1,24 +1,35 @@
+// TARGET COUNT FOLDER: runs the fuzz target once over every file of its corpus, then over COUNT
+// damaged copies of them, always the same. Fails when there is no file, so that a lost corpus is
+// noticed.
+#include "tests/fuzz/Damage.h"
 #include "tests/fuzz/FuzzTarget.h"
 
-#include <QDirIterator>
+#include <QDir>
 #include <QFile>
 
-/// Runs the fuzz target once over every file below the folders named on the command line. Fails
-/// when there is none, so that a lost corpus is noticed.
+namespace {
+
+void run(const QByteArray& bytes, const char* name) {
+    std::fprintf(stderr, "%s\n", name);
+    LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.constData()),
+                           static_cast<std::size_t>(bytes.size()));
+}
+
+} // namespace
+
 int main(int argc, char** argv) {
-    int inputs = 0;
-    for (int i = 1; i < argc; ++i) {
-        QDirIterator walk(QFile::decodeName(argv[i]), QDir::Files, QDirIterator::Subdirectories);
-        while (walk.hasNext()) {
-            QFile file(walk.next());
-            std::fprintf(stderr, "%s\n", qPrintable(file.fileName()));
-            require(file.open(QIODevice::ReadOnly), "the corpus can be read");
-            const QByteArray bytes = file.readAll();
-            LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(bytes.constData()),
-                                   static_cast<std::size_t>(bytes.size()));
-            ++inputs;
-        }
+    require(argc == 3, "a count and a folder are named");
+    const QDir corpus(QFile::decodeName(argv[2]));
+    QList<QByteArray> files;
+    for (const QString& name : corpus.entryList(QDir::Files, QDir::Name)) {
+        QFile file(corpus.filePath(name));
+        require(file.open(QIODevice::ReadOnly), "the corpus can be read");
+        files << file.readAll();
+        run(files.last(), qPrintable(name));
     }
-    require(inputs > 0, "the corpus is not empty");
+    require(!files.isEmpty(), "the corpus is not empty");
+    kopertal::test::Damage damage(files, 1);
+    for (int i = 0; i < QByteArray(argv[1]).toInt(); ++i)
+        run(damage.next(), QByteArray::number(i));
     return 0;
 }

@@ -1,22 +1,12 @@
-// Feeds hostile answers to the text functions and holds them against plain, slow ones. To be
-// started with -dict=tests/tracking/SoapAnswerFuzz.dict and a folder of real answers, or it finds
-// no tag.
+#include "tests/fuzz/FuzzTarget.h"
 #include "tracking/SoapAnswer.h"
 #include "tracking/SoapText.h"
-
-#include <QString>
-
-#include <cstdlib>
 
 using namespace kopertal;
 
 namespace {
 
-void check(bool condition) {
-    if (!condition)
-        std::abort();
-}
-
+/// As extractAllBlocks(), but plain and slow.
 QStringList plainBlocks(const QString& tag, QString xml) {
     QStringList blocks;
     for (;;) {
@@ -36,29 +26,31 @@ QStringList plainBlocks(const QString& tag, QString xml) {
 void checkTag(const QString& tag, const QString& xml) {
     const QStringList expected = plainBlocks(tag, xml);
     const QList<QStringView> blocks = extractAllBlocks(tag, xml);
-    check(blocks.size() == expected.size());
-    for (qsizetype i = 0; i < blocks.size(); ++i)
-        check(blocks[i] == expected[i]);
+    require(std::equal(blocks.begin(), blocks.end(), expected.begin(), expected.end()),
+            "all blocks are found, and no other");
     const auto first = extractFirstBlock(tag, xml);
-    check(first.has_value() == !expected.isEmpty());
+    require(first.has_value() == !expected.isEmpty(), "a block is found when there is one");
     if (first) {
-        check(*first == expected.first());
-        check(withoutBlock(tag, *first, xml) == QString(xml).remove(expected.first()));
+        require(*first == expected.first(), "the first block is the first");
+        require(withoutBlock(tag, *first, xml) == QString(xml).remove(expected.first()),
+                "only the block is taken away");
     }
     if (const auto content = extractTag(tag, xml)) {
-        check(!content->isEmpty() && !content->contains(u'<'));
-        check(xml.contains(u'>' + content->toString() + QStringLiteral("</") + tag + u'>'));
+        require(!content->isEmpty() && !content->contains(u'<'), "a content is a text");
+        require(xml.contains(u'>' + content->toString() + QStringLiteral("</") + tag + u'>'),
+                "it stands in its element");
     }
 }
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const unsigned char* data, size_t size) {
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const QByteArrayView bytes(data, static_cast<qsizetype>(size));
     const TrackingResult result = parseAnswer(bytes);
+    require(result.events.isEmpty() || statusEvent(result.events),
+            "among events there is the one that tells the status");
     const QString text = QString::fromUtf8(bytes);
     for (const char* tag : {"ax21:zdarzenie", "ax21:jednostka", "ax21:nazwa", "a"})
         checkTag(QString::fromLatin1(tag), text);
-    check(result.events.isEmpty() || statusEvent(result.events));
     return 0;
 }
