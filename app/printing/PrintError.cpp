@@ -1,18 +1,27 @@
 #include "app/printing/PrintError.h"
 
+#include <QFile>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <QStorageInfo>
+
+#include <filesystem>
 
 namespace kopertal {
 namespace {
 
 /// A start of LibreOffice with a new profile, and ten pages as a document and as a PDF file, take
 /// about half of this.
-constexpr qint64 leastRoom = 4LL * 1024 * 1024;
+constexpr std::uintmax_t leastRoom = 4 * 1024 * 1024;
 
 QString withDetails(const QString& message, const QString& details) {
     return details.isEmpty() ? message : message + QStringLiteral("\n\nSzczegóły: %1").arg(details);
+}
+
+/// Asks the file system itself: a list of mounts may not know the folder's, in a container.
+bool hasRoom(const QString& folder) {
+    std::error_code error;
+    const auto room = std::filesystem::space(QFile::encodeName(folder).toStdString(), error);
+    return !error && room.available >= leastRoom;
 }
 
 } // namespace
@@ -33,8 +42,7 @@ PrintError workError(const QString& message, const QString& details, const QStri
     const QRegularExpression within(QStringLiteral("(file://)?%1/[0-9a-f-]{36}(/|\\b)")
                                         .arg(QRegularExpression::escape(QFileInfo(folder).path())));
     const QString shown = QString(details).remove(within);
-    return QStorageInfo(folder).bytesAvailable() < leastRoom ? temporaryFolderError(shown)
-                                                             : PrintError(message, shown);
+    return hasRoom(folder) ? PrintError(message, shown) : temporaryFolderError(shown);
 }
 
 } // namespace kopertal

@@ -4,6 +4,7 @@
 #include "tests/support/RunCommand.h"
 
 #include <QDir>
+#include <QStandardPaths>
 #include <QTemporaryDir>
 
 #include <csignal>

@@ -111,7 +111,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT(sheet(), 20000);
         pressKeys({"Escape"});
         QTRY_VERIFY(!sheet());
-        QVERIFY(button(m_window.get(), QStringLiteral("Stwórz kopertal"))->hasFocus());
+        QVERIFY(shownButton(m_window.get(), QStringLiteral("Stwórz kopertal"))->hasFocus());
         const QStringList made =
             QDir(m_folder->path()).entryList({QStringLiteral("*.docx")}, QDir::Files, QDir::Name);
         QCOMPARE(made.size(), 2);
