@@ -13,6 +13,7 @@
 #include <QPainterPath>
 #include <QScopedValueRollback>
 #include <QScreen>
+#include <QScrollBar>
 
 #include <algorithm>
 
@@ -25,7 +26,7 @@ constexpr int sortMark = 10;
 constexpr int selectionBar = 3;
 constexpr double radius = 10;
 constexpr int wholeShare = 1000;
-constexpr int leastShare = 50; // of which both columns keep so much
+constexpr double leastShare = 0.05; // that both columns keep
 
 /// Muted titles over a hairline, with short separators between the columns.
 class ColumnHeader : public QHeaderView {
@@ -131,6 +132,9 @@ TableView::TableView(QWidget* parent) : QTableView(parent) {
     verticalHeader()->hide();
     verticalHeader()->setSectionResizeMode(QHeaderView::Fixed);
     setRowHeight(30);
+    // Scroll bars come to the front when they appear.
+    connect(verticalScrollBar(), &QScrollBar::rangeChanged, this, &TableView::raiseBorder,
+            Qt::QueuedConnection);
 }
 
 void TableView::setRowHeight(int pixels) {
@@ -154,7 +158,7 @@ void TableView::shareWidth(int column, double share) {
     connect(horizontalHeader(), &QHeaderView::sectionResized, this,
             [this](int section, int, int width) {
                 if (section == m_sharedColumn && !m_isSharing && sharedWidth() > 0)
-                    m_share = std::clamp(static_cast<double>(width) / sharedWidth(), 0.0, 1.0);
+                    setShare(static_cast<double>(width) / sharedWidth());
             });
     applyShare();
 }
@@ -183,10 +187,8 @@ void TableView::setColumns(const QList<int>& columns) {
                            [&](int value) { return value >= least && value <= most; });
     };
     if (m_sharedColumn >= 0) {
-        if (columns.size() == 1 && areWithin(leastShare, wholeShare - leastShare)) {
-            m_share = static_cast<double>(columns.front()) / wholeShare;
-            applyShare();
-        }
+        if (columns.size() == 1 && areWithin(0, wholeShare))
+            setShare(static_cast<double>(columns.front()) / wholeShare);
         return;
     }
     const QList<int> dragged = draggedColumns();
@@ -202,6 +204,11 @@ int TableView::sharedWidth() const {
     for (int column = 0; column + 1 < horizontalHeader()->count(); ++column)
         width -= column == m_sharedColumn ? 0 : columnWidth(column);
     return width;
+}
+
+void TableView::setShare(double share) {
+    m_share = std::clamp(share, leastShare, 1 - leastShare);
+    applyShare();
 }
 
 void TableView::applyShare() {
@@ -220,8 +227,12 @@ void TableView::resizeEvent(QResizeEvent* event) {
 
 void TableView::updateGeometries() {
     QTableView::updateGeometries();
+    raiseBorder();
+}
+
+void TableView::raiseBorder() {
     if (m_border)
-        m_border->raise(); // the scroll bars have come to the front
+        m_border->raise();
 }
 
 bool TableView::viewportEvent(QEvent* event) {

@@ -40,7 +40,9 @@ private:
     void setHoveredRow(int row);
     QList<int> draggedColumns() const;
     int sharedWidth() const;
+    void setShare(double share);
     void applyShare();
+    void raiseBorder();
 
     QWidget* m_border = nullptr;
     int m_hoveredRow = -1;

@@ -130,6 +130,16 @@ void AddressTextEditor::insertFromMimeData(const QMimeData* source) {
         insertText(withLineFeeds(source->text()));
 }
 
+/// Of a move within the text, the toolkit takes away the old place before it asks for the new one.
+void AddressTextEditor::dropEvent(QDropEvent* event) {
+    boundHistory();
+    const int before = document()->characterCount();
+    m_isRefused = false;
+    QPlainTextEdit::dropEvent(event);
+    if (m_isRefused && document()->characterCount() < before)
+        undoStep();
+}
+
 void AddressTextEditor::insertText(const QString& text) {
     const QTextCursor cursor = textCursor();
     const QTextDocument* all = document();
@@ -140,7 +150,8 @@ void AddressTextEditor::insertText(const QString& text) {
     const qsizetype kept = all->characterCount() - 1 - // all the lines that stay as they are
                            (last.position() + last.length() - 1 - first.position());
     const QString refusal = editorRefusal(lines, kept);
-    if (!refusal.isEmpty()) {
+    m_isRefused = !refusal.isEmpty();
+    if (m_isRefused) {
         Q_EMIT refused(refusal);
         return;
     }

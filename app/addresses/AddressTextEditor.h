@@ -44,6 +44,7 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
     bool canInsertFromMimeData(const QMimeData* source) const override;
     void insertFromMimeData(const QMimeData* source) override;
+    void dropEvent(QDropEvent* event) override;
     QMimeData* createMimeDataFromSelection() const override;
 
 private:
@@ -57,7 +58,8 @@ private:
     qsizetype m_previousTextLength = 0;
     qsizetype m_inserted = 0; // since the history began
     int m_lineCount = 1;
-    int m_replayDepth = 0; // undo or redo is under way
+    int m_replayDepth = 0;    // undo or redo is under way
+    bool m_isRefused = false; // the insertion under way
 };
 
 } // namespace kopertal

@@ -37,7 +37,7 @@ public:
     bool isGenerating() const { return m_isGenerating; }
 
     /// Stops a running generation, which then leaves nothing behind and reports nothing.
-    void stopGeneration() { m_stop.request_stop(); }
+    std::stop_source generationStop() const { return m_stop; }
 
 public Q_SLOTS:
     /// Makes the register from the recipients and settings of this moment, in the background. Does

@@ -38,6 +38,7 @@
 namespace kopertal {
 namespace {
 
+constexpr int glance = 50; // milliseconds between two looks for a signal
 const char* const waylandToken = "XDG_ACTIVATION_TOKEN";
 
 QString absolute(const QString& file) {
@@ -70,7 +71,14 @@ UpdaterParts updaterParts() {
             [options] { return loadHttpCarrier(options); }};
 }
 
-int runFirst(SingleInstance& instance, DesktopWishes& wishes, const QString& file) {
+/// Waits for a register in the making, which a signal still ends.
+void finishRegister() {
+    while (!QThreadPool::globalInstance()->waitForDone(glance))
+        QCoreApplication::processEvents();
+}
+
+int runFirst(SingleInstance& instance, DesktopWishes& wishes,
+             TerminationSignals& terminationSignals, const QString& file) {
     AppSettings& settings = AppSettings::shared();
     AppDelegate delegate(PreferencesStore(PreferencesStore::defaultPath()), settings.sentBooksKey,
                          updaterParts());
@@ -93,11 +101,12 @@ int runFirst(SingleInstance& instance, DesktopWishes& wishes, const QString& fil
                              window.addresses().loadFile(message.file);
                          }
                      });
-    TerminationSignals terminationSignals;
-    QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested, &window, [&] {
-        window.addresses().stopGeneration();
-        QApplication::quit();
-    });
+    QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested,
+                     &terminationSignals, // a signal stops a register also after the window's end
+                     [stop = window.addresses().generationStop()]() mutable {
+                         stop.request_stop();
+                         QApplication::quit();
+                     });
     // A session that is restored starts the window as the user would. Its end reaches the program
     // as a request to quit.
     QObject::connect(qApp, &QGuiApplication::saveStateRequest, &window,
@@ -137,8 +146,9 @@ int runWindow(int& count, char** arguments) {
     morvik::MorvikStyle::install(application);
     QApplication::setWindowIcon(morvik::pictureIcon(QStringLiteral(":/kopertal/kopertal.svg")));
     speakPolish(application);
-    const int code = runFirst(instance, wishes, absolute(file));
-    QThreadPool::globalInstance()->waitForDone(); // a register in the making is finished
+    TerminationSignals terminationSignals;
+    const int code = runFirst(instance, wishes, terminationSignals, absolute(file));
+    finishRegister();
     return code;
 }
 

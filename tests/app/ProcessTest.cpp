@@ -144,6 +144,25 @@ private Q_SLOTS:
         QVERIFY(QDir(m_folder.path()).entryList({QStringLiteral("*.docx.*")}).isEmpty());
     }
 
+    void aSignalStillStopsARegisterAfterTheWindow() {
+        const int before = documents();
+        const QTemporaryDir temporary;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("TMPDIR"), temporary.path());
+        m_program->setProcessEnvironment(environment);
+        startProgram({test::writeFile(m_folder.filePath("wiele.txt"),
+                                      QByteArray("Nazwa\nul. A 1\n00-000 B\n\n").repeated(50000))});
+        QTest::qWait(2500);
+        pressKeys({"ctrl+Return", "alt+F4"});
+        QTRY_VERIFY(windowsNamed("Kopertal").isEmpty());
+        QVERIFY(!QDir(temporary.path()).isEmpty()); // it is in the making
+        kill(static_cast<pid_t>(m_program->processId()), SIGTERM);
+        QTRY_COMPARE_WITH_TIMEOUT(m_program->state(), QProcess::NotRunning, 20000);
+        QCOMPARE(m_program->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(documents(), before);
+        QVERIFY(QDir(temporary.path()).isEmpty());
+    }
+
 private:
     void startProgram(const QStringList& arguments, bool isInSession = false) {
         m_program->setProcessChannelMode(QProcess::ForwardedErrorChannel);

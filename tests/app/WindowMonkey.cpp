@@ -74,7 +74,7 @@ public:
             m_pause.start();
             QTimer::singleShot(0, this, &Monkey::act);
             QApplication::exec();
-            m_window->addresses().stopGeneration();
+            m_window->addresses().generationStop().request_stop();
             m_window.reset();
             ++m_windows;
         }
