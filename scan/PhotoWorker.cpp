@@ -22,7 +22,6 @@ namespace kopertal {
 namespace {
 
 constexpr qsizetype largestUpload = qsizetype(64) << 20;
-constexpr unsigned mostSeconds = 30;
 
 struct Answer {
     QByteArray text;
@@ -111,19 +110,19 @@ void loadAll() {
 
 } // namespace
 
-void runPhotoWorker() {
+void runPhotoWorker(const WorkerLimits& limits) {
     prepareAnswer({});
     answerOnFatalSignals();
     exitWithReader();
     // What libraries say about a stranger's bytes is not for the user's terminal.
     qInstallMessageHandler([](QtMsgType, const QMessageLogContext&, const QString&) {});
     loadAll();
-    if (const QString problem = enterSandbox(); !problem.isEmpty()) {
+    if (const QString problem = enterSandbox(limits); !problem.isEmpty()) {
         std::fprintf(stderr, "Nie można odizolować rozpoznawania: %s\n", qPrintable(problem));
         _exit(1);
     }
     const QByteArray photo = readInput();
-    alarm(mostSeconds);
+    alarm(static_cast<unsigned>(limits.total.count()));
     prepareAnswer(recognizePhoto(photo, prepareAnswer));
     answerAndExit();
 }

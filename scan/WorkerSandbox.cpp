@@ -19,11 +19,11 @@
 namespace kopertal {
 namespace {
 
-constexpr rlim_t mostMemory = rlim_t(768) << 20; // a 48-megapixel photo takes half
-constexpr rlim_t processorSeconds = 20;
+constexpr rlim_t secondsToAnswer = 5; // after the processor time that is granted
 
 /// What computing, waiting for one another and writing an answer take.
 constexpr std::array allowed{
+    SCMP_SYS(alarm),
     SCMP_SYS(brk),
     SCMP_SYS(clock_gettime),
     SCMP_SYS(clock_nanosleep),
@@ -57,6 +57,7 @@ constexpr std::array allowed{
     SCMP_SYS(sched_getaffinity),
     SCMP_SYS(sched_yield),
     SCMP_SYS(set_robust_list),
+    SCMP_SYS(setitimer), // how the C library does alarm() on other processors
     SCMP_SYS(sigaltstack),
     SCMP_SYS(sysinfo),
     SCMP_SYS(tgkill),
@@ -100,16 +101,17 @@ bool limit(__rlimit_resource resource, rlim_t soft, rlim_t hard) {
 
 } // namespace
 
-QString enterSandbox() {
+QString enterSandbox(const WorkerLimits& limits) {
     const auto describe = [](int error) {
         return QString::fromStdString(std::generic_category().message(error));
     };
     close_range(STDERR_FILENO + 1, ~0U, 0);
 #ifndef __SANITIZE_ADDRESS__ // its shadow memory counts, too
-    if (!limit(RLIMIT_DATA, mostMemory, mostMemory))
+    if (!limit(RLIMIT_DATA, limits.memory, limits.memory))
         return describe(errno);
 #endif
-    if (!limit(RLIMIT_CPU, processorSeconds, processorSeconds + 5) || !limit(RLIMIT_CORE, 0, 0) ||
+    const auto processor = static_cast<rlim_t>(limits.processor.count());
+    if (!limit(RLIMIT_CPU, processor, processor + secondsToAnswer) || !limit(RLIMIT_CORE, 0, 0) ||
         prctl(PR_SET_NO_NEW_PRIVS, 1, 0, 0, 0) != 0)
         return describe(errno);
     const int error = forbidSystemCalls();

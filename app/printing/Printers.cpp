@@ -5,15 +5,8 @@
 
 #include <QStandardPaths>
 
-#include <chrono>
-
 namespace kopertal {
 namespace {
-
-using namespace std::chrono_literals;
-
-constexpr auto lookUpLimit = 20s;  // printers of the network are asked for up to 5 s each way
-constexpr auto sendingLimit = 60s; // the job goes to the local queue
 
 QString tool(const QString& name) {
     const QString path = QStandardPaths::findExecutable(name);
@@ -40,18 +33,18 @@ PrintError noPrinters(const QString& reason) {
 
 } // namespace
 
-Printers findPrinters(const std::stop_token& stop) {
+Printers findPrinters(const std::stop_token& stop, std::chrono::milliseconds patience) {
     const QString lpstat = tool(QStringLiteral("lpstat"));
     tool(QStringLiteral("lp"));
     Printers printers;
     ChildProcess list(lpstat, {QStringLiteral("-e")}, plainWords());
-    waitFor(list, lpstat, lookUpLimit, stop);
+    waitFor(list, lpstat, patience, stop);
     printers.names = QString::fromUtf8(list.output()).split(u'\n', Qt::SkipEmptyParts);
     if (printers.names.isEmpty())
         throw noPrinters(list.isSuccess() ? QString() : list.reason());
 
     ChildProcess choice(lpstat, {QStringLiteral("-d")}, plainWords());
-    waitFor(choice, lpstat, lookUpLimit, stop);
+    waitFor(choice, lpstat, patience, stop);
     const QString named =
         QString::fromUtf8(choice.output()).section(QStringLiteral(": "), 1).trimmed();
     printers.preferred = printers.names.contains(named) ? named : printers.names.front();
@@ -59,7 +52,7 @@ Printers findPrinters(const std::stop_token& stop) {
 }
 
 void sendToPrinter(const QString& pdf, const QString& title, const PrintOrder& order,
-                   const std::stop_token& stop) {
+                   const std::stop_token& stop, std::chrono::milliseconds patience) {
     const QString lp = tool(QStringLiteral("lp"));
     ChildProcess sending(
         lp,
@@ -68,7 +61,7 @@ void sendToPrinter(const QString& pdf, const QString& title, const PrintOrder& o
          order.isCollated ? QStringLiteral("collate=true") : QStringLiteral("collate=false"),
          QStringLiteral("-t"), title, QStringLiteral("--"), pdf},
         QProcessEnvironment::systemEnvironment());
-    waitFor(sending, lp, sendingLimit, stop);
+    waitFor(sending, lp, patience, stop);
     if (!sending.isSuccess())
         throw PrintError(QStringLiteral("Drukarka „%1” nie przyjęła wydruku. Sprawdź jej stan w "
                                         "ustawieniach drukarek.")

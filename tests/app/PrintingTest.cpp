@@ -1,4 +1,5 @@
 #include "app/printing/PrintError.h"
+#include "app/printing/Printers.h"
 #include "app/printing/RegisterPieces.h"
 #include "app/printing/RegisterPrinting.h"
 #include "app/printing/Rendering.h"
@@ -379,6 +380,26 @@ private Q_SLOTS:
         QVERIFY_THROWS_EXCEPTION(PrintError, renderDocuments(
                                                  {document}, folder.path(), [](int) {}, {},
                                                  std::chrono::milliseconds(200)));
+    }
+
+    void aPrintSystemThatHangsIsEnded() {
+        QCOMPARE(lookUpPatience, std::chrono::seconds(20));
+        QCOMPARE(sendingPatience, std::chrono::seconds(60));
+        const std::chrono::milliseconds patience(200);
+        const PrintOrder order{{}, QStringLiteral("Biuro"), 1, true, {}};
+        const std::tuple<QString, QString, std::function<void()>> cases[] = {
+            {"lpstat", "", [&] { findPrinters({}, patience); }},
+            {"lpstat", "[ \"$1\" = -e ] && exec echo Biuro; ", [&] { findPrinters({}, patience); }},
+            {"lp", "", [&] { sendToPrinter("a.pdf", "a", order, {}, patience); }}};
+        for (const auto& [program, before, ask] : cases) {
+            m_cups->addProgram(program, before + QStringLiteral("/bin/sleep 600 & wait"));
+            QElapsedTimer clock;
+            clock.start();
+            QVERIFY_THROWS_EXCEPTION(PrintError, ask());
+            QVERIFY(clock.elapsed() >= 200);
+            QVERIFY(clock.elapsed() < 10'000);
+            QCOMPARE(processesIn(m_cups->programs()), QStringList());
+        }
     }
 
     /// Between the pieces of a long register.

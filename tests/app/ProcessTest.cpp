@@ -1,4 +1,5 @@
 #include "app/settings/PreferencesStore.h"
+#include "net/Descriptor.h"
 #include "tests/support/Files.h"
 #include "tests/support/RealKeys.h"
 #include "tests/support/RunCommand.h"
@@ -9,6 +10,9 @@
 
 #include <csignal>
 #include <memory>
+#include <sys/socket.h>
+#include <sys/time.h>
+#include <sys/un.h>
 
 using namespace kopertal;
 using namespace kopertal::testing;
@@ -127,6 +131,13 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(documents(), 1, 20000);
     }
 
+    void aTooLargeMessageIsRefused() {
+        startProgram({});
+        constexpr qsizetype largest = qsizetype(64) << 10;
+        QCOMPARE(answerTo(QByteArray("{}").leftJustified(largest + 1, ' ')), "");
+        QCOMPARE(answerTo(QByteArray("{}").leftJustified(largest, ' ')), "ok");
+    }
+
     void commandsLeaveTheRegisterAlone() {
         QCOMPARE(test::runCommand(programPath(), {"--version"}).exitCode, 0);
         QCOMPARE(m_store.data(registerKey), QByteArrayLiteral("[]"));
@@ -176,6 +187,25 @@ private:
         QTRY_VERIFY_WITH_TIMEOUT(!windowsNamed("Kopertal").isEmpty(), 20000);
         QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), QString("Kopertal"), 20000);
         QTest::qWait(300);
+    }
+
+    /// Of the program, to what another start might say.
+    static QByteArray answerTo(const QByteArray& message) {
+        const QByteArray path = qgetenv("XDG_RUNTIME_DIR") + "/kopertal.socket";
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        qstrncpy(address.sun_path, path.constData(), sizeof address.sun_path);
+        const Descriptor connection(::socket(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0));
+        const timeval patience{20, 0};
+        ::setsockopt(connection.get(), SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+        QByteArray answer(16, Qt::Uninitialized);
+        const auto size = static_cast<size_t>(message.size());
+        if (::connect(connection.get(), reinterpret_cast<const sockaddr*>(&address),
+                      sizeof address) != 0 ||
+            ::send(connection.get(), message.constData(), size, 0) != message.size())
+            return "not sent";
+        const ssize_t count = ::recv(connection.get(), answer.data(), 16, 0);
+        return count < 0 ? "still open" : answer.first(count);
     }
 
     /// How often any of the program's threads is woken in that time, once it has settled.

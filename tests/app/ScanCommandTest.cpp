@@ -2,6 +2,7 @@
 #include "tests/support/RunCommand.h"
 #include "tests/support/photo/RegisterPhoto.h"
 
+#include <QDir>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -89,6 +90,53 @@ private Q_SLOTS:
         const CommandResult cut = scan({"--json", "-"}, bytes.first(bytes.size() / 2));
         QCOMPARE(cut.exitCode, 1);
         QCOMPARE(json(cut).at(0)["outcome"].toString(), QStringLiteral("unreadable"));
+    }
+
+    /// What follows the picture in its file is not looked at.
+    void refusesLargeFiles() {
+        constexpr qint64 largest = qint64(64) << 20;
+        const QString path =
+            save("large.bmp", makeScreenshot({{"Code128", "RR473124829PL"}}, "bmp").jpeg);
+        for (const qint64 size : {largest, largest + 1}) {
+            const bool isRead = size == largest;
+            QVERIFY(QFile::resize(path, size));
+            const CommandResult run = scan({path});
+            QCOMPARE(run.output, isRead ? "RR473124829PL\n" : "");
+            QCOMPARE(run.messages.contains("Nie można odczytać pliku " + path + ": jest za duży"),
+                     !isRead);
+            QCOMPARE(run.exitCode, isRead ? 0 : 1);
+
+            QProcess worker;
+            worker.setStandardInputFile(path);
+            worker.start(KOPERTAL_PROGRAM, {"scan", "--json", "-"});
+            QVERIFY(worker.waitForFinished(60'000));
+            const QByteArray answer = worker.readAllStandardOutput();
+            QCOMPARE(QJsonDocument::fromJson(answer)[0]["outcome"].toString(),
+                     isRead ? "numbers" : "unreadable");
+        }
+        QVERIFY(scan({"/dev/zero"}).messages.contains("/dev/zero: jest za duży"));
+    }
+
+    /// Wherever it is started from and under whatever name.
+    void startsItsOwnProgramAndModules() {
+        const QDir decoys(m_folder.filePath("decoys"));
+        QVERIFY(decoys.mkpath("bin") && decoys.mkpath("lib/kopertal"));
+        const QString started = m_folder.filePath("started");
+        const QString program = writeFile(decoys.filePath("bin/kopertal"),
+                                          "#!/bin/sh\n: >'" + QFile::encodeName(started) + "'\n");
+        QVERIFY(QFile::setPermissions(program, QFile::Permissions(0x7700)));
+        writeFile(decoys.filePath("lib/kopertal/scan.so"), "no module");
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert("PATH", decoys.filePath("bin:") + environment.value("PATH"));
+        const QString path = save("a.png", photo({"RR473124829PL"}));
+        for (const char* name : {"kopertal", "./kopertal", KOPERTAL_PROGRAM}) {
+            const CommandResult run = runCommand(
+                "/bin/bash", {"-c", R"(exec -a "$0" "$@")", name, KOPERTAL_PROGRAM, "scan", path},
+                {}, environment, decoys.filePath("bin"));
+            QCOMPARE(run.messages, "");
+            QCOMPARE(run.output, "RR473124829PL\n");
+            QVERIFY(!QFile::exists(started));
+        }
     }
 
     void refusesWrongUsage() {

@@ -88,6 +88,20 @@ private Q_SLOTS:
         }
     }
 
+    void keepsATooLargeFileAside() {
+        constexpr qsizetype largest = qsizetype(64) << 20;
+        const QByteArray preferences = R"({"sender.name": "A"})";
+        for (const qsizetype size : {largest, largest + 1}) {
+            init();
+            writeFile(preferences.leftJustified(size, ' '));
+            PreferencesStore store(m_path);
+            QCOMPARE(store.text("sender.name").value_or("absent"),
+                     size == largest ? "A" : "absent");
+            QVERIFY(store.setText("sender.address", "B"));
+            QCOMPARE(filesBeside().size(), size == largest ? 1 : 2);
+        }
+    }
+
     void isNotHeldUpByAPipe() {
         QVERIFY(QDir().mkpath(QFileInfo(m_path).path()));
         QCOMPARE(mkfifo(QFile::encodeName(m_path).constData(), 0600), 0);

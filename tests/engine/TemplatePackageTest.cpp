@@ -169,6 +169,15 @@ private Q_SLOTS:
         }
     }
 
+    void refusesALargeFile() {
+        const qint64 headers = 4096; // more than an archive of these has
+        for (const qint64 size : {maxArchiveBytes - headers, maxArchiveBytes}) {
+            QList<ArchiveEntry> entries = templateEntries("<a/>");
+            entries << ArchiveEntry{"stored.bin", QByteArray(size, '\0'), false};
+            QCOMPARE(isRefused(entries), size == maxArchiveBytes);
+        }
+    }
+
     void refusesWhatIsNoTemplate() {
         const QList<ArchiveEntry> broken = templateEntries("<a><b></a>");
         for (const auto& entries : {broken, broken.first(2)}) // the second has no main document

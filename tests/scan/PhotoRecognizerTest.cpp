@@ -1,11 +1,16 @@
 #include "scan/PhotoRecognizer.h"
 
+#include "scan/PhotoWorker.h"
 #include "scan/WorkerSandbox.h"
+#include "tests/support/Files.h"
 #include "tests/support/photo/RegisterPhoto.h"
 
 #include <QBuffer>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QImage>
+#include <QProcess>
+#include <QTemporaryDir>
 #include <QTest>
 
 #include <cerrno>
@@ -15,10 +20,12 @@
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
+#include <optional>
 #include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 using namespace kopertal;
@@ -87,6 +94,26 @@ int eatMemory() {
     return 0;
 }
 
+const char* const worksBriefly = "works-briefly";
+
+/// Starts the program's recognition process, which then awaits its photo.
+void startInSandbox(QProcess& worker) {
+    worker.start(KOPERTAL_PROGRAM, {"scan", "--json", "-"});
+    QVERIFY(worker.waitForStarted());
+    const QString status = QString("/proc/%1/status").arg(worker.processId());
+    QTRY_VERIFY_WITH_TIMEOUT(contentsOf(status).contains("Seccomp:\t2"), patience);
+}
+
+/// How the child ended; nothing, and it is ended, when it has not within the test's patience.
+std::optional<int> statusOf(pid_t child) {
+    int status = 0;
+    if (QTest::qWaitFor([&] { return waitpid(child, &status, WNOHANG) == child; }, patience))
+        return status;
+    kill(child, SIGKILL);
+    waitpid(child, nullptr, 0);
+    return {};
+}
+
 /// Runs `attempt` in a child that has entered the sandbox; gives what it returned.
 int inSandbox(int (*attempt)()) {
     const pid_t child = fork();
@@ -133,6 +160,103 @@ private Q_SLOTS:
         options.arguments = {QString::fromLatin1(eatsMemory)};
         PhotoRecognizer recognizer(options);
         QCOMPARE(recognize(recognizer, photoBytes("x")).outcome, PhotoOutcome::unreadable);
+    }
+
+    void limitsEveryProcess() {
+        QProcess worker;
+        startInSandbox(worker);
+        const auto limit = [&](const QString& name) {
+            const QString file = QString("/proc/%1/limits").arg(worker.processId());
+            const QString limits = QString::fromUtf8(contentsOf(file));
+            return limits.section('\n' + name, 1).section('\n', 0, 0).simplified();
+        };
+        QCOMPARE(limit("Max cpu time"), "20 25 seconds");
+        QCOMPARE(limit("Max core file size"), "0 0 bytes");
+#ifndef __SANITIZE_ADDRESS__
+        QCOMPARE(limit("Max data size"), "805306368 805306368 bytes");
+#endif
+        worker.closeWriteChannel();
+        QVERIFY(worker.waitForFinished(patience));
+    }
+
+    void limitsTheProcessorTimeOfAProcess() {
+        const pid_t child = fork();
+        if (child == 0) {
+            if (!enterSandbox({.processor = 1s}).isEmpty())
+                _exit(100);
+            for (volatile unsigned turns = 0;;)
+                turns = turns + 1;
+        }
+        const std::optional<int> status = statusOf(child);
+        QVERIFY(status);
+        QVERIFY(WIFSIGNALED(*status));
+        QCOMPARE(WTERMSIG(*status), SIGXCPU);
+    }
+
+    void answersWhenItsTimeIsOver() {
+#ifdef __SANITIZE_ADDRESS__
+        QSKIP("Fatal signals are left to the sanitizer");
+#endif
+        for (const int signal : {SIGXCPU, SIGALRM}) {
+            QProcess worker;
+            startInSandbox(worker);
+            QCOMPARE(kill(static_cast<pid_t>(worker.processId()), signal), 0);
+            QVERIFY(worker.waitForFinished(patience));
+            QCOMPARE(worker.exitStatus(), QProcess::NormalExit);
+            const auto answer = photoResultFromJson(worker.readAllStandardOutput());
+            QVERIFY(answer);
+            QCOMPARE(answer->outcome, PhotoOutcome::unreadable);
+        }
+    }
+
+    /// It cannot finish: nobody takes its answer.
+    void limitsTheWholeTimeOfAProcess() {
+        int output[2];
+        QCOMPARE(pipe2(output, O_CLOEXEC | O_NONBLOCK), 0);
+        while (write(output[1], "x", 1) == 1) {
+        }
+        QCOMPARE(fcntl(output[1], F_SETFL, 0), 0); // its writes wait
+        QElapsedTimer clock;
+        clock.start();
+        const pid_t worker = fork();
+        if (worker == 0) {
+            dup2(open("/dev/null", O_RDONLY), STDIN_FILENO);
+            dup2(output[1], STDOUT_FILENO);
+            execl("/proc/self/exe", "PhotoRecognizerTest", worksBriefly, nullptr);
+            _exit(127);
+        }
+        const std::optional<int> status = statusOf(worker);
+        close(output[0]);
+        close(output[1]);
+        QVERIFY(status);
+        QVERIFY(clock.elapsed() >= 1000);
+        if (WIFSIGNALED(*status)) // without its handler, under the sanitizer
+            QCOMPARE(WTERMSIG(*status), SIGALRM);
+        else
+            QCOMPARE(WEXITSTATUS(*status), 1);
+    }
+
+    void worksOnAFewAtATime() {
+        const QTemporaryDir folder;
+        const QString script = "cat >/dev/null; : >'%1'/$$; until [ -e '%1'/go ]; do sleep 0.05; "
+                               "done; echo '[{\"outcome\":\"none\"}]'";
+        RecognizerOptions options = shell(script.arg(folder.path()));
+        options.patience = 60s;
+        QCOMPARE(options.atOnce, 2);
+        PhotoRecognizer recognizer(options);
+        QList<QFuture<PhotoResult>> results;
+        for (int i = 0; i < 5; ++i)
+            results.append(recognizer.recognize(photoBytes("x")));
+        const auto started = [&] { return QDir(folder.path()).entryList(QDir::Files).size(); };
+        QTRY_VERIFY_WITH_TIMEOUT(started() >= 2, patience);
+        QTest::qWait(300); // in which others would start
+        QCOMPARE(started(), 2);
+        writeFile(folder.filePath("go"), {});
+        for (const QFuture<PhotoResult>& result : std::as_const(results)) {
+            QTRY_VERIFY_WITH_TIMEOUT(result.isFinished(), patience);
+            QCOMPARE(result.result().outcome, PhotoOutcome::none);
+        }
+        QCOMPARE(started(), 6);
     }
 
     void finishesWhatItLeavesBehind() {
@@ -240,6 +364,8 @@ private Q_SLOTS:
 int main(int argc, char** argv) {
     if (argc == 2 && strcmp(argv[1], eatsMemory) == 0)
         return eatMemory();
+    if (argc == 2 && strcmp(argv[1], worksBriefly) == 0)
+        runPhotoWorker({.total = 1s});
     QCoreApplication application(argc, argv);
     PhotoRecognizerTest test;
     return QTest::qExec(&test, argc, argv);

@@ -92,6 +92,15 @@ private Q_SLOTS:
               "[{'outcome':'numbers','numbers':[{'text':'1'}"})
             QVERIFY2(!photoResultFromJson(answer.replace('\'', '"')), answer);
     }
+
+    void refusesTooManyNumbers() {
+        for (const int count : {10'000, 10'001}) {
+            const QByteArray numbers = QByteArray(R"({"text":"1"},)").repeated(count).chopped(1);
+            const auto result =
+                photoResultFromJson(R"([{"outcome":"numbers","numbers":[)" + numbers + "]}]");
+            QCOMPARE(result.has_value(), count == 10'000);
+        }
+    }
 };
 
 QTEST_GUILESS_MAIN(PhotoResultTest)

@@ -1,6 +1,7 @@
 #include "tests/scan/RunningServer.h"
 
 #include <QElapsedTimer>
+#include <QProcess>
 
 using namespace kopertal;
 using namespace kopertal::test;
@@ -65,6 +66,22 @@ private Q_SLOTS:
         client.send("cd");
         QCOMPARE(client.readAll().value_or(""), accepted);
         QVERIFY(s.waitForPhotos(1));
+    }
+
+    void startedProgramsInheritNoConnection() {
+        RunningServer s;
+        RawClient client(s.port);
+        client.send(uploadHead(4) + "ab");
+        letItRead();
+        QProcess child;
+        child.start("sleep", {"600"});
+        QVERIFY(child.waitForStarted());
+        s.server.reset();
+        QCOMPARE(client.readAll(5s), std::optional<std::string>("")); // nobody else has it
+        QVERIFY(!RawClient(s.port).isOpen());
+        QCOMPARE(child.state(), QProcess::Running);
+        child.kill();
+        QVERIFY(child.waitForFinished());
     }
 
     void aDroppedServerDeliversNothing() {

@@ -1,3 +1,4 @@
+#include "scan/ConnectionLoop.h"
 #include "scan/UploadBudget.h"
 #include "tests/scan/RunningServer.h"
 
@@ -245,6 +246,23 @@ private Q_SLOTS:
             QVERIFY(s.waitForPhotos(2));
             QCOMPARE(std::string(s.held[0].whole()), body);
         }
+    }
+
+    /// One larger than the system's buffers, which take the program's own pages for any peer.
+    void aPeerThatTakesNoAnswerIsLetGo() {
+        PhoneDocuments documents;
+        documents.scanPage.resize(64'000'000);
+        ConnectionLoop loop(documents, {.answer = 500ms, .discard = 60s}, {});
+        const std::optional<std::uint16_t> port = loop.listen(0);
+        QVERIFY(port);
+        RawClient client(*port);
+        QElapsedTimer clock;
+        clock.start();
+        client.send("GET / HTTP/1.1\r\n\r\n");
+        while (client.send("x") && clock.elapsed() < 10'000)
+            QTest::qSleep(20);
+        QVERIFY(clock.elapsed() >= 450);
+        QVERIFY(clock.elapsed() < 10'000);
     }
 
     void aFloodAfterTheAnswerIsEnded() {
