@@ -112,6 +112,20 @@ private Q_SLOTS:
         QCOMPARE(textsOn(page), QStringList{"Code128 " + letter.text});
     }
 
+    void readsBesideAStamp() {
+        cv::RNG random(5);
+        const CodeText letter = internationalLetter(random);
+        cv::Mat page(500, 900, CV_8U, cv::Scalar(235));
+        const cv::Mat bars = drawCode(letter, 3, 120);
+        const cv::Rect place({200, 180}, bars.size());
+        bars.copyTo(page(place));
+        for (const int radius : {110, 75, 40}) // no line across is free of ink
+            cv::circle(page, {430, 240}, radius, cv::Scalar(60), 9, cv::LINE_AA);
+        for (const int gap : {12, 24}) // and the quiet zone looks like more bars
+            cv::circle(page, {place.br().x + gap - 300, 240}, 300, cv::Scalar(60), 6, cv::LINE_AA);
+        QCOMPARE(textsOn(page), QStringList{"Code128 " + letter.text});
+    }
+
     void seesEqualCodesEach() {
         const CodeText twice{"Code128", "RR473124829PL"};
         const RegisterPhoto shot = makeScreenshot({twice, {"Code39", "ABC-1234"}, twice});
