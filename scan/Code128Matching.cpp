@@ -24,9 +24,10 @@ constexpr int stopModules = 13;
 struct Bands {
     int count;
     Along along;
+    float ceiling = 1; ///< Paler ink is taken off.
 };
 constexpr std::array bandings{Bands{12, Along::mean}, Bands{3, Along::mean},
-                              Bands{4, Along::lightest}};
+                              Bands{4, Along::lightest}, Bands{4, Along::lightest, 0.3F}};
 
 /// Zero mean, unit length.
 void normalise(cv::Mat row) {
@@ -236,7 +237,7 @@ std::optional<QString> match(const cv::Mat& bands, Grid grid, int count, const c
         drift = 0.5 * (drift + bestDrift);
         symbols.push_back(best);
     }
-    constexpr float least = 0.6F;
+    constexpr float least = 0.7F; // few that are aligned wrongly score more
     const float total = std::accumulate(symbols.begin(), symbols.end(), 0.0F,
                                         [](float sum, const Symbol& s) { return sum + s.score; });
     if (total < least * static_cast<float>(count))
@@ -275,8 +276,9 @@ std::optional<QString> matchBands(const cv::Mat& upright, float start, float end
 std::optional<QString> matchLetterNumber(const cv::Mat& patch, float start, float end,
                                          float stroke) {
     for (const Bands& bands : bandings) {
-        if (std::optional<QString> text =
-                matchBands(barRows(patch, bands.count, bands.along), start, end, stroke))
+        if (std::optional<QString> text = matchBands(
+                barRows(withoutPaleInk(patch, bands.ceiling, stroke), bands.count, bands.along),
+                start, end, stroke))
             return text;
     }
     return std::nullopt;
