@@ -9,6 +9,25 @@
 namespace kopertal {
 namespace {
 
+/// A row's sliding minimum and maximum.
+struct Limits {
+    cv::Mat low;
+    cv::Mat high;
+};
+
+constexpr float widestWindow = 8; // strokes
+
+Limits limits(const cv::Mat& lows, const cv::Mat& highs, float stroke) {
+    const cv::Size window(static_cast<int>(stroke * widestWindow) | 1, 1);
+    const cv::Mat element = cv::getStructuringElement(cv::MORPH_RECT, window);
+    Limits result;
+    cv::erode(lows, result.low, element);
+    cv::dilate(highs, result.high, element);
+    cv::blur(result.low, result.low, window);
+    cv::blur(result.high, result.high, window);
+    return result;
+}
+
 /// `bands` rows, each the mean of its part of the patch.
 cv::Mat averaged(const cv::Mat& patch, int bands) {
     cv::Mat rows;
@@ -73,14 +92,8 @@ cv::Mat sharpened(const cv::Mat& rows, float blur) {
 
 /// Every row stretched between its sliding minimum and maximum, so that one threshold fits all.
 /// Where nothing is printed, it is white.
-cv::Mat stretched(const cv::Mat& rows, int window) {
-    const cv::Mat element = cv::getStructuringElement(cv::MORPH_RECT, {window, 1});
-    cv::Mat low;
-    cv::Mat high;
-    cv::erode(rows, low, element);
-    cv::dilate(rows, high, element);
-    cv::blur(low, low, {window, 1});
-    cv::blur(high, high, {window, 1});
+cv::Mat stretched(const cv::Mat& rows, float stroke) {
+    const auto [low, high] = limits(rows, rows, stroke);
     cv::Mat range = high - low;
     double strongest = 0;
     cv::minMaxLoc(range, nullptr, &strongest);
@@ -94,14 +107,28 @@ cv::Mat stretched(const cv::Mat& rows, int window) {
 
 } // namespace
 
+cv::Mat withoutPaleInk(const cv::Mat& patch, float ceiling, float stroke) {
+    if (ceiling >= 1)
+        return patch;
+    cv::Mat darkest;
+    cv::Mat brightest;
+    cv::reduce(patch, darkest, 0, cv::REDUCE_MIN);
+    cv::reduce(patch, brightest, 0, cv::REDUCE_MAX);
+    const auto [bars, paper] = limits(darkest, brightest, stroke);
+    cv::Mat most;
+    cv::addWeighted(paper, ceiling, bars, 1 - ceiling, 0, most);
+    cv::Mat result;
+    cv::repeat(most, patch.rows, 1, result);
+    cv::min(patch, result, result);
+    return result;
+}
+
 cv::Mat barRows(const cv::Mat& patch, int bands, Along along) {
     return along == Along::mean ? averaged(patch, bands) : lightest(patch, bands);
 }
 
 cv::Mat barProfiles(const cv::Mat& patch, int bands, Along along, float blur, float stroke) {
-    constexpr float widestWindow = 8; // strokes
-    return stretched(sharpened(barRows(patch, bands, along), blur),
-                     static_cast<int>(stroke * widestWindow) | 1);
+    return stretched(sharpened(barRows(patch, bands, along), blur), stroke);
 }
 
 } // namespace kopertal

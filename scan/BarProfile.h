@@ -10,6 +10,11 @@ enum class Along {
     lightest, ///< So does ink that lies over the bars: it hides no bar, and spaces shine beside it.
 };
 
+/// The patch with no more light than `ceiling`, which is 0 at the bars around and 1 at the paper
+/// around: the ink of stamps and pens, paler than bars, is paper then. `stroke` is the usual width
+/// of a bar, in samples.
+cv::Mat withoutPaleInk(const cv::Mat& patch, float ceiling, float stroke);
+
 /// `bands` lines across upright bars, or fewer where the patch is low; 32-bit floats.
 cv::Mat barRows(const cv::Mat& patch, int bands, Along along);
 

@@ -24,9 +24,10 @@ constexpr int stopModules = 13;
 struct Bands {
     int count;
     Along along;
+    float ceiling = 1; ///< Paler ink is taken off.
 };
 constexpr std::array bandings{Bands{12, Along::mean}, Bands{3, Along::mean},
-                              Bands{4, Along::lightest}};
+                              Bands{4, Along::lightest}, Bands{4, Along::lightest, 0.3F}};
 
 /// Zero mean, unit length.
 void normalise(cv::Mat row) {
@@ -148,33 +149,73 @@ struct Grid {
     double module;
 };
 
-/// Moves the first and the last symbol to where they look most like a start and a stop symbol.
-/// Nothing when they do not.
+struct Place {
+    double start = 0;
+    float score = 0; ///< How much it looks like one of the symbols that are looked for.
+};
+
+/// Every place from `from` to `to`, `step` apart; all in modules.
+std::vector<Place> places(const cv::Mat& bands, double from, double to, double step, double module,
+                          const cv::Mat& patterns) {
+    std::vector<Place> result;
+    for (double at = from; at <= to; at += step * module) {
+        double score = 0;
+        cv::minMaxLoc(likeness(bands, at, module, patterns), nullptr, &score);
+        result.push_back({at, static_cast<float>(score)});
+    }
+    return result;
+}
+
+/// The best few of them that are at least a module apart.
+std::vector<Place> peaks(std::vector<Place> candidates, double module) {
+    constexpr size_t most = 3;
+    std::ranges::sort(candidates, std::ranges::greater(), &Place::score);
+    std::vector<Place> result;
+    for (const Place& place : candidates) {
+        if (result.size() < most && std::ranges::none_of(result, [&](const Place& better) {
+                return std::abs(place.start - better.start) < module;
+            }))
+            result.push_back(place);
+    }
+    return result;
+}
+
+/// From where the first and the last symbol look most like a start and a stop symbol that one width
+/// of a module fits. Nothing when they do not.
 std::optional<Grid> aligned(const cv::Mat& bands, double start, double end, int modules,
                             const cv::Mat& patterns) {
-    const double module = (end - start) / modules;
-    double bestStart = 0;
-    double bestStop = 0;
-    float startScore = 0;
-    float stopScore = 0;
-    for (double shift = -2; shift <= 2; shift += 0.25) {
-        const cv::Mat first = likeness(bands, start + shift * module, module, patterns);
-        const float score = strongest(first, code128StartA, code128Symbols).score;
-        if (score > startScore) {
-            startScore = score;
-            bestStart = start + shift * module;
-        }
-        const double stop = end - stopModules * module + shift * module;
-        const float stopAt = likeness(bands, stop, module, patterns).at<float>(0, code128Symbols);
-        if (stopAt > stopScore) {
-            stopScore = stopAt;
-            bestStop = stop;
+    constexpr double inside = 12; // modules: ink in the quiet zone passes for bars
+    constexpr double outside = 3; // modules
+    constexpr double step = 0.5;  // modules
+    const cv::Mat starts = patterns.rowRange(code128StartA, code128Symbols);
+    const cv::Mat stops = patterns.row(code128Symbols);
+    const double about = (end - start) / modules;
+    const double stop = end - stopModules * about;
+    const std::vector<Place> firsts = peaks(
+        places(bands, start - outside * about, start + inside * about, step, about, starts), about);
+    const std::vector<Place> lasts = peaks(
+        places(bands, stop - inside * about, stop + outside * about, step, about, stops), about);
+    std::optional<Grid> best;
+    float bestScore = 0;
+    for (const Place& first : firsts) {
+        for (const Place& last : lasts) {
+            const double module = (last.start - first.start) / (modules - stopModules);
+            const auto refined = [&](const Place& place, const cv::Mat& symbols) {
+                const double reach = step * module;
+                return std::ranges::max(places(bands, place.start - reach, place.start + reach,
+                                               step / 2, module, symbols),
+                                        {}, &Place::score);
+            };
+            constexpr float least = 0.62F;
+            const Place from = refined(first, starts);
+            const Place to = refined(last, stops);
+            if (from.score < least || to.score < least || from.score + to.score <= bestScore)
+                continue;
+            bestScore = from.score + to.score;
+            best = Grid{from.start, (to.start - from.start) / (modules - stopModules)};
         }
     }
-    constexpr float least = 0.62F;
-    if (startScore < least || stopScore < least)
-        return std::nullopt;
-    return Grid{bestStart, (bestStop - bestStart) / (modules - stopModules)};
+    return best;
 }
 
 std::optional<QString> match(const cv::Mat& bands, Grid grid, int count, const cv::Mat& patterns) {
@@ -196,7 +237,7 @@ std::optional<QString> match(const cv::Mat& bands, Grid grid, int count, const c
         drift = 0.5 * (drift + bestDrift);
         symbols.push_back(best);
     }
-    constexpr float least = 0.6F;
+    constexpr float least = 0.7F; // few that are aligned wrongly score more
     const float total = std::accumulate(symbols.begin(), symbols.end(), 0.0F,
                                         [](float sum, const Symbol& s) { return sum + s.score; });
     if (total < least * static_cast<float>(count))
@@ -235,8 +276,9 @@ std::optional<QString> matchBands(const cv::Mat& upright, float start, float end
 std::optional<QString> matchLetterNumber(const cv::Mat& patch, float start, float end,
                                          float stroke) {
     for (const Bands& bands : bandings) {
-        if (std::optional<QString> text =
-                matchBands(barRows(patch, bands.count, bands.along), start, end, stroke))
+        if (std::optional<QString> text = matchBands(
+                barRows(withoutPaleInk(patch, bands.ceiling, stroke), bands.count, bands.along),
+                start, end, stroke))
             return text;
     }
     return std::nullopt;

@@ -22,16 +22,18 @@ struct Attempt {
     float blur;     ///< Taken back, as a part of a stroke.
     bool isCleared; ///< What stands beyond the quiet zones is painted over: a label's edge looks
                     ///< like the first bars of some codes. Not always, for the ends may be wrong.
+    float ceiling = 1; ///< Paler ink is taken off.
 };
 
 /// From the cheap ones that read what is clear to those for blurred and disturbed codes.
 constexpr std::array attempts{
-    Attempt{16, Along::mean, 0.3F, true},     Attempt{8, Along::mean, 0.45F, false},
-    Attempt{8, Along::lightest, 0.3F, true},  Attempt{32, Along::mean, 0, true},
-    Attempt{16, Along::mean, 0.5F, true},     Attempt{4, Along::mean, 0.55F, true},
-    Attempt{8, Along::lightest, 0.5F, false}, Attempt{8, Along::mean, 0.6F, true},
-    Attempt{16, Along::mean, 0.1F, true},     Attempt{4, Along::mean, 0.7F, true},
-    Attempt{8, Along::mean, 0.2F, false},
+    Attempt{16, Along::mean, 0.3F, true},         Attempt{8, Along::mean, 0.45F, false},
+    Attempt{8, Along::lightest, 0.3F, true},      Attempt{32, Along::mean, 0, true},
+    Attempt{16, Along::mean, 0.5F, true},         Attempt{4, Along::mean, 0.55F, true},
+    Attempt{8, Along::lightest, 0.5F, false},     Attempt{8, Along::mean, 0.6F, true},
+    Attempt{16, Along::mean, 0.1F, true},         Attempt{4, Along::mean, 0.7F, true},
+    Attempt{8, Along::mean, 0.2F, false},         Attempt{8, Along::lightest, 0.2F, true, 0.8F},
+    Attempt{16, Along::lightest, 0, true, 0.65F},
 };
 
 /// Paints what is farther from the code than its quiet zone.
@@ -77,8 +79,8 @@ std::optional<LinearCode> readLinearCode(const cv::Mat& photo, const CodeRegion&
     float start = 1;
     float end = 0;
     for (const Attempt& attempt : attempts) {
-        cv::Mat lines =
-            barProfiles(patch, attempt.bands, attempt.along, attempt.blur * stroke, stroke);
+        cv::Mat lines = barProfiles(withoutPaleInk(patch, attempt.ceiling, stroke), attempt.bands,
+                                    attempt.along, attempt.blur * stroke, stroke);
         if (attempt.isCleared)
             clearBeyond(lines, margin, stroke);
         for (int band = 0; band < lines.rows; ++band) {

@@ -112,6 +112,38 @@ private Q_SLOTS:
         QCOMPARE(textsOn(page), QStringList{"Code128 " + letter.text});
     }
 
+    void readsBesideAStamp() {
+        cv::RNG random(5);
+        const CodeText letter = internationalLetter(random);
+        cv::Mat page(500, 900, CV_8U, cv::Scalar(235));
+        const cv::Mat bars = drawCode(letter, 3, 120);
+        const cv::Rect place({200, 180}, bars.size());
+        bars.copyTo(page(place));
+        for (const int radius : {110, 75, 40}) // no line across is free of ink
+            cv::circle(page, {430, 240}, radius, cv::Scalar(60), 9, cv::LINE_AA);
+        for (const int gap : {12, 24}) // and the quiet zone looks like more bars
+            cv::circle(page, {place.br().x + gap - 300, 240}, 300, cv::Scalar(60), 6, cv::LINE_AA);
+        QCOMPARE(textsOn(page), QStringList{"Code128 " + letter.text});
+    }
+
+    void readsUnderPaleInk() {
+        cv::RNG random(5);
+        const std::pair<CodeText, int> codes[] = {{registeredLetter(random), 410},
+                                                  {{"Code128", "PX1234567890"}, 270},
+                                                  {{"EAN-13", "5901234123457"}, 240}};
+        for (const auto& [code, x] : codes) {
+            cv::Mat page(500, 900, CV_8U, cv::Scalar(235));
+            const cv::Mat bars = drawCode(code, 3, 120);
+            bars.copyTo(page({cv::Point(200, 180), bars.size()}));
+            // Along the bars, so that it lies on the same spaces on every line across.
+            cv::Mat ink(page.size(), CV_8U, cv::Scalar(255));
+            cv::line(ink, {x, 100}, {x + 10, 400}, cv::Scalar(90), 14, cv::LINE_AA);
+            cv::multiply(page, ink, page, 1.0 / 255);
+            cv::GaussianBlur(page, page, {}, 0.8);
+            QCOMPARE(textsOn(page), QStringList{code.format + u' ' + code.text});
+        }
+    }
+
     void seesEqualCodesEach() {
         const CodeText twice{"Code128", "RR473124829PL"};
         const RegisterPhoto shot = makeScreenshot({twice, {"Code39", "ABC-1234"}, twice});
