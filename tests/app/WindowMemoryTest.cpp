@@ -124,6 +124,23 @@ private Q_SLOTS:
         QCOMPARE(next.trackingWidths(), QList<int>({101, 102, 103}));
     }
 
+    void aColumnThatLeavesTheOtherNoRoomKeepsSome() {
+        int width = 0;
+        {
+            Run run(m_path);
+            run.window().addresses().editor().replaceText(QStringLiteral("A\nB\n"));
+            QTRY_VERIFY(run.table("addresses.columns")->isVisible());
+            run.table("addresses.columns")->setColumnWidth(1, 3000);
+            width = run.table("addresses.columns")->columnWidth(1);
+            QVERIFY(run.table("addresses.columns")->columnWidth(2) > 0);
+            QVERIFY(run.end());
+        }
+        Run next(m_path);
+        next.window().addresses().editor().replaceText(QStringLiteral("A\nB\n"));
+        QTRY_VERIFY(next.table("addresses.columns")->isVisible());
+        QTRY_VERIFY(qAbs(next.table("addresses.columns")->columnWidth(1) - width) <= 1);
+    }
+
     void comesBackMaximisedWithItsOtherSize() {
         {
             Run run(m_path);

@@ -30,7 +30,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                                  document.sliced(bounds[page], bounds[page + 1] - bounds[page]) +
                                  document.sliced(bounds.back());
         pugi::xml_document tree;
-        require(tree.load_buffer(piece.constData(), static_cast<std::size_t>(piece.size())),
+        require(tree.load_buffer(piece.constData(), static_cast<std::size_t>(piece.size()),
+                                 pugi::parse_default, pugi::encoding_utf8),
                 "a piece is well formed");
         require(page > 0 || pageBounds(piece, form).size() == 2, "the first one is a page");
     }
