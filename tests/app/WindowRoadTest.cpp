@@ -125,6 +125,10 @@ private Q_SLOTS:
         const auto old = QStringLiteral("stary");
         const QString polish = QStringLiteral("Łukasz Żak\nul. Śląska\n\n");
         QTest::newRow("a file") << polish.toUtf8() << "ą b" << polish;
+        QTest::newRow("a file in Windows-1250, with its line ends")
+            << QByteArray("\xa3ukasz \xaf"
+                          "ak\r\nul. \x8cl\xb9ska 1\r\n\r\n")
+            << "windows.txt" << QStringLiteral("Łukasz Żak\nul. Śląska 1\n\n");
         QTest::newRow("a folder is ignored") << QByteArray() << "" << old;
         QTest::newRow("a file that is gone is ignored") << QByteArray() << "brak.txt" << old;
         QTest::newRow("a file beyond the editor's bound is refused")
