@@ -9,6 +9,8 @@
 #include <QPointer>
 #include <QStyle>
 
+#include <algorithm>
+
 namespace morvik {
 namespace {
 
@@ -61,6 +63,8 @@ public:
         return false;
     }
 
+    bool isShown() const { return m_frame && m_frame->widget(); }
+
 private:
     void onFocusIn(Qt::FocusReason reason) {
         if (reason == Qt::MouseFocusReason)
@@ -88,6 +92,14 @@ private:
 
 void addFocusRing(QWidget* control, const RingShape& shape) {
     new RingKeeper(control, shape); // goes with the control
+}
+
+bool isFocusRingShown(const QWidget* control) {
+    const auto& parts = control->children();
+    return std::ranges::any_of(parts, [](const QObject* part) {
+        const auto* keeper = dynamic_cast<const RingKeeper*>(part);
+        return keeper && keeper->isShown();
+    });
 }
 
 RingShape limeRing(double radius) {

@@ -1,5 +1,7 @@
+#include "tests/support/RealKeys.h"
 #include "ui/FileDropZone.h"
 #include "ui/FileListView.h"
+#include "ui/FocusRing.h"
 #include "ui/Icons.h"
 #include "ui/LimeActionButton.h"
 #include "ui/MorvikStyle.h"
@@ -18,6 +20,8 @@
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
@@ -25,8 +29,17 @@
 #include <QVBoxLayout>
 
 using namespace morvik;
+using kopertal::testing::clickAt;
+using kopertal::testing::pressKeys;
 
 namespace {
+
+/// Shows the window and waits until it has the keyboard.
+void activate(QWidget& window) {
+    window.show();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window, 20000));
+}
 
 QList<QUrl> urls(const QStringList& paths) {
     QList<QUrl> result;
@@ -126,6 +139,79 @@ private Q_SLOTS:
         for (const QLabel* label : list.findChildren<QLabel*>())
             saysEmpty |= label->isVisible() && label->text() == QStringLiteral("Brak plików");
         QVERIFY(saysEmpty);
+    }
+
+    void fileListKeepsTheKeyboardOnItsRow() {
+        QWidget window;
+        auto* column = new QVBoxLayout(&window);
+        auto* list = new FileListView(true);
+        auto* after = new QPushButton(QStringLiteral("OK"));
+        column->addWidget(list);
+        column->addWidget(after);
+        list->setFiles(urls({"/a/1.pdf", "/a/2.pdf", "/a/3.pdf", "/a/4.pdf"}));
+        activate(window);
+        const auto focused = [&] {
+            const QWidget* widget = window.focusWidget();
+            return widget && widget->hasFocus() ? widget->accessibleName() : QString();
+        };
+        const auto press = [&](const QString& key) {
+            QTest::qWait(QApplication::doubleClickInterval()); // a press of its own
+            pressKeys({key});
+        };
+        const auto click = [&](const QString& name) {
+            QTest::qWait(QApplication::doubleClickInterval());
+            clickAt(buttonNamed(list, name));
+        };
+
+        click(QStringLiteral("Przesuń w górę: 3.pdf"));
+        QTRY_COMPARE(fileNames(list->files()), QStringList({"1.pdf", "3.pdf", "2.pdf", "4.pdf"}));
+        QCOMPARE(focused(), QStringLiteral("Przesuń w górę: 3.pdf"));
+        QVERIFY(!isFocusRingShown(window.focusWidget())); // the pointer brought it there
+        press(QStringLiteral("space"));
+        QTRY_COMPARE(fileNames(list->files()), QStringList({"3.pdf", "1.pdf", "2.pdf", "4.pdf"}));
+        QCOMPARE(focused(), QStringLiteral("Przesuń w dół: 3.pdf")); // it cannot go higher
+        pressKeys({"Tab"});
+        QCOMPARE(focused(), QStringLiteral("Usuń: 3.pdf"));
+        press(QStringLiteral("Return"));
+        QTRY_COMPARE(fileNames(list->files()), QStringList({"1.pdf", "2.pdf", "4.pdf"}));
+        QCOMPARE(focused(), QStringLiteral("Usuń: 1.pdf"));
+        QVERIFY(isFocusRingShown(window.focusWidget()));
+        list->setFiles(urls({"/a/0.pdf", "/a/1.pdf", "/a/2.pdf"}));
+        QCOMPARE(focused(), QStringLiteral("Usuń: 1.pdf"));
+        click(QStringLiteral("Usuń: 2.pdf"));
+        QTRY_COMPARE(fileNames(list->files()), QStringList({"0.pdf", "1.pdf"}));
+        QCOMPARE(focused(), QStringLiteral("Usuń: 1.pdf"));
+        press(QStringLiteral("space"));
+        QTRY_COMPARE(fileNames(list->files()), QStringList({"0.pdf"}));
+        press(QStringLiteral("space"));
+        QTRY_VERIFY(list->files().isEmpty());
+        QTRY_VERIFY(after->hasFocus());
+
+        list->setFiles(urls({"/a/1.pdf", "/a/2.pdf"}));
+        QVERIFY(after->hasFocus()); // a list that did not have the keyboard takes none
+    }
+
+    void longFileListStaysWhereItIsScrolled() {
+        FileListView list(true);
+        QStringList paths;
+        for (int number = 1; number <= 40; ++number)
+            paths << QStringLiteral("/a/%1.pdf").arg(number);
+        list.setFiles(urls(paths));
+        list.resize(400, 300);
+        activate(list);
+        const auto isSeen = [](const QWidget* button) {
+            return button->visibleRegion() == QRegion(button->rect());
+        };
+        const QString name = QStringLiteral("Przesuń w górę: 30.pdf");
+        list.findChild<QScrollArea*>()->ensureWidgetVisible(buttonNamed(&list, name));
+        QTRY_VERIFY(isSeen(buttonNamed(&list, name)));
+        const int before = list.findChild<QScrollArea*>()->verticalScrollBar()->value();
+        QVERIFY(before > 0);
+        clickAt(buttonNamed(&list, name));
+        QTRY_COMPARE(fileNames(list.files()).indexOf(QStringLiteral("30.pdf")), 28);
+        QVERIFY(buttonNamed(&list, name)->hasFocus());
+        QTRY_VERIFY(isSeen(buttonNamed(&list, name)));
+        QCOMPARE(list.findChild<QScrollArea*>()->verticalScrollBar()->value(), before);
     }
 
     void filesHaveTheirPictures() {
