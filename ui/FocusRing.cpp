@@ -63,7 +63,7 @@ public:
         return false;
     }
 
-    bool isShown() const { return m_frame && m_frame->widget(); }
+    bool isShown() const { return m_frame && m_frame->isVisible(); }
 
 private:
     void onFocusIn(Qt::FocusReason reason) {
@@ -78,8 +78,11 @@ private:
     void setShown(bool shown) {
         if (shown && !m_frame)
             m_frame = new RingFrame(m_shape, m_control->parentWidget());
-        if (m_frame)
-            m_frame->setWidget(shown ? m_control : nullptr);
+        if (!m_frame)
+            return;
+        m_frame->setWidget(shown ? m_control : nullptr);
+        if (shown) // the toolkit leaves it hidden around what is yet to be scrolled into view
+            m_frame->show();
     }
 
     QWidget* m_control;
