@@ -14,18 +14,21 @@
 #include <QApplication>
 #include <QDropEvent>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QTreeView>
 #include <QVBoxLayout>
 
 using namespace morvik;
@@ -272,6 +275,39 @@ private Q_SLOTS:
                  QFileInfo(folder.path()).canonicalFilePath());
         answer(false);
         QVERIFY(!PanelHelper::chooseDirectory());
+    }
+
+    void panelsShowTheirColumnsWhole() {
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("umowa.pdf")));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(1'023 * 1'024));
+        const QString before = QDir::currentPath();
+        QVERIFY(QDir::setCurrent(folder.path()));
+        bool isChecked = false;
+        QTimer::singleShot(500, this, [&] {
+            auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            QVERIFY(panel);
+            const auto close = qScopeGuard([panel] { panel->reject(); });
+            auto* list = panel->findChild<QTreeView*>(QStringLiteral("treeView"));
+            QVERIFY(list && list->isVisible());
+            QTRY_COMPARE(list->model()->rowCount(list->rootIndex()), 1);
+            const QModelIndex row = list->model()->index(0, 0, list->rootIndex());
+            const QHeaderView* header = list->header();
+            QCOMPARE(header->count(), 4);
+            for (int column = 0; column < header->count(); ++column) {
+                const int width = header->sectionSize(column);
+                QVERIFY2(width >= header->sectionSizeHint(column),
+                         qPrintable(QString::number(column)));
+                const int text = list->sizeHintForIndex(row.siblingAtColumn(column)).width();
+                QVERIFY2(width >= text, qPrintable(QString::number(column)));
+            }
+            QVERIFY(header->length() <= list->viewport()->width());
+            isChecked = true;
+        });
+        PanelHelper::chooseFiles({QStringLiteral("pdf")}, [](const QList<QUrl>&) {});
+        QVERIFY(QDir::setCurrent(before));
+        QVERIFY(isChecked);
     }
 
     void sheetHoldsItsWindow() {
