@@ -35,7 +35,7 @@ void giveColumnsRoom(QFileDialog& panel) {
     const auto* list = panel.findChild<QTreeView*>(QStringLiteral("treeView"));
     if (!list)
         return;
-    const QLocale locale;
+    const QLocale locale = QLocale::system(); // as the panel does, whatever the program's is
     const QDateTime longDate(QDate(2028, 12, 28), QTime(20, 58, 58));
     const QString longest[] = {QString(30, u'm'), locale.formattedDataSize(1'047'000),
                                QStringLiteral("Dokument programu Word"),

@@ -279,16 +279,17 @@ private Q_SLOTS:
 
     void panelsShowTheirColumnsWhole() {
         QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        QLocale::setDefault(QLocale(QLocale::Polish)); // the program's, not the system's
+        const auto restore = qScopeGuard([] { QLocale::setDefault(QLocale::system()); });
         const QTemporaryDir folder;
         QFile file(folder.filePath(QStringLiteral("umowa.pdf")));
         QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(1'023 * 1'024));
-        const QString before = QDir::currentPath();
-        QVERIFY(QDir::setCurrent(folder.path()));
         bool isChecked = false;
         QTimer::singleShot(500, this, [&] {
             auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
             QVERIFY(panel);
             const auto close = qScopeGuard([panel] { panel->reject(); });
+            panel->setDirectory(folder.path());
             auto* list = panel->findChild<QTreeView*>(QStringLiteral("treeView"));
             QVERIFY(list && list->isVisible());
             QTRY_COMPARE(list->model()->rowCount(list->rootIndex()), 1);
@@ -306,7 +307,6 @@ private Q_SLOTS:
             isChecked = true;
         });
         PanelHelper::chooseFiles({QStringLiteral("pdf")}, [](const QList<QUrl>&) {});
-        QVERIFY(QDir::setCurrent(before));
         QVERIFY(isChecked);
     }
 
