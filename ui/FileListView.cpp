@@ -1,5 +1,6 @@
 #include "ui/FileListView.h"
 
+#include "ui/FocusRing.h"
 #include "ui/Fonts.h"
 #include "ui/IconLabel.h"
 #include "ui/Labels.h"
@@ -14,6 +15,7 @@
 #include <QLabel>
 #include <QPainter>
 #include <QScrollArea>
+#include <QScrollBar>
 #include <QVBoxLayout>
 
 namespace morvik {
@@ -83,9 +85,37 @@ FileListView::FileListView(bool allowReorder, QWidget* parent)
 void FileListView::setFiles(const QList<QUrl>& files) {
     if (files == m_files)
         return;
+    const qsizetype row = focusedPlace().row;
+    const qsizetype kept = row < 0 ? -1 : files.indexOf(m_files[row]);
+    showFiles(files, kept < 0 ? row : kept);
+}
+
+void FileListView::showFiles(const QList<QUrl>& files, qsizetype focusedRow) {
+    const Place before = focusedPlace();
     m_files = files;
     rebuildRows();
+    if (before.row >= 0 && !m_files.isEmpty())
+        focusRow(std::min(focusedRow, m_files.size() - 1), before);
     Q_EMIT filesChanged(m_files);
+}
+
+FileListView::Place FileListView::focusedPlace() const {
+    for (qsizetype row = 0; row < m_buttons.size(); ++row) {
+        for (qsizetype button = 0; button < m_buttons[row].size(); ++button) {
+            if (m_buttons[row][button]->hasFocus())
+                return {row, button, isFocusRingShown(m_buttons[row][button])};
+        }
+    }
+    return {};
+}
+
+/// The same button as before, or the next one: the first row cannot go up, nor the last one down.
+void FileListView::focusRow(qsizetype row, const Place& before) {
+    qsizetype button = before.button;
+    while (!m_buttons[row][button]->isEnabled()) // the last one always is
+        ++button;
+    m_buttons[row][button]->setFocus(before.hasRing ? Qt::OtherFocusReason : Qt::MouseFocusReason);
+    m_list->findChild<QScrollArea*>()->ensureWidgetVisible(m_buttons[row][button], 0, rowPadding);
 }
 
 QString FileListView::iconOf(const QUrl& file) {
@@ -103,6 +133,7 @@ void FileListView::rebuildRows() {
     m_empty->setVisible(m_files.isEmpty());
     m_list->setVisible(!m_files.isEmpty());
     m_title->setText(QStringLiteral("%1 (%2)").arg(MorvikTheme::Labels::files).arg(m_files.size()));
+    m_buttons.clear();
     auto* rows = new QWidget;
     auto* column = new QVBoxLayout(rows);
     column->setContentsMargins(0, 0, 0, 0);
@@ -114,6 +145,7 @@ void FileListView::rebuildRows() {
     }
     column->addStretch();
     auto* scroll = m_list->findChild<QScrollArea*>();
+    const int scrolled = scroll->verticalScrollBar()->value();
     if (m_rows) // the row whose button was pressed is still in use
         scroll->takeWidget()->deleteLater();
     m_rows = rows;
@@ -121,6 +153,7 @@ void FileListView::rebuildRows() {
     rows->setAutoFillBackground(false); // the frame's white and round corners show through
     scroll->setMinimumHeight(
         std::min(rows->sizeHint().height(), MorvikTheme::Layout::fileListHeight));
+    scroll->verticalScrollBar()->setValue(scrolled);
 }
 
 QWidget* FileListView::makeRow(qsizetype index) {
@@ -139,6 +172,7 @@ QWidget* FileListView::makeRow(qsizetype index) {
     name->setToolTip(plainToolTip(fileName));
     line->addWidget(name, 1);
 
+    QList<IconButton*> buttons;
     const auto addButton = [&](const QString& icon, const QString& what, const QColor& color,
                                bool isEnabled, auto action) {
         auto* button = new IconButton(icon, QStringLiteral("%1: %2").arg(what, fileName), color);
@@ -146,27 +180,29 @@ QWidget* FileListView::makeRow(qsizetype index) {
         button->setEnabled(isEnabled);
         connect(button, &IconButton::clicked, this, action);
         line->addWidget(button);
+        buttons << button;
     };
     if (m_allowReorder) {
         addButton(QStringLiteral("chevron.up"), QStringLiteral("Przesuń w górę"), Tones::mutedLabel,
-                  index > 0, [this, index] { swapRows(index - 1, index); });
+                  index > 0, [this, index] { moveRow(index, index - 1); });
         addButton(QStringLiteral("chevron.down"), QStringLiteral("Przesuń w dół"),
                   Tones::mutedLabel, index + 1 < m_files.size(),
-                  [this, index] { swapRows(index, index + 1); });
+                  [this, index] { moveRow(index, index + 1); });
     }
     addButton(QStringLiteral("xmark.circle.fill"), MorvikTheme::Labels::remove,
               Tones::faded(MorvikTheme::Colors::error, 0.7), true, [this, index] {
                   QList<QUrl> files = m_files;
                   files.removeAt(index);
-                  setFiles(files);
+                  showFiles(files, index);
               });
+    m_buttons << buttons;
     return row;
 }
 
-void FileListView::swapRows(qsizetype first, qsizetype second) {
+void FileListView::moveRow(qsizetype from, qsizetype to) {
     QList<QUrl> files = m_files;
-    files.swapItemsAt(first, second);
-    setFiles(files);
+    files.move(from, to);
+    showFiles(files, to);
 }
 
 } // namespace morvik

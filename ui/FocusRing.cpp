@@ -9,6 +9,8 @@
 #include <QPointer>
 #include <QStyle>
 
+#include <algorithm>
+
 namespace morvik {
 namespace {
 
@@ -61,6 +63,8 @@ public:
         return false;
     }
 
+    bool isShown() const { return m_frame && m_frame->isVisible(); }
+
 private:
     void onFocusIn(Qt::FocusReason reason) {
         if (reason == Qt::MouseFocusReason)
@@ -74,8 +78,11 @@ private:
     void setShown(bool shown) {
         if (shown && !m_frame)
             m_frame = new RingFrame(m_shape, m_control->parentWidget());
-        if (m_frame)
-            m_frame->setWidget(shown ? m_control : nullptr);
+        if (!m_frame)
+            return;
+        m_frame->setWidget(shown ? m_control : nullptr);
+        if (shown) // the toolkit leaves it hidden around what is yet to be scrolled into view
+            m_frame->show();
     }
 
     QWidget* m_control;
@@ -88,6 +95,14 @@ private:
 
 void addFocusRing(QWidget* control, const RingShape& shape) {
     new RingKeeper(control, shape); // goes with the control
+}
+
+bool isFocusRingShown(const QWidget* control) {
+    const auto& parts = control->children();
+    return std::ranges::any_of(parts, [](const QObject* part) {
+        const auto* keeper = dynamic_cast<const RingKeeper*>(part);
+        return keeper && keeper->isShown();
+    });
 }
 
 RingShape limeRing(double radius) {

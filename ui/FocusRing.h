@@ -18,6 +18,10 @@ struct RingShape {
 /// free room around it. The ring goes with the control.
 void addFocusRing(QWidget* control, const RingShape& shape);
 
+/// Whether the ring of a control that has one is shown; a control that got the keyboard by the
+/// mouse may have the keyboard without it.
+bool isFocusRingShown(const QWidget* control);
+
 /// Shapes of the kit's controls.
 RingShape limeRing(double radius);          ///< Outlined buttons and fields.
 RingShape navyRing(double radius, int gap); ///< Lime buttons, icon buttons, tabs.

@@ -7,11 +7,19 @@
 #include <QDesktopServices>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QHeaderView>
+#include <QLocale>
+#include <QScreen>
+#include <QTreeView>
 
 #include <algorithm>
 
 namespace morvik::PanelHelper {
 namespace {
+
+constexpr int cellPadding = 8;
+constexpr int sideList = 200; // with what is around both lists
+constexpr int panelHeight = 480;
 
 /// For a file manager that has to be started first.
 constexpr int fileManagerTimeout = 15'000; // milliseconds
@@ -22,6 +30,27 @@ bool canBeExtension(const QString& text) {
     });
 }
 
+/// The toolkit's own panel cuts its columns and their titles; the desktop's has no list of ours.
+void giveColumnsRoom(QFileDialog& panel) {
+    const auto* list = panel.findChild<QTreeView*>(QStringLiteral("treeView"));
+    if (!list)
+        return;
+    const QLocale locale = QLocale::system(); // as the panel does, whatever the program's is
+    const QDateTime longDate(QDate(2028, 12, 28), QTime(20, 58, 58));
+    const QString longest[] = {QString(30, u'm'), locale.formattedDataSize(1'047'000),
+                               QStringLiteral("Dokument programu Word"),
+                               locale.toString(longDate, QLocale::ShortFormat)};
+    QHeaderView* header = list->header();
+    for (int column = 0; column < std::min<int>(header->count(), std::size(longest)); ++column) {
+        const int text = list->fontMetrics().horizontalAdvance(longest[column]) + 2 * cellPadding;
+        header->resizeSection(
+            column, std::max({text, header->sectionSizeHint(column), header->sectionSize(column)}));
+    }
+    panel.resize(panel.sizeHint()
+                     .expandedTo({header->length() + sideList, panelHeight})
+                     .boundedTo(panel.screen()->availableSize()));
+}
+
 std::optional<QList<QUrl>> runFilePanel(const QSet<QString>& extensions,
                                         QFileDialog::FileMode mode) {
     QFileDialog panel(QApplication::activeWindow());
@@ -29,6 +58,7 @@ std::optional<QList<QUrl>> runFilePanel(const QSet<QString>& extensions,
     const QStringList patterns = namePatterns(extensions);
     if (!patterns.isEmpty())
         panel.setNameFilter(QStringLiteral("Pliki (%1)").arg(patterns.join(u' ')));
+    giveColumnsRoom(panel);
     if (panel.exec() != QDialog::Accepted)
         return std::nullopt;
     return panel.selectedUrls();
@@ -74,6 +104,7 @@ std::optional<QUrl> chooseDirectory() {
     panel.setOption(QFileDialog::ShowDirsOnly);
     panel.setWindowTitle(QStringLiteral("Wybierz folder"));
     panel.setLabelText(QFileDialog::Accept, QStringLiteral("Wybierz"));
+    giveColumnsRoom(panel);
     if (panel.exec() != QDialog::Accepted || panel.selectedUrls().isEmpty())
         return std::nullopt;
     return panel.selectedUrls().front();

@@ -1,6 +1,7 @@
 #include "app/addresses/AddressTextEditor.h"
 #include "app/addresses/AddressView.h"
 #include "app/addresses/TextBounds.h"
+#include "app/common/ErrorAlert.h"
 #include "app/shell/MainWindow.h"
 #include "tests/support/DragSource.h"
 #include "tests/support/Files.h"
@@ -35,6 +36,8 @@ private Q_SLOTS:
     }
 
     void cleanup() {
+        if (openAlert())
+            openAlert()->close();
         m_window.reset();
         m_settings.reset();
     }
@@ -125,6 +128,10 @@ private Q_SLOTS:
         const auto old = QStringLiteral("stary");
         const QString polish = QStringLiteral("Łukasz Żak\nul. Śląska\n\n");
         QTest::newRow("a file") << polish.toUtf8() << "ą b" << polish;
+        QTest::newRow("a file in Windows-1250, with its line ends")
+            << QByteArray("\xa3ukasz \xaf"
+                          "ak\r\nul. \x8cl\xb9ska 1\r\n\r\n")
+            << "windows.txt" << QStringLiteral("Łukasz Żak\nul. Śląska 1\n\n");
         QTest::newRow("a folder is ignored") << QByteArray() << "" << old;
         QTest::newRow("a file that is gone is ignored") << QByteArray() << "brak.txt" << old;
         QTest::newRow("a file beyond the editor's bound is refused")
@@ -183,6 +190,37 @@ private Q_SLOTS:
         QTRY_COMPARE(editor().text(), QStringLiteral("A\nB\n\n"));
         QVERIFY(shownButton(m_window.get(), QStringLiteral("Stwórz kopertal"))->isEnabled());
         QCOMPARE(QDir(m_folder->path()).entryList({QStringLiteral("*.docx*")}).size(), 0);
+    }
+
+    void alertsBreakLongWords_data() {
+        QTest::addColumn<QString>("name");
+        QTest::newRow("no place for a break") << QString(200, u'x');
+        QTest::newRow("marks") << QStringLiteral("rejestr_przesyłek.").repeated(12);
+        QTest::newRow("characters of two units") << QStringLiteral("💌").repeated(100);
+        QTest::newRow("combined characters") << QStringLiteral("z\u0307").repeated(200);
+    }
+
+    void alertsBreakLongWords() {
+        QFETCH(QString, name);
+        const QString message =
+            QStringLiteral("/home/kasia/%1/k.docx: No such file or directory").arg(name);
+        showError(message);
+        QTRY_VERIFY(openAlert());
+        QTRY_VERIFY(openAlert()->isActiveWindow());
+        const auto* words = openAlert()->findChild<QLabel*>("qt_msgbox_informativelabel");
+        QVERIFY(words);
+        const QRect room = words->contentsRect();
+        const QRect needed =
+            words->fontMetrics().boundingRect(room, Qt::TextWordWrap, words->text());
+        QVERIFY2(needed.width() <= room.width() && needed.height() <= room.height(),
+                 qPrintable(QStringLiteral("%1 of %2").arg(needed.width()).arg(room.width())));
+        QVERIFY(openAlert()->rect().contains(words->geometry()));
+        QCOMPARE(QString(words->text()).remove(QChar(0x200B)), message);
+        QCOMPARE(words->accessibleName(), message);
+        for (const QString& part : words->text().split(QChar(0x200B)))
+            QVERIFY(part.isEmpty() || !(part[0].isLowSurrogate() || part[0].isMark()));
+        pressKeys({"Return"});
+        QTRY_VERIFY(!openAlert());
     }
 
     void tabsKeepTheirState() {

@@ -1,5 +1,7 @@
+#include "tests/support/RealKeys.h"
 #include "ui/FileDropZone.h"
 #include "ui/FileListView.h"
+#include "ui/FocusRing.h"
 #include "ui/Icons.h"
 #include "ui/LimeActionButton.h"
 #include "ui/MorvikStyle.h"
@@ -12,21 +14,35 @@
 #include <QApplication>
 #include <QDropEvent>
 #include <QFileDialog>
+#include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPushButton>
+#include <QScopeGuard>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTimer>
+#include <QTreeView>
 #include <QVBoxLayout>
 
 using namespace morvik;
+using kopertal::testing::clickAt;
+using kopertal::testing::pressKeys;
 
 namespace {
+
+/// Shows the window and waits until it has the keyboard.
+void activate(QWidget& window) {
+    window.show();
+    window.activateWindow();
+    QVERIFY(QTest::qWaitForWindowActive(&window, 20000));
+}
 
 QList<QUrl> urls(const QStringList& paths) {
     QList<QUrl> result;
@@ -128,6 +144,98 @@ private Q_SLOTS:
         QVERIFY(saysEmpty);
     }
 
+    void fileListKeepsTheKeyboardOnItsRow() {
+        QWidget window;
+        auto* column = new QVBoxLayout(&window);
+        auto* list = new FileListView(true);
+        auto* after = new QPushButton(QStringLiteral("OK"));
+        column->addWidget(list);
+        column->addWidget(after);
+        list->setFiles(urls({"/a/1.pdf", "/a/2.pdf", "/a/3.pdf", "/a/4.pdf"}));
+        activate(window);
+        const auto focused = [&] {
+            const QWidget* widget = window.focusWidget();
+            return widget && widget->hasFocus() ? widget->accessibleName() : QString();
+        };
+        const auto press = [&](const QString& key) {
+            QTest::qWait(QApplication::doubleClickInterval()); // a press of its own
+            pressKeys({key});
+        };
+        const auto click = [&](const QString& name) {
+            QTest::qWait(QApplication::doubleClickInterval());
+            clickAt(buttonNamed(list, name));
+        };
+
+        click(QStringLiteral("Przesuń w górę: 3.pdf"));
+        QTRY_COMPARE(fileNames(list->files()), QStringList({"1.pdf", "3.pdf", "2.pdf", "4.pdf"}));
+        QTRY_COMPARE(focused(), QStringLiteral("Przesuń w górę: 3.pdf"));
+        QVERIFY(!isFocusRingShown(window.focusWidget())); // the pointer brought it there
+        press(QStringLiteral("space"));
+        QTRY_COMPARE(fileNames(list->files()), QStringList({"3.pdf", "1.pdf", "2.pdf", "4.pdf"}));
+        QTRY_COMPARE(focused(), QStringLiteral("Przesuń w dół: 3.pdf")); // it cannot go higher
+        pressKeys({"Tab"});
+        QTRY_COMPARE(focused(), QStringLiteral("Usuń: 3.pdf"));
+        press(QStringLiteral("Return"));
+        QTRY_COMPARE(fileNames(list->files()), QStringList({"1.pdf", "2.pdf", "4.pdf"}));
+        QTRY_COMPARE(focused(), QStringLiteral("Usuń: 1.pdf"));
+        QVERIFY(isFocusRingShown(window.focusWidget()));
+        list->setFiles(urls({"/a/0.pdf", "/a/1.pdf", "/a/2.pdf"}));
+        QTRY_COMPARE(focused(), QStringLiteral("Usuń: 1.pdf"));
+        click(QStringLiteral("Usuń: 2.pdf"));
+        QTRY_COMPARE(fileNames(list->files()), QStringList({"0.pdf", "1.pdf"}));
+        QTRY_COMPARE(focused(), QStringLiteral("Usuń: 1.pdf"));
+        press(QStringLiteral("space"));
+        QTRY_COMPARE(fileNames(list->files()), QStringList({"0.pdf"}));
+        press(QStringLiteral("space"));
+        QTRY_VERIFY(list->files().isEmpty());
+        QTRY_VERIFY(after->hasFocus());
+
+        list->setFiles(urls({"/a/1.pdf", "/a/2.pdf"}));
+        QVERIFY(after->hasFocus()); // a list that did not have the keyboard takes none
+    }
+
+    void longFileListStaysWhereItIsScrolled() {
+        FileListView list(true);
+        QStringList paths;
+        for (int number = 1; number <= 40; ++number)
+            paths << QStringLiteral("/a/%1.pdf").arg(number);
+        list.setFiles(urls(paths));
+        list.resize(400, 300);
+        activate(list);
+        const auto isSeen = [](const QWidget* button) {
+            return button->visibleRegion() == QRegion(button->rect());
+        };
+        const QString name = QStringLiteral("Przesuń w górę: 30.pdf");
+        list.findChild<QScrollArea*>()->ensureWidgetVisible(buttonNamed(&list, name));
+        QTRY_VERIFY(isSeen(buttonNamed(&list, name)));
+        const int before = list.findChild<QScrollArea*>()->verticalScrollBar()->value();
+        QVERIFY(before > 0);
+        clickAt(buttonNamed(&list, name));
+        QTRY_COMPARE(fileNames(list.files()).indexOf(QStringLiteral("30.pdf")), 28);
+        QVERIFY(buttonNamed(&list, name)->hasFocus());
+        QTRY_VERIFY(isSeen(buttonNamed(&list, name)));
+        QCOMPARE(list.findChild<QScrollArea*>()->verticalScrollBar()->value(), before);
+    }
+
+    void ringsComeWithWhatIsScrolledIntoView() {
+        auto* content = new QWidget;
+        auto* column = new QVBoxLayout(content);
+        column->setSpacing(60); // the next one is all out of sight
+        for (int number = 0; number < 20; ++number)
+            column->addWidget(
+                new IconButton(QStringLiteral("trash"), QString::number(number), Qt::black));
+        QScrollArea view;
+        view.setWidget(content);
+        view.resize(200, 200);
+        activate(view);
+        content->findChildren<IconButton*>().first()->setFocus();
+        for (int number = 1; number < 20; ++number) {
+            pressKeys({"Tab"});
+            QTRY_COMPARE(view.focusWidget()->accessibleName(), QString::number(number));
+            QTRY_VERIFY2(isFocusRingShown(view.focusWidget()), qPrintable(QString::number(number)));
+        }
+    }
+
     void filesHaveTheirPictures() {
         const std::pair<const char*, const char*> cases[] = {{"a.PDF", "doc.fill"},
                                                              {"a.dotx", "doc.richtext.fill"},
@@ -167,6 +275,39 @@ private Q_SLOTS:
                  QFileInfo(folder.path()).canonicalFilePath());
         answer(false);
         QVERIFY(!PanelHelper::chooseDirectory());
+    }
+
+    void panelsShowTheirColumnsWhole() {
+        QCoreApplication::setAttribute(Qt::AA_DontUseNativeDialogs);
+        QLocale::setDefault(QLocale(QLocale::Polish)); // the program's, not the system's
+        const auto restore = qScopeGuard([] { QLocale::setDefault(QLocale::system()); });
+        const QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("umowa.pdf")));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.resize(1'023 * 1'024));
+        bool isChecked = false;
+        QTimer::singleShot(500, this, [&] {
+            auto* panel = qobject_cast<QFileDialog*>(QApplication::activeModalWidget());
+            QVERIFY(panel);
+            const auto close = qScopeGuard([panel] { panel->reject(); });
+            panel->setDirectory(folder.path());
+            auto* list = panel->findChild<QTreeView*>(QStringLiteral("treeView"));
+            QVERIFY(list && list->isVisible());
+            QTRY_COMPARE(list->model()->rowCount(list->rootIndex()), 1);
+            const QModelIndex row = list->model()->index(0, 0, list->rootIndex());
+            const QHeaderView* header = list->header();
+            QCOMPARE(header->count(), 4);
+            for (int column = 0; column < header->count(); ++column) {
+                const int width = header->sectionSize(column);
+                QVERIFY2(width >= header->sectionSizeHint(column),
+                         qPrintable(QString::number(column)));
+                const int text = list->sizeHintForIndex(row.siblingAtColumn(column)).width();
+                QVERIFY2(width >= text, qPrintable(QString::number(column)));
+            }
+            QVERIFY(header->length() <= list->viewport()->width());
+            isChecked = true;
+        });
+        PanelHelper::chooseFiles({QStringLiteral("pdf")}, [](const QList<QUrl>&) {});
+        QVERIFY(isChecked);
     }
 
     void sheetHoldsItsWindow() {

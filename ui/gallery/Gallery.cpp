@@ -28,6 +28,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QStandardItemModel>
+#include <QStyleOption>
 #include <QTimer>
 
 using namespace morvik;
@@ -77,18 +78,34 @@ void pretendHover(QWidget* widget) {
     widget->setAttribute(Qt::WA_UnderMouse);
 }
 
+/// Tab passes such a sample by, so that nothing takes its ring.
 void pretendFocus(QWidget* widget) {
+    widget->setFocusPolicy(Qt::NoFocus);
+    widget->setAttribute(Qt::WA_TransparentForMouseEvents);
     QTimer::singleShot(0, widget, [widget] {
         QFocusEvent event(QEvent::FocusIn, Qt::TabFocusReason);
         QApplication::sendEvent(widget, &event);
     });
 }
 
+/// A control that is drawn with the keyboard's focus, whoever has it.
+template <class Control, class Option>
+class Focused : public Control {
+public:
+    using Control::Control;
+
+protected:
+    void initStyleOption(Option* option) const override {
+        Control::initStyleOption(option);
+        option->state |= QStyle::State_HasFocus;
+    }
+};
+
 void addButtons(QVBoxLayout* page) {
     const auto addPicture = QStringLiteral("doc.badge.plus");
     Section actions(page, QStringLiteral("LimeActionButton"));
     const auto action = [&](QHBoxLayout* row, const QString& text) {
-        auto* button = new LimeActionButton(QStringLiteral("Stwórz kopertal"), addPicture);
+        auto* button = new LimeActionButton(QStringLiteral("Utwórz dokument"), addPicture);
         row->addLayout(captioned(button, text));
         return button;
     };
@@ -105,23 +122,26 @@ void addButtons(QVBoxLayout* page) {
 
     Section bordered(page, QStringLiteral("LimeBorderedButtonStyle"));
     row = bordered.row();
-    const auto outlined = [&](const QString& title, const QString& icon, const QString& text) {
-        auto* button = new LimeBorderedButton(title, icon);
+    const auto addOutlined = [&](LimeBorderedButton* button, const QString& text) {
         row->addLayout(captioned(button, text));
         return button;
+    };
+    const auto outlined = [&](const QString& title, const QString& icon, const QString& text) {
+        return addOutlined(new LimeBorderedButton(title, icon), text);
     };
     const auto add = QStringLiteral("Dodaj");
     outlined(add, {}, QStringLiteral("zwykły"));
     pretendHover(outlined(add, {}, QStringLiteral("pod kursorem")));
     outlined(add, {}, QStringLiteral("wciśnięty"))->setDown(true);
-    pretendFocus(outlined(add, {}, QStringLiteral("fokus")));
+    pretendFocus(addOutlined(new Focused<LimeBorderedButton, QStyleOptionButton>(add, QString()),
+                             QStringLiteral("fokus")));
     outlined(add, {}, QStringLiteral("wyłączony"))->setEnabled(false);
     row->addStretch();
     row = bordered.row();
     outlined(QStringLiteral("Skanuj"), QStringLiteral("iphone"), QStringLiteral("z ikoną"));
     outlined(QStringLiteral("Skanuj"), QStringLiteral("iphone.radiowaves.left.and.right"),
-             QStringLiteral("z ikoną, sparowany"));
-    auto* busy = outlined(QStringLiteral("Sprawdź statusy"), QStringLiteral("arrow.clockwise"),
+             QStringLiteral("z inną ikoną"));
+    auto* busy = outlined(QStringLiteral("Odśwież"), QStringLiteral("arrow.clockwise"),
                           QStringLiteral("z postępem"));
     busy->setBusy(true);
     busy->setEnabled(false);
@@ -188,9 +208,8 @@ void addPanels(QVBoxLayout* page) {
     row->addStretch();
 
     Section banners(page, QStringLiteral("ResultBanner"));
-    banners.row()->addWidget(
-        new ResultBanner(QStringLiteral("Zapisano dokument kopertal_20260312.docx."),
-                         ResultBanner::Style::success, {}));
+    banners.row()->addWidget(new ResultBanner(QStringLiteral("Zapisano dokument raport.docx."),
+                                              ResultBanner::Style::success, {}));
     banners.row()->addWidget(
         new ResultBanner(QStringLiteral("Nie można zapisać pliku: brak miejsca na dysku."),
                          ResultBanner::Style::error, {}));
@@ -217,8 +236,7 @@ void addLists(QVBoxLayout* page) {
     for (const bool reorder : {true, false}) {
         auto* list = new FileListView(reorder);
         QList<QUrl> files;
-        for (const char* name : {"kopertal_20260312.docx", "potwierdzenie-nadania.pdf",
-                                 "zdjecie-rejestru.jpg", "adresy.txt"})
+        for (const char* name : {"raport.docx", "umowa.pdf", "zdjecie.jpg", "notatki.txt"})
             files << QUrl::fromLocalFile(QStringLiteral("/tmp/") + QLatin1String(name));
         list->setFiles(files);
         lists.row()->addLayout(captioned(list, reorder ? QStringLiteral("z kolejnością")
@@ -228,17 +246,21 @@ void addLists(QVBoxLayout* page) {
 
     Section fields(page, QStringLiteral("Pole tekstowe"));
     auto* row = fields.row();
-    const auto field = [&](const QString& text, const QString& what) {
-        auto* edit = new QLineEdit(text);
-        edit->setPlaceholderText(QStringLiteral("np. 00990011223344556677"));
+    const auto addField = [&](QLineEdit* edit, const QString& what) {
+        edit->setPlaceholderText(QStringLiteral("np. 12345678"));
         row->addLayout(captioned(edit, what));
         return edit;
+    };
+    const auto field = [&](const QString& text, const QString& what) {
+        return addField(new QLineEdit(text), what);
     };
     field({}, QStringLiteral("puste"));
     pretendHover(field({}, QStringLiteral("pod kursorem")));
     row = fields.row();
-    pretendFocus(field(QStringLiteral("0099001122334455"), QStringLiteral("fokus")));
-    setInvalid(field(QStringLiteral("/home/kasia/Kopertale"), QStringLiteral("nieprawidłowe")),
+    pretendFocus(
+        addField(new Focused<QLineEdit, QStyleOptionFrame>(QStringLiteral("Pracownia Ceramiki")),
+                 QStringLiteral("fokus")));
+    setInvalid(field(QStringLiteral("/home/kasia/Dokumenty"), QStringLiteral("nieprawidłowe")),
                true);
     row = fields.row();
     field(QStringLiteral("Pracownia Ceramiki"), QStringLiteral("wypełnione"));
@@ -247,15 +269,15 @@ void addLists(QVBoxLayout* page) {
     Section tables(page, QStringLiteral("TableView"));
     auto* model = new QStandardItemModel(4, 3, page);
     model->setHorizontalHeaderLabels(
-        {QStringLiteral("Lp."), QStringLiteral("Nr nadawczy"), QStringLiteral("Status")});
+        {QStringLiteral("Lp."), QStringLiteral("Numer"), QStringLiteral("Status")});
     const QColor success = MorvikTheme::Colors::success;
     for (int line = 0; line < 4; ++line) {
         model->setData(model->index(line, 0), line + 1);
         model->setData(model->index(line, 0), int(Qt::AlignRight | Qt::AlignVCenter),
                        Qt::TextAlignmentRole);
-        model->setData(model->index(line, 1), QStringLiteral("0055900773829481326%1").arg(line));
+        model->setData(model->index(line, 1), QStringLiteral("0012345678%1").arg(line));
         model->setData(model->index(line, 1), monoFont(11), Qt::FontRole);
-        model->setData(model->index(line, 2), QStringLiteral("Doręczona"));
+        model->setData(model->index(line, 2), QStringLiteral("Gotowe"));
         model->setData(model->index(line, 2), success, Qt::ForegroundRole);
     }
     auto* table = new TableView;
@@ -267,6 +289,24 @@ void addLists(QVBoxLayout* page) {
     table->setFixedHeight(160);
     table->selectRow(2);
     tables.row()->addWidget(table);
+}
+
+/// In lines that a column of the icons has room for.
+QString inLines(const QString& iconName) {
+    constexpr qsizetype longestLine = 20;
+    QString lines;
+    qsizetype length = 0;
+    for (const QString& word : iconName.split(u'.')) {
+        if (!lines.isEmpty())
+            lines += u'.';
+        if (length + word.size() > longestLine) {
+            lines += u'\n';
+            length = 0;
+        }
+        lines += word;
+        length += word.size() + 1;
+    }
+    return lines;
 }
 
 void addIconSet(QVBoxLayout* page) {
@@ -283,7 +323,8 @@ void addIconSet(QVBoxLayout* page) {
         row->addStretch();
         auto* cell = new QVBoxLayout;
         cell->addLayout(row);
-        cell->addWidget(caption(name.left(22)));
+        cell->addWidget(caption(inLines(name)));
+        cell->addStretch();
         grid->addLayout(cell, place / columns, place % columns);
         ++place;
     }
@@ -309,9 +350,11 @@ int main(int argc, char** argv) {
     addLists(right);
     addIconSet(right);
     right->addStretch();
-    gallery.resize(1200, gallery.sizeHint().height());
+    gallery.resize(gallery.sizeHint().expandedTo({1200, 0}));
+    gallery.setFocusPolicy(Qt::ClickFocus);
 
     if (argc > 1) {
+        gallery.setFocus(); // else the first sample had the keyboard
         gallery.show();
         QTimer::singleShot(300, &gallery, [&] {
             const bool isSaved = gallery.grab().save(QString::fromLocal8Bit(argv[1]));
@@ -320,9 +363,11 @@ int main(int argc, char** argv) {
         return QApplication::exec();
     }
     QScrollArea window;
+    window.setWindowTitle(gallery.windowTitle());
     window.setWidget(&gallery);
     window.setWidgetResizable(true);
-    window.resize(1240, 900);
+    window.resize(gallery.width() + 40, 900);
+    gallery.setFocus();
     window.show();
     const int code = QApplication::exec();
     window.takeWidget(); // it lives on this stack
