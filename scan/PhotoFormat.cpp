@@ -81,10 +81,11 @@ bool isWholeBmp(QByteArrayView bytes) {
     const auto compression = littleEndian<quint32>(bytes, 30);
     constexpr quint32 plain = 0;
     constexpr quint32 bitFields = 3;
-    if (headerSize < 40 || width <= 0 || (compression != plain && compression != bitFields))
+    if (headerSize < 40 || width <= 0 || bits == 0 ||
+        (compression != plain && compression != bitFields))
         return false;
     const qint64 row = (width * bits + 31) / 32 * 4;
-    return offset + row * height <= bytes.size();
+    return offset <= bytes.size() && height <= (bytes.size() - offset) / row;
 }
 
 bool isWholeWebp(QByteArrayView bytes) {
