@@ -227,6 +227,54 @@ private Q_SLOTS:
         QCOMPARE(client.send(request("http", "huge")).result().failure, HttpFailure::none);
     }
 
+    void largeAnswersLeaveRoomForOrdinaryOnes() {
+        HttpOptions bounded = options();
+        bounded.maxTotalBytes = 1'000'000;
+        HttpClient client(bounded);
+        QList<QFuture<HttpAnswer>> large;
+        QList<QFuture<HttpAnswer>> ordinary;
+        for (int i = 0; i < 40; ++i) {
+            for (const char* path : {"bomb", "endless", "huge"})
+                large.append(client.send(request("http", path)));
+            for (const char* path : {"delivered", "zipped"})
+                ordinary.append(client.send(request("http", path)));
+        }
+        for (QFuture<HttpAnswer>& answer : large)
+            QCOMPARE(answer.result().failure, HttpFailure::tooLarge);
+        for (QFuture<HttpAnswer>& answer : ordinary)
+            QCOMPARE(answer.result().failure, HttpFailure::none);
+    }
+
+    void withoutRoomOrdinaryAnswersAreReceived() {
+        HttpOptions bounded = options();
+        bounded.maxTotalBytes = 0;
+        HttpClient client(bounded);
+        for (const char* listener : {"http", "https", "http2"})
+            QCOMPARE(client.send(request(listener, "delivered")).result().failure,
+                     HttpFailure::none);
+        QCOMPARE(client.send(request("http", "zipped")).result().failure, HttpFailure::none);
+        QCOMPARE(client.send(request("http", "huge")).result().failure, HttpFailure::tooLarge);
+    }
+
+    void whatOneAnswerMayTakeUncountedIsBounded() {
+        const auto none = std::make_shared<ByteBudget>(0);
+        const std::string half(ReceivedBody::uncounted / 2, 'x');
+        ReceivedBody body(none, 10 * ReceivedBody::uncounted);
+        QVERIFY(body.append(half.data(), half.size() - 1)); // twice that would be reserved
+        QVERIFY(body.append(half.data(), half.size()));
+        QVERIFY(body.append(half.data(), 1));
+        QVERIFY(!body.append(half.data(), 1));
+        QVERIFY(body.text().capacity() < ReceivedBody::uncounted + 100);
+
+        const auto some = std::make_shared<ByteBudget>(ReceivedBody::uncounted);
+        for (int i = 0; i < 3; ++i) { // given back, and no more than was taken
+            ReceivedBody larger(some, 10 * ReceivedBody::uncounted);
+            for (int k = 0; k < 4; ++k)
+                QVERIFY(larger.append(half.data(), half.size()));
+            QVERIFY(!larger.append(half.data(), 1));
+        }
+    }
+
     void destructionCancelsWhatIsLeft() {
         QList<QFuture<HttpAnswer>> answers;
         for (int i = 0; i < 50; ++i)
