@@ -1,7 +1,6 @@
 #include "net/CurlLoop.h"
 
 #include "net/DescriptorLimit.h"
-#include "net/ProxyExceptions.h"
 
 #include <algorithm>
 #include <array>
@@ -44,7 +43,6 @@ CurlLoop::CurlLoop(const HttpOptions& options, const SharedLimits& limits, int w
         throw std::system_error(errno, std::generic_category());
     m_context.options = options;
     m_context.limits = limits;
-    m_context.proxyExceptions = proxyExceptions();
 }
 
 CurlLoop::~CurlLoop() {

@@ -115,7 +115,7 @@ void CurlTransfer::setTransportOptions(const TransferContext& context) {
     set(CURLOPT_ACCEPT_ENCODING, "gzip, deflate");
     if (!options.userAgent.empty())
         set(CURLOPT_USERAGENT, options.userAgent.c_str());
-    set(CURLOPT_NOPROXY, context.proxyExceptions.c_str());
+    set(CURLOPT_NOPROXY, context.proxyExceptions.forRequestTo(m_order.request.url).c_str());
     set(CURLOPT_SHARE, context.share);
     // Else the library looks at every connection of the burst for each request.
     set(CURLOPT_FRESH_CONNECT, m_queue.mayHaveConnection() ? 0L : 1L);

@@ -2,6 +2,7 @@
 
 #include "net/HttpMessage.h"
 #include "net/OriginQueue.h"
+#include "net/ProxyExceptions.h"
 
 #include <curl/curl.h>
 
@@ -32,7 +33,7 @@ struct SharedLimits {
 struct TransferContext {
     HttpOptions options;
     SharedLimits limits;
-    std::string proxyExceptions;
+    ProxyExceptions proxyExceptions;
     CURLSH* share = nullptr; ///< Holds TLS sessions, so that later connections start faster.
 };
 

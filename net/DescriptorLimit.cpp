@@ -1,5 +1,6 @@
 #include "net/DescriptorLimit.h"
 
+#include <algorithm>
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
@@ -39,7 +40,7 @@ std::size_t freeDescriptors() {
 
 std::size_t spareDescriptors() {
     const std::size_t free = freeDescriptors();
-    return free > reserve ? free - reserve : 1;
+    return std::max(free - std::min(reserve, free / 2), std::size_t{1});
 }
 
 bool canOpenDescriptor() {

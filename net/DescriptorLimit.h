@@ -10,7 +10,7 @@ void raiseDescriptorLimit();
 /// How many descriptors the process may open besides those it has open.
 std::size_t freeDescriptors();
 
-/// The same without a reserve for the process's other work. At least 1.
+/// The same without a reserve for the process's other work, of few ones half. At least 1.
 std::size_t spareDescriptors();
 
 /// Whether the process may open another one just now.

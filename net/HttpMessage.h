@@ -67,7 +67,8 @@ struct HttpOptions {
     std::string userAgent;                          ///< Without one no such header is sent.
     std::string authorityFile;                      ///< PEM; without one the system's store.
     std::size_t maxBodyBytes = 16ULL * 1024 * 1024; ///< Of one answer, decompressed.
-    /// Of all answers that are under way or not let go of yet, together.
+    /// Of all answers that are under way or not let go of yet, together, but for the first 64 KiB
+    /// of each: ordinary answers find room whatever the others take.
     std::size_t maxTotalBytes = 128ULL * 1024 * 1024;
 };
 

@@ -13,8 +13,7 @@
 namespace kopertal {
 namespace {
 
-// For this object, one connection and the threads that read the answer: libraries end the process
-// when they find none for an event loop.
+// For this object and one connection, with the files that its library reads.
 constexpr std::size_t leastDescriptors = 12;
 
 // With fewer, what one thread keeps would be missing for the other.

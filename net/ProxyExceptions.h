@@ -4,8 +4,18 @@
 
 namespace kopertal {
 
-/// The hosts that no proxy is asked for, as libcurl takes them: those that the environment names
-/// (no_proxy, else NO_PROXY) and this machine under all its loopback names.
-std::string proxyExceptions();
+/// The hosts that are asked without a proxy: those that the environment names (no_proxy, else
+/// NO_PROXY), and this machine under whatever address.
+class ProxyExceptions {
+public:
+    /// Reads the environment.
+    ProxyExceptions();
+
+    /// For a request to `url`, as libcurl takes them. Throws std::bad_alloc.
+    std::string forRequestTo(const std::string& url) const;
+
+private:
+    std::string m_hosts;
+};
 
 } // namespace kopertal

@@ -10,12 +10,15 @@
 namespace kopertal {
 
 /// An answer's text, whose memory counts against a budget as long as it is held: also while it
-/// waits, received, for somebody to read it.
+/// waits, received, for somebody to read it. Its first 64 KiB do not count, so that what large
+/// answers take leaves room for ordinary ones.
 class ReceivedBody {
 public:
+    static constexpr std::size_t uncounted = 64UL * 1024;
+
     ReceivedBody(std::shared_ptr<ByteBudget> budget, std::size_t limit)
         : m_budget(std::move(budget)), m_limit(limit) {}
-    ~ReceivedBody() { m_budget->giveBack(m_taken); }
+    ~ReceivedBody() { clear(); }
     ReceivedBody(const ReceivedBody&) = delete;
     ReceivedBody& operator=(const ReceivedBody&) = delete;
 
@@ -26,9 +29,11 @@ public:
     void clear() noexcept;
 
 private:
+    bool reserve(std::size_t bytes) noexcept;
+
     std::shared_ptr<ByteBudget> m_budget;
     std::size_t m_limit;
-    std::size_t m_taken = 0;
+    std::size_t m_reserved = 0;
     std::string m_text;
 };
 

@@ -1,8 +1,9 @@
 #include "tracking/TrackingService.h"
 
-#include "tracking/SoapAnswer.h"
 #include "tracking/TrackingEnvelope.h"
 #include "tracking/TrackingNumber.h"
+
+#include <QPromise>
 
 #include <new>
 #include <utility>
@@ -10,22 +11,13 @@
 namespace kopertal {
 namespace {
 
-TrackingResult failedResult(const HttpAnswer& answer) {
-    TrackingResult result;
-    result.status = TrackingStatus::networkError;
-    result.lastEvent = failureText(answer);
-    return result;
-}
-
-TrackingResult readAnswer(const QFuture<HttpAnswer>& future) {
+HttpAnswer answerOf(const QFuture<HttpAnswer>& future) {
     try {
-        const HttpAnswer answer = future.result();
-        return answer.failure == HttpFailure::none ? parseAnswer(answer.text())
-                                                   : failedResult(answer);
+        return future.result();
     } catch (const std::bad_alloc&) {
         HttpAnswer answer;
         answer.failure = HttpFailure::noMemory;
-        return failedResult(answer);
+        return answer;
     }
 }
 
@@ -39,7 +31,11 @@ TrackingResult emptyNumberResult() {
 } // namespace
 
 TrackingService::TrackingService(HttpClient& client, TrackingAccess access)
-    : m_client(client), m_access(std::move(access)), m_budget(std::make_shared<ResultBudget>()) {
+    : m_client(client), m_access(std::move(access)), m_reader(std::make_shared<AnswerReader>()) {
+}
+
+TrackingService::~TrackingService() {
+    m_reader->stop();
 }
 
 QFuture<TrackingResult> TrackingService::fetch(const QString& trackingNumber) const {
@@ -50,11 +46,15 @@ QFuture<TrackingResult> TrackingService::fetch(const QString& trackingNumber) co
     request.url = m_access.endpoint.toStdString();
     request.bodyHeaders = {"Content-Type: text/xml; charset=utf-8", "SOAPAction: \"\""};
     request.body = trackingEnvelope(m_access, number).toStdString();
-    m_budget->started();
-    return m_client.send(std::move(request))
-        .then(QtFuture::Launch::Async, [budget = m_budget](const QFuture<HttpAnswer>& answer) {
-            return budget->finished(readAnswer(answer));
-        });
+    const auto promise = std::make_shared<QPromise<TrackingResult>>();
+    promise->start();
+    m_reader->expect();
+    m_client.send(std::move(request))
+        .then(QtFuture::Launch::Sync,
+              [reader = m_reader, promise](const QFuture<HttpAnswer>& answer) {
+                  reader->read(answerOf(answer), promise);
+              });
+    return promise->future();
 }
 
 } // namespace kopertal

@@ -80,6 +80,22 @@ private Q_SLOTS:
         QCOMPARE(other.send(request).result().failure, HttpFailure::none);
     }
 
+    void ofFewDescriptorsNotAllAreReserved() {
+        TrackingStandIn standIn;
+        QVERIFY(standIn.isReady());
+        const rlimit few{64, 64};
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &few), 0);
+        HttpClient client;
+        HttpRequest request;
+        request.url = standIn.address(QStringLiteral("http"), QStringLiteral("open%20after%200.3"))
+                          .toStdString();
+        QElapsedTimer clock;
+        clock.start();
+        QVERIFY(areAllAnswered(client, request, 30));
+        QVERIFY2(clock.elapsed() < 4'500, "they were asked for one after the other");
+        QVERIFY(spareDescriptors() < freeDescriptors());
+    }
+
 private:
     /// So many of one request, sent at once.
     static bool areAllAnswered(HttpClient& client, const HttpRequest& request, int count) {

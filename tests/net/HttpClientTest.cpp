@@ -227,6 +227,54 @@ private Q_SLOTS:
         QCOMPARE(client.send(request("http", "huge")).result().failure, HttpFailure::none);
     }
 
+    void largeAnswersLeaveRoomForOrdinaryOnes() {
+        HttpOptions bounded = options();
+        bounded.maxTotalBytes = 1'000'000;
+        HttpClient client(bounded);
+        QList<QFuture<HttpAnswer>> large;
+        QList<QFuture<HttpAnswer>> ordinary;
+        for (int i = 0; i < 40; ++i) {
+            for (const char* path : {"bomb", "endless", "huge"})
+                large.append(client.send(request("http", path)));
+            for (const char* path : {"delivered", "zipped"})
+                ordinary.append(client.send(request("http", path)));
+        }
+        for (QFuture<HttpAnswer>& answer : large)
+            QCOMPARE(answer.result().failure, HttpFailure::tooLarge);
+        for (QFuture<HttpAnswer>& answer : ordinary)
+            QCOMPARE(answer.result().failure, HttpFailure::none);
+    }
+
+    void withoutRoomOrdinaryAnswersAreReceived() {
+        HttpOptions bounded = options();
+        bounded.maxTotalBytes = 0;
+        HttpClient client(bounded);
+        for (const char* listener : {"http", "https", "http2"})
+            QCOMPARE(client.send(request(listener, "delivered")).result().failure,
+                     HttpFailure::none);
+        QCOMPARE(client.send(request("http", "zipped")).result().failure, HttpFailure::none);
+        QCOMPARE(client.send(request("http", "huge")).result().failure, HttpFailure::tooLarge);
+    }
+
+    void whatOneAnswerMayTakeUncountedIsBounded() {
+        const auto none = std::make_shared<ByteBudget>(0);
+        const std::string half(ReceivedBody::uncounted / 2, 'x');
+        ReceivedBody body(none, 10 * ReceivedBody::uncounted);
+        QVERIFY(body.append(half.data(), half.size() - 1)); // twice that would be reserved
+        QVERIFY(body.append(half.data(), half.size()));
+        QVERIFY(body.append(half.data(), 1));
+        QVERIFY(!body.append(half.data(), 1));
+        QVERIFY(body.text().capacity() < ReceivedBody::uncounted + 100);
+
+        const auto some = std::make_shared<ByteBudget>(ReceivedBody::uncounted);
+        for (int i = 0; i < 3; ++i) { // given back, and no more than was taken
+            ReceivedBody larger(some, 10 * ReceivedBody::uncounted);
+            for (int k = 0; k < 4; ++k)
+                QVERIFY(larger.append(half.data(), half.size()));
+            QVERIFY(!larger.append(half.data(), 1));
+        }
+    }
+
     void destructionCancelsWhatIsLeft() {
         QList<QFuture<HttpAnswer>> answers;
         for (int i = 0; i < 50; ++i)
@@ -253,23 +301,39 @@ private Q_SLOTS:
 
         qputenv("http_proxy", "http://127.0.0.1:9");
         QCOMPARE(m_client->send(outside).result().failure, HttpFailure::connectionFailed);
-        const QString port = m_standIn->address(QStringLiteral("http")).section(u':', 2);
-        for (const char* host : {"localhost", "127.0.0.1", "127.1", "LOCALHOST"}) {
-            HttpRequest own;
-            own.url = QStringLiteral("http://%1:%2open").arg(host, port).toStdString();
-            QCOMPARE(m_client->send(own).result().failure, HttpFailure::none);
-        }
-        HttpRequest ipv6;
-        ipv6.url = "http://[::1]:9/";
-        QVERIFY(m_client->send(ipv6).result().detail.find("127.0.0.1") == std::string::npos);
+        QCOMPARE(ask("http", "open").failure, HttpFailure::none);
+    }
+
+    void noProxyIsAskedForThisMachine_data() {
+        QTest::addColumn<QString>("host");
+        QTest::addColumn<bool>("isThisMachine");
+        for (const char* host :
+             {"localhost", "LOCALHOST", "127.0.0.1", "127.1", "127.9.9.9", "0.0.0.0", "0", "[::1]",
+              "[0:0:0:0:0:0:0:1]", "[::1%25lo]", "[::]", "[0::0]", "[::ffff:127.0.0.1]",
+              "[::ffff:7f00:1]", "[::FFFF:7F09:909]", "[::ffff:0.0.0.0]"})
+            QTest::newRow(host) << host << true;
+        for (const char* host : {"192.0.2.1", "elsewhere.invalid", "[2001:db8::1]",
+                                 "[::ffff:192.0.2.127]", "[::ffff:c000:27f]"})
+            QTest::newRow(host) << host << false;
+    }
+
+    void noProxyIsAskedForThisMachine() {
+        QFETCH(QString, host);
+        QFETCH(bool, isThisMachine);
+        qputenv("http_proxy", m_standIn->address(QStringLiteral("http")).toUtf8());
+        HttpRequest request;
+        request.url = QStringLiteral("http://%1:9/open").arg(host).toStdString();
+        QCOMPARE(m_client->send(request).result().failure,
+                 isThisMachine ? HttpFailure::connectionFailed : HttpFailure::none);
     }
 
     void exceptionsOfTheEnvironmentAreKept() {
-        const std::string loopback = proxyExceptions();
+        const std::string own = "http://[::ffff:7f00:1]/";
+        const std::string loopback = ProxyExceptions().forRequestTo(own);
         qputenv("no_proxy", "intranet.example");
-        QCOMPARE(proxyExceptions(), "intranet.example," + loopback);
+        QCOMPARE(ProxyExceptions().forRequestTo(own), "intranet.example," + loopback);
         qputenv("no_proxy", "*");
-        QCOMPARE(proxyExceptions(), std::string("*"));
+        QCOMPARE(ProxyExceptions().forRequestTo(own), std::string("*"));
     }
 
 private:
