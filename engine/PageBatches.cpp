@@ -43,16 +43,13 @@ PageBatches::PageBatches(pugi::xml_node root, qsizetype count)
     m_left = count - batchSize;
 }
 
-bool PageBatches::next() {
-    if (m_left == 0)
-        return false;
+void PageBatches::next() {
     const qsizetype count = std::min(m_left, batchSize);
     m_left -= count;
     for (qsizetype i = 0; i < count; ++i)
         appendPage(m_body, m_page);
     if (m_left == 0 && m_section)
         m_body.append_move(m_section);
-    return true;
 }
 
 } // namespace kopertal

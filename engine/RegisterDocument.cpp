@@ -117,7 +117,7 @@ qsizetype fillTemplate(const QList<ParsedAddress>& addresses,
     qsizetype next = 0;
     qsizetype page = 0;
     PageBatches batches(root, pages);
-    do {
+    for (;;) {
         throwIfStopped(stop);
         writeSender(root, senderName, senderAddress);
         for (const TextboxGrid& grid : findAllTextboxGrids(root)) {
@@ -129,8 +129,11 @@ qsizetype fillTemplate(const QList<ParsedAddress>& addresses,
         }
         for (const pugi::xml_node& shape : findAllPageNumberShapes(root))
             setPageNumberText(shape, ++page, pages);
+        if (!batches.hasNext())
+            break;
         package.writeBody();
-    } while (batches.next());
+        batches.next();
+    }
     const qint64 fillingTime = timer.elapsed();
 
     package.save(outputURL, stop);

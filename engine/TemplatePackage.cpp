@@ -9,6 +9,7 @@
 #include <QUuid>
 
 #include <sstream>
+#include <utility>
 
 namespace kopertal {
 namespace {
@@ -39,13 +40,7 @@ private:
     QFile& m_file;
 };
 
-/// A serialised document before and after the content of its body.
-struct Frame {
-    QByteArray before;
-    QByteArray after;
-};
-
-Frame frameOf(const pugi::xml_document& document, pugi::xml_node body) {
+BodyFrame frameOf(const pugi::xml_document& document, pugi::xml_node body) {
     const QByteArray name = QUuid::createUuid().toByteArray();
     pugi::xml_node first = body.prepend_child(pugi::node_comment);
     pugi::xml_node last = body.append_child(pugi::node_comment);
@@ -79,17 +74,18 @@ TemplatePackage::TemplatePackage(const QString& templatePath)
     m_mainDocument.remove();
     if (!m_mainDocument.open(QIODevice::WriteOnly | QIODevice::NewOnly))
         throw FileError(m_mainDocument.fileName(), m_mainDocument.errorString());
-    if (const pugi::xml_node body = root().child("w:body")) {
-        const Frame frame = frameOf(m_document, body);
-        FileWriter(m_mainDocument).write(frame.before.constData(), size_t(frame.before.size()));
-        m_afterBody = frame.after;
-    }
+    if (const pugi::xml_node body = root().child("w:body"))
+        m_frame = frameOf(m_document, body);
 }
 
 void TemplatePackage::writeBody() {
     constexpr unsigned int depth = 2;
-    FileWriter writer(m_mainDocument);
     pugi::xml_node body = root().child("w:body");
+    if (!body)
+        return;
+    FileWriter writer(m_mainDocument);
+    if (!std::exchange(m_isBegun, true))
+        writer.write(m_frame.before.constData(), size_t(m_frame.before.size()));
     for (const pugi::xml_node& child : body.children())
         child.print(writer, indentation, pugi::format_indent, pugi::encoding_utf8, depth);
     body.remove_children();
@@ -97,11 +93,12 @@ void TemplatePackage::writeBody() {
 
 void TemplatePackage::save(const QString& outputPath, const std::stop_token& stop) {
     FileWriter writer(m_mainDocument);
-    if (m_afterBody.isEmpty()) // there is no body
-        m_document.save(writer, indentation, pugi::format_indent, pugi::encoding_utf8);
-    else
+    if (m_isBegun) {
         writeBody();
-    writer.write(m_afterBody.constData(), size_t(m_afterBody.size()));
+        writer.write(m_frame.after.constData(), size_t(m_frame.after.size()));
+    } else {
+        m_document.save(writer, indentation, pugi::format_indent, pugi::encoding_utf8);
+    }
     if (!m_mainDocument.flush())
         throw FileError(m_mainDocument.fileName(), m_mainDocument.errorString());
     m_mainDocument.close();

@@ -24,6 +24,17 @@ QList<ParsedAddress> recipients(int count) {
     return result;
 }
 
+const QByteArray emptyBox = "<wps:txbx><w:txbxContent/></wps:txbx>";
+
+/// A group of twenty shapes that hold `box`: the ones of names, then those of addresses.
+QByteArray grid(const QByteArray& box = emptyBox, int names = 10) {
+    QByteArray xml = "<wpg:wgp>";
+    for (int i = 0; i < 20; ++i)
+        xml += "<wps:wsp><wps:spPr><a:xfrm><a:off x='" + QByteArray(i < names ? "0" : "900000") +
+               "' y='" + QByteArray::number(i) + "'/></a:xfrm></wps:spPr>" + box + "</wps:wsp>";
+    return xml + "</wpg:wgp>";
+}
+
 /// What stands in a text box, the size of its first run before it; "-" when it holds no text.
 QString boxText(pugi::xml_node shape) {
     QStringList lines;
@@ -51,6 +62,14 @@ private:
     void fill(const QList<ParsedAddress>& addresses, const QString& name = "Nadawca",
               const QString& address = "ul. Nadawcza 1") {
         fillTemplate(addresses, std::nullopt, m_output, name, address);
+    }
+
+    /// A template whose main document's root has that content. Its path.
+    QString makeTemplate(const QByteArray& content) const {
+        const QString path = m_scratch->filePath("t.dotx");
+        if (!writeArchive(path, templateEntries("<w:document>" + content + "</w:document>")))
+            qFatal("no template");
+        return path;
     }
 
     QStringList filesBeside() const {
@@ -92,14 +111,42 @@ private Q_SLOTS:
         QVERIFY(kept.contains(u'…'));
     }
 
+    void fillsWhatStandsOutsideTheBody() {
+        const QByteArray body = "<w:body><w:p/><w:sectPr/></w:body>";
+        const auto free = [](const QByteArray& x, const QByteArray& height,
+                             const QByteArray& text) {
+            return "<wps:wsp><wps:spPr><a:xfrm><a:off x='" + x + "'/><a:ext cy='" + height +
+                   "'/></a:xfrm></wps:spPr><wps:txbx><w:txbxContent>" + text +
+                   "</w:txbxContent></wps:txbx></wps:wsp>";
+        };
+        const QByteArray fields = "<w:x>" + grid() + free("9", "1", "<w:t>n</w:t>") +
+                                  free("0", "1", "<w:t>a</w:t>") + free("0", "300000", "") +
+                                  "</w:x>";
+        for (const QByteArray& content : {body + fields, fields + body}) {
+            for (const int count : {2, 170}) {
+                const int placed = std::min(count, 10);
+                const int pages = (count + 9) / 10;
+                QCOMPARE(fillTemplate(recipients(count), makeTemplate(content), m_output, "Nadawca",
+                                      "ul. Nadawcza 1"),
+                         placed);
+                const pugi::xml_node root = openOutput();
+                const TextboxGrid filled = findAllTextboxGrids(root).at(0);
+                for (int i = 0; i < placed; ++i)
+                    QVERIFY(boxText(filled.nameShapes.at(size_t(i)))
+                                .endsWith(QString(":Adresat %1").arg(i + 1)));
+                const std::vector<pugi::xml_node> shapes = descendants(root, "wps:wsp");
+                QCOMPARE(boxText(shapes.at(20)), "18:Nadawca");
+                QCOMPARE(boxText(shapes.at(21)), "18:ul. Nadawcza 1");
+                QCOMPARE(boxText(shapes.at(22)),
+                         pages == 1 ? QString("16:1") : QString("16:1/%1").arg(pages));
+                const auto paragraphs = root.child("w:body").children("w:p");
+                QCOMPARE(std::distance(paragraphs.begin(), paragraphs.end()), pages);
+            }
+        }
+    }
+
     void refusesAGridThatLacksRows() {
-        QByteArray xml = "<w:document><w:body><w:p/><wpg:wgp>";
-        for (int i = 0; i < 20; ++i) // eleven names, nine addresses
-            xml += "<wps:wsp><wps:spPr><a:xfrm><a:off x='" + QByteArray(i < 11 ? "0" : "900000") +
-                   "' y='" + QByteArray::number(i) +
-                   "'/></a:xfrm></wps:spPr><wps:txbx><w:txbxContent/></wps:txbx></wps:wsp>";
-        const QString path = m_scratch->filePath("t.dotx");
-        QVERIFY(writeArchive(path, templateEntries(xml + "</wpg:wgp></w:body></w:document>")));
+        const QString path = makeTemplate("<w:body><w:p/>" + grid(emptyBox, 11) + "</w:body>");
         QVERIFY_THROWS_EXCEPTION(EngineError, fillTemplate(recipients(10), path, m_output, {}, {}));
         verifyNothingChanged();
         fillTemplate(recipients(9), path, m_output, {}, {});
@@ -120,8 +167,7 @@ private Q_SLOTS:
             "<wps:wsp><wps:spPr><a:xfrm><a:ext cy='300000'/></a:xfrm></wps:spPr>"
             "<wps:txbx><w:txbxContent>%</w:txbxContent></wps:txbx></wps:wsp>";
         const QByteArray nested = QByteArray(field).replace("%", field);
-        const QString path = m_scratch->filePath("t.dotx");
-        QVERIFY(writeArchive(path, templateEntries("<w:document>" + nested + "</w:document>")));
+        const QString path = makeTemplate(nested);
         QVERIFY_THROWS_EXCEPTION(EngineError, fillTemplate({}, path, m_output, {}, {}));
         verifyNothingChanged();
     }
