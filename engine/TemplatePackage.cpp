@@ -51,9 +51,12 @@ BodyFrame frameOf(const pugi::xml_document& document, pugi::xml_node body) {
     body.remove_child(first);
     body.remove_child(last);
     const QByteArray bytes = QByteArray::fromStdString(stream.str());
-    const QByteArray mark = "<!--" + name + "-->\n";
-    const qsizetype start = bytes.lastIndexOf('\n', bytes.indexOf(mark)) + 1; // of the mark's line
-    return {bytes.first(start), bytes.sliced(bytes.lastIndexOf(mark) + mark.size())};
+    // Nothing but the indentation stands before the first mark on its line, nothing behind the last
+    // one; texts follow and precede a comment on the same line.
+    const QByteArray mark = "<!--" + name + "-->";
+    const qsizetype start = bytes.lastIndexOf('\n', bytes.indexOf(mark)) + 1;
+    const qsizetype end = bytes.lastIndexOf(mark + '\n') + mark.size() + 1;
+    return {bytes.first(start), bytes.sliced(end)};
 }
 
 /// A folder cannot be replaced by renaming a file over it.

@@ -7,6 +7,7 @@
 #include "tests/support/Archives.h"
 #include "tests/support/Files.h"
 #include "tests/support/Privileges.h"
+#include "tests/support/Xml.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -141,6 +142,32 @@ private Q_SLOTS:
                          pages == 1 ? QString("16:1") : QString("16:1/%1").arg(pages));
                 const auto paragraphs = root.child("w:body").children("w:p");
                 QCOMPARE(std::distance(paragraphs.begin(), paragraphs.end()), pages);
+            }
+        }
+    }
+
+    void keepsWhatStandsBesideThePage() {
+        for (const char* each : {"abc", "<![CDATA[abc]]>", "<!--abc-->", "<?abc d?>"}) {
+            const QByteArray text = each;
+            for (const auto& [before, after] : {std::pair{text, QByteArray()}, {{}, text}}) {
+                const QString path = makeTemplate("<w:body>" + before + "<w:p>" + grid() +
+                                                  "</w:p><w:sectPr/>" + after + "</w:body>");
+                for (const int count : {2, 170}) {
+                    QCOMPARE(fillTemplate(recipients(count), path, m_output, {}, {}), count);
+                    const pugi::xml_node root = openOutput();
+                    QByteArray kept;
+                    for (const pugi::xml_node& child : root.child("w:body").children()) {
+                        if (child.type() != pugi::node_element)
+                            kept += rawXml(child).trimmed();
+                    }
+                    QCOMPARE(kept, text);
+                    QCOMPARE(descendants(root, "w:sectPr").size(), size_t(1));
+                    const std::vector<TextboxGrid> grids = findAllTextboxGrids(root);
+                    QCOMPARE(qsizetype(grids.size()), (count + 9) / 10);
+                    for (int i = 0; i < count; ++i)
+                        QVERIFY(boxText(grids[size_t(i / 10)].nameShapes[size_t(i % 10)])
+                                    .endsWith(QString(":Adresat %1").arg(i + 1)));
+                }
             }
         }
     }
