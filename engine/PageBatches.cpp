@@ -28,7 +28,7 @@ bool hasOtherFields(pugi::xml_node root, const std::vector<pugi::xml_node>& page
 PageBatches::PageBatches(pugi::xml_node root, qsizetype count)
     : m_body(root.child("w:body")), m_left(0) {
     const std::vector<pugi::xml_node> page = pageContent(m_body);
-    if (count <= batchSize || hasOtherFields(root, page)) {
+    if (!m_body || count <= batchSize || hasOtherFields(root, page)) {
         duplicatePages(root, count);
         return;
     }

@@ -172,6 +172,14 @@ private Q_SLOTS:
         }
     }
 
+    void aTemplateWithoutABodyStaysAsItIs() {
+        const QString path = makeTemplate("<w:p>abc</w:p>");
+        for (const int count : {1, 161}) {
+            QCOMPARE(fillTemplate(recipients(count), path, m_output, {}, {}), 0);
+            QCOMPARE(rawXml(openOutput()), "<w:document><w:p>abc</w:p></w:document>");
+        }
+    }
+
     void refusesAGridThatLacksRows() {
         const QString path = makeTemplate("<w:body><w:p/>" + grid(emptyBox, 11) + "</w:body>");
         QVERIFY_THROWS_EXCEPTION(EngineError, fillTemplate(recipients(10), path, m_output, {}, {}));
