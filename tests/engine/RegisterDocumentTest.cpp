@@ -197,6 +197,37 @@ private Q_SLOTS:
         }
     }
 
+    void refusesGridsThatShareTheirBoxes() {
+        const auto at = [](const QByteArray& x) {
+            return "<wps:spPr><a:xfrm><a:off x='" + x + "'/></a:xfrm></wps:spPr>";
+        };
+        const QByteArray oneBox =
+            "<wps:wsp>" + at("0") + "<wps:wsp>" + at("900000") + emptyBox + "</wps:wsp></wps:wsp>";
+        for (const QByteArray& content : {grid(), oneBox.repeated(10)}) {
+            const QString path =
+                makeTemplate("<w:body><w:p><wpg:wgp>" + content + "</wpg:wgp></w:p></w:body>");
+            QVERIFY_THROWS_EXCEPTION(EngineError,
+                                     fillTemplate(recipients(25), path, m_output, {}, {}));
+            verifyNothingChanged();
+        }
+    }
+
+    void countsNobodyWithoutATextBox() {
+        for (const char* box :
+             {"", "<wps:txbx/>", "<wps:txbx><w:x><w:txbxContent/></w:x></wps:txbx>"}) {
+            QByteArray oneWithout = grid();
+            oneWithout.replace(oneWithout.lastIndexOf(emptyBox), emptyBox.size(), box);
+            for (const auto& [group, placed] : {std::pair{grid(box), 0}, {oneWithout, 22}}) {
+                const QString path = makeTemplate("<w:body><w:p>" + group + "</w:p></w:body>");
+                QCOMPARE(fillTemplate(recipients(24), path, m_output, {}, {}), placed);
+                const std::vector<TextboxGrid> grids = findAllTextboxGrids(openOutput());
+                QCOMPARE(boxText(grids.at(1).addressShapes.at(9)), "-");
+                QCOMPARE(boxText(grids.at(2).addressShapes.at(3)),
+                         placed == 0 ? "-" : "16:ul. 24/00-000 X");
+            }
+        }
+    }
+
     void refusesAFieldInsideAField() {
         const QByteArray field =
             "<wps:wsp><wps:spPr><a:xfrm><a:ext cy='300000'/></a:xfrm></wps:spPr>"
