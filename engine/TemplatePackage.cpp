@@ -5,6 +5,7 @@
 #include "engine/ZipArchive.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QUuid>
 
@@ -28,16 +29,14 @@ constexpr const char* indentation = " ";
 
 class FileWriter : public pugi::xml_writer {
 public:
-    explicit FileWriter(QFile& file) : m_file(file) {}
+    explicit FileWriter(NewFile& file) : m_file(file) {}
 
     void write(const void* data, size_t size) override {
-        const auto count = static_cast<qint64>(size);
-        if (m_file.write(static_cast<const char*>(data), count) != count)
-            throw FileError(m_file.fileName(), m_file.errorString());
+        m_file.write(static_cast<const char*>(data), static_cast<qsizetype>(size));
     }
 
 private:
-    QFile& m_file;
+    NewFile& m_file;
 };
 
 BodyFrame frameOf(const pugi::xml_document& document, pugi::xml_node body) {
@@ -68,15 +67,14 @@ void removeFolderAt(const QString& path) {
 
 } // namespace
 
-TemplatePackage::TemplatePackage(const QString& templatePath)
-    : m_mainDocument(m_folder.filePath(mainDocumentPart)) {
+TemplatePackage::TemplatePackage(const QString& templatePath) {
     unzipItem(templatePath, m_folder.path());
-    parseXml(readFile(m_mainDocument.fileName()), mainDocumentPart, m_document);
+    const QString path = m_folder.filePath(mainDocumentPart);
+    parseXml(readFile(path), mainDocumentPart, m_document);
     // File systems take a file that is emptied and written again for a precious one, and put it on
     // the disk when it is closed; this one will be gone before.
-    m_mainDocument.remove();
-    if (!m_mainDocument.open(QIODevice::WriteOnly | QIODevice::NewOnly))
-        throw FileError(m_mainDocument.fileName(), m_mainDocument.errorString());
+    QFile::remove(path);
+    m_mainDocument.emplace(path);
     if (const pugi::xml_node body = root().child("w:body"))
         m_frame = frameOf(m_document, body);
 }
@@ -86,40 +84,40 @@ void TemplatePackage::writeBody() {
     pugi::xml_node body = root().child("w:body");
     if (!body)
         return;
-    FileWriter writer(m_mainDocument);
+    FileWriter writer(*m_mainDocument);
     if (!std::exchange(m_isBegun, true))
-        writer.write(m_frame.before.constData(), size_t(m_frame.before.size()));
+        m_mainDocument->write(m_frame.before);
     for (const pugi::xml_node& child : body.children())
         child.print(writer, indentation, pugi::format_indent, pugi::encoding_utf8, depth);
     body.remove_children();
 }
 
 void TemplatePackage::save(const QString& outputPath, const std::stop_token& stop) {
-    FileWriter writer(m_mainDocument);
     if (m_isBegun) {
         writeBody();
-        writer.write(m_frame.after.constData(), size_t(m_frame.after.size()));
+        m_mainDocument->write(m_frame.after);
     } else {
+        FileWriter writer(*m_mainDocument);
         m_document.save(writer, indentation, pugi::format_indent, pugi::encoding_utf8);
     }
-    if (!m_mainDocument.flush())
-        throw FileError(m_mainDocument.fileName(), m_mainDocument.errorString());
-    m_mainDocument.close();
+    m_mainDocument->close();
     convertContentTypes();
     removeFolderAt(outputPath);
     zipItem(m_folder.path(), outputPath, stop);
 }
 
 void TemplatePackage::convertContentTypes() {
-    QFile file(m_folder.filePath(contentTypesPart));
-    if (!file.open(QIODevice::ReadWrite))
+    const QString path = m_folder.filePath(contentTypesPart);
+    if (!QFileInfo(path).isFile())
         return;
-    QByteArray types = file.readAll();
+    QByteArray types = readFile(path);
     if (!types.isValidUtf8())
         return;
     types.replace("template.main+xml", "document.main+xml");
-    if (!file.resize(0) || !file.seek(0) || file.write(types) != types.size() || !file.flush())
-        throw FileError(file.fileName(), file.errorString());
+    QFile::remove(path);
+    NewFile file(path);
+    file.write(types);
+    file.close();
 }
 
 } // namespace kopertal

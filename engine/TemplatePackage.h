@@ -1,12 +1,13 @@
 #pragma once
 
+#include "engine/NewFile.h"
 #include "engine/WorkFolder.h"
 
 #include <QByteArray>
-#include <QFile>
 #include <QString>
 #include <pugixml.hpp>
 
+#include <optional>
 #include <stop_token>
 
 namespace kopertal {
@@ -42,7 +43,7 @@ private:
 
     WorkFolder m_folder;
     pugi::xml_document m_document;
-    QFile m_mainDocument;
+    std::optional<NewFile> m_mainDocument;
     BodyFrame m_frame;      // as parsed
     bool m_isBegun = false; // the frame's first half is written
 };

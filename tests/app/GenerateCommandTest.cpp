@@ -175,6 +175,24 @@ private Q_SLOTS:
         }
     }
 
+    /// The limit breaks off a write within a piece, as a full disk does: of a part of the template,
+    /// then of the document.
+    void saysWhyTheDiskTakesNoMore() {
+        write("many.txt", QByteArray("Jan\nul. 1\n00-000 X\n\n").repeated(200));
+        write("o.docx", "old");
+        for (const char* blocks : {"3", "401"}) {
+            const CommandResult result = runCommand(
+                "/bin/sh",
+                {"-c", "trap '' XFSZ; ulimit -f $1; exec \"$0\" generate many.txt --output o.docx",
+                 KOPERTAL_PROGRAM, blocks},
+                {}, environment(), m_scratch->filePath("work"));
+            QVERIFY2(result.messages.endsWith(": File too large\n"), qPrintable(result.messages));
+            QVERIFY(result.messages.contains(m_scratch->filePath("tmp/")));
+            QCOMPARE(result.exitCode, 1);
+            QCOMPARE(contentsOf(m_scratch->filePath("work/o.docx")), QByteArray("old"));
+        }
+    }
+
     void refusesWrongUsage() {
         write("a.txt", twoRecipients);
         QVERIFY(QDir(m_scratch->path()).mkpath("work/folder/below"));
