@@ -129,6 +129,14 @@ private Q_SLOTS:
         QCOMPARE(result.output.count('\n'), 1);
     }
 
+    void printsNothingThatATerminalObeysAsJson() {
+        const QString tricks = QString::fromUtf8("a\x1b\u009b\u007f\u202eb\u2028\U000e0001");
+        const CommandResult result = run({"generate", "--json", "--output", "o.docx"},
+                                         "Jan\nul. 1\n\n" + tricks.toUtf8() + "\n");
+        QVERIFY(result.output.contains("a\\u001b\\u009b\\u007f\\u202eb\\u2028\\udb40\\udc01"));
+        QCOMPARE(QJsonDocument::fromJson(result.output.toUtf8())["skipped"][0].toString(), tricks);
+    }
+
     void saysWhoFoundNoPlace() {
         const QString form = m_scratch->filePath("form.dotx");
         QVERIFY(writeArchive(form, templateEntries("<w:document><w:body/></w:document>")));
