@@ -58,6 +58,10 @@ QByteArray readArchive(const QString& path) {
 
 Archive openArchive(const QByteArray& bytes, const QString& path) {
     Error error;
+    if (bytes.isEmpty()) { // which the library takes for an archive without entries
+        zip_error_set(&error, ZIP_ER_NOZIP, 0);
+        fail(path, &error);
+    }
     zip_source_t* source = zip_source_buffer_create(
         bytes.constData(), static_cast<zip_uint64_t>(bytes.size()), 0, &error);
     if (!source)
