@@ -28,7 +28,7 @@ bool hasOtherFields(pugi::xml_node root, const std::vector<pugi::xml_node>& page
 PageBatches::PageBatches(pugi::xml_node root, qsizetype count)
     : m_body(root.child("w:body")), m_left(0) {
     const std::vector<pugi::xml_node> page = pageContent(m_body);
-    if (count <= batchSize || hasOtherFields(root, page)) {
+    if (!m_body || count <= batchSize || hasOtherFields(root, page)) {
         duplicatePages(root, count);
         return;
     }
@@ -43,16 +43,13 @@ PageBatches::PageBatches(pugi::xml_node root, qsizetype count)
     m_left = count - batchSize;
 }
 
-bool PageBatches::next() {
-    if (m_left == 0)
-        return false;
+void PageBatches::next() {
     const qsizetype count = std::min(m_left, batchSize);
     m_left -= count;
     for (qsizetype i = 0; i < count; ++i)
         appendPage(m_body, m_page);
     if (m_left == 0 && m_section)
         m_body.append_move(m_section);
-    return true;
 }
 
 } // namespace kopertal

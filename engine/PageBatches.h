@@ -16,8 +16,12 @@ public:
     /// Puts the first pages into the body.
     PageBatches(pugi::xml_node root, qsizetype count);
 
-    /// Puts the next pages into the body, which has been emptied; false when there are none.
-    bool next();
+    /// Whether there are pages that the body has not got yet. Never where a field stands outside
+    /// the page: it must not be found with every batch.
+    bool hasNext() const { return m_left > 0; }
+
+    /// Puts the next pages into the body, which has been emptied.
+    void next();
 
 private:
     pugi::xml_node m_body;

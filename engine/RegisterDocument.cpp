@@ -16,6 +16,7 @@
 #include <QLoggingCategory>
 
 #include <algorithm>
+#include <set>
 
 namespace kopertal {
 namespace {
@@ -54,6 +55,21 @@ void refuseNestedBoxes(pugi::xml_node root) {
     }
 }
 
+/// Of two recipients with one box only the later would stand in the register.
+void refuseSharedBoxes(pugi::xml_node root) {
+    std::set<pugi::xml_node> seen;
+    const auto isShared = [&](pugi::xml_node shape) {
+        const pugi::xml_node content = textBoxContent(shape);
+        return content && !seen.insert(content).second;
+    };
+    for (const TextboxGrid& grid : findAllTextboxGrids(root)) {
+        if (std::ranges::any_of(grid.nameShapes, isShared) ||
+            std::ranges::any_of(grid.addressShapes, isShared))
+            throw EngineError::xmlParseError(
+                QStringLiteral("adresaci mają w szablonie wspólne pola tekstowe"));
+    }
+}
+
 /// A text that is no list of addresses must not be made into one at the cost of all memory.
 void refuseUnreasonable(const QList<ParsedAddress>& addresses) {
     if (addresses.size() > maxRecipients)
@@ -82,22 +98,27 @@ void writeSender(pugi::xml_node root, const QString& senderName, const QString& 
     }
 }
 
-void writeFitted(pugi::xml_node shape, const QStringList& lines, double widthMM) {
-    setTextboxText(shape, lines, fitFontSize(lines, widthMM, boxHeightMM));
+bool writeFitted(pugi::xml_node shape, const QStringList& lines, double widthMM) {
+    return setTextboxText(shape, lines, fitFontSize(lines, widthMM, boxHeightMM));
 }
 
 /// A grid that lacks a row for a recipient is refused: a register without one of its letters must
-/// not pass unnoticed.
-void writeRecipients(const TextboxGrid& grid, QList<ParsedAddress>::const_iterator first,
-                     qsizetype count) {
+/// not pass unnoticed. Returns how many of them have both their boxes.
+qsizetype writeRecipients(const TextboxGrid& grid, QList<ParsedAddress>::const_iterator first,
+                          qsizetype count) {
     const size_t rows = std::min(grid.nameShapes.size(), grid.addressShapes.size());
     if (rows < static_cast<size_t>(count))
         throw EngineError::xmlParseError(
             QStringLiteral("siatka adresatów nie ma dziesięciu wierszy"));
+    qsizetype placed = 0;
     for (size_t row = 0; row < static_cast<size_t>(count); ++row, ++first) {
-        writeFitted(grid.nameShapes[row], {first->name}, nameBoxWidthMM);
-        writeFitted(grid.addressShapes[row], first->lines, addressBoxWidthMM);
+        const bool hasName = writeFitted(grid.nameShapes[row], {first->name}, nameBoxWidthMM);
+        const bool hasAddress =
+            writeFitted(grid.addressShapes[row], first->lines, addressBoxWidthMM);
+        if (hasName && hasAddress)
+            ++placed;
     }
+    return placed;
 }
 
 } // namespace
@@ -112,32 +133,37 @@ qsizetype fillTemplate(const QList<ParsedAddress>& addresses,
     TemplatePackage package(templatePath(templateURL));
     const pugi::xml_node root = package.root();
     refuseNestedBoxes(root);
+    refuseSharedBoxes(root);
     throwIfStopped(stop);
     const qsizetype pages = pageCount(addresses.size());
     qsizetype next = 0;
+    qsizetype placed = 0;
     qsizetype page = 0;
     PageBatches batches(root, pages);
-    do {
+    for (;;) {
         throwIfStopped(stop);
         writeSender(root, senderName, senderAddress);
         for (const TextboxGrid& grid : findAllTextboxGrids(root)) {
             const qsizetype count = std::min(recipientsPerPage, addresses.size() - next);
             if (count <= 0)
                 break;
-            writeRecipients(grid, addresses.begin() + next, count);
+            placed += writeRecipients(grid, addresses.begin() + next, count);
             next += count;
         }
         for (const pugi::xml_node& shape : findAllPageNumberShapes(root))
             setPageNumberText(shape, ++page, pages);
+        if (!batches.hasNext())
+            break;
         package.writeBody();
-    } while (batches.next());
+        batches.next();
+    }
     const qint64 fillingTime = timer.elapsed();
 
     package.save(outputURL, stop);
     qCInfo(engineLog,
            "dokument gotowy: adresatów %lld, stron %lld; wypełnianie %lld ms, razem %lld ms",
-           static_cast<qint64>(next), static_cast<qint64>(pages), fillingTime, timer.elapsed());
-    return next;
+           static_cast<qint64>(placed), static_cast<qint64>(pages), fillingTime, timer.elapsed());
+    return placed;
 }
 
 } // namespace kopertal

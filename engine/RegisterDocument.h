@@ -21,7 +21,8 @@ inline constexpr QLatin1String ownTemplate(":/kopertal.dotx");
 /// Makes the dispatch register of `addresses` from the template at `templateURL` (without one, from
 /// the program's own) at `outputURL`, in place of what is there: ten recipients a page, at least
 /// one page, the sender on each; an empty sender value leaves the template's text. Returns how many
-/// recipients found a place: fewer than all where the template has no grid for every page.
+/// recipients found a place: fewer than all where the template has no grid for every page, or a
+/// shape of one no text box.
 ///
 /// Blocks until done; any thread. Throws EngineError (no template, no root element, a grid or box
 /// that cannot be filled), FileError (the system's or a library's failure in its own words, a text

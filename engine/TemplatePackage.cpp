@@ -5,10 +5,12 @@
 #include "engine/ZipArchive.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 #include <QUuid>
 
 #include <sstream>
+#include <utility>
 
 namespace kopertal {
 namespace {
@@ -27,25 +29,17 @@ constexpr const char* indentation = " ";
 
 class FileWriter : public pugi::xml_writer {
 public:
-    explicit FileWriter(QFile& file) : m_file(file) {}
+    explicit FileWriter(NewFile& file) : m_file(file) {}
 
     void write(const void* data, size_t size) override {
-        const auto count = static_cast<qint64>(size);
-        if (m_file.write(static_cast<const char*>(data), count) != count)
-            throw FileError(m_file.fileName(), m_file.errorString());
+        m_file.write(static_cast<const char*>(data), static_cast<qsizetype>(size));
     }
 
 private:
-    QFile& m_file;
+    NewFile& m_file;
 };
 
-/// A serialised document before and after the content of its body.
-struct Frame {
-    QByteArray before;
-    QByteArray after;
-};
-
-Frame frameOf(const pugi::xml_document& document, pugi::xml_node body) {
+BodyFrame frameOf(const pugi::xml_document& document, pugi::xml_node body) {
     const QByteArray name = QUuid::createUuid().toByteArray();
     pugi::xml_node first = body.prepend_child(pugi::node_comment);
     pugi::xml_node last = body.append_child(pugi::node_comment);
@@ -56,9 +50,12 @@ Frame frameOf(const pugi::xml_document& document, pugi::xml_node body) {
     body.remove_child(first);
     body.remove_child(last);
     const QByteArray bytes = QByteArray::fromStdString(stream.str());
-    const QByteArray mark = "<!--" + name + "-->\n";
-    const qsizetype start = bytes.lastIndexOf('\n', bytes.indexOf(mark)) + 1; // of the mark's line
-    return {bytes.first(start), bytes.sliced(bytes.lastIndexOf(mark) + mark.size())};
+    // Nothing but the indentation stands before the first mark on its line, nothing behind the last
+    // one; texts follow and precede a comment on the same line.
+    const QByteArray mark = "<!--" + name + "-->";
+    const qsizetype start = bytes.lastIndexOf('\n', bytes.indexOf(mark)) + 1;
+    const qsizetype end = bytes.lastIndexOf(mark + '\n') + mark.size() + 1;
+    return {bytes.first(start), bytes.sliced(end)};
 }
 
 /// A folder cannot be replaced by renaming a file over it.
@@ -70,56 +67,57 @@ void removeFolderAt(const QString& path) {
 
 } // namespace
 
-TemplatePackage::TemplatePackage(const QString& templatePath)
-    : m_mainDocument(m_folder.filePath(mainDocumentPart)) {
+TemplatePackage::TemplatePackage(const QString& templatePath) {
     unzipItem(templatePath, m_folder.path());
-    parseXml(readFile(m_mainDocument.fileName()), mainDocumentPart, m_document);
+    const QString path = m_folder.filePath(mainDocumentPart);
+    parseXml(readFile(path), mainDocumentPart, m_document);
     // File systems take a file that is emptied and written again for a precious one, and put it on
     // the disk when it is closed; this one will be gone before.
-    m_mainDocument.remove();
-    if (!m_mainDocument.open(QIODevice::WriteOnly | QIODevice::NewOnly))
-        throw FileError(m_mainDocument.fileName(), m_mainDocument.errorString());
-    if (const pugi::xml_node body = root().child("w:body")) {
-        const Frame frame = frameOf(m_document, body);
-        FileWriter(m_mainDocument).write(frame.before.constData(), size_t(frame.before.size()));
-        m_afterBody = frame.after;
-    }
+    QFile::remove(path);
+    m_mainDocument.emplace(path);
+    if (const pugi::xml_node body = root().child("w:body"))
+        m_frame = frameOf(m_document, body);
 }
 
 void TemplatePackage::writeBody() {
     constexpr unsigned int depth = 2;
-    FileWriter writer(m_mainDocument);
     pugi::xml_node body = root().child("w:body");
+    if (!body)
+        return;
+    FileWriter writer(*m_mainDocument);
+    if (!std::exchange(m_isBegun, true))
+        m_mainDocument->write(m_frame.before);
     for (const pugi::xml_node& child : body.children())
         child.print(writer, indentation, pugi::format_indent, pugi::encoding_utf8, depth);
     body.remove_children();
 }
 
 void TemplatePackage::save(const QString& outputPath, const std::stop_token& stop) {
-    FileWriter writer(m_mainDocument);
-    if (m_afterBody.isEmpty()) // there is no body
-        m_document.save(writer, indentation, pugi::format_indent, pugi::encoding_utf8);
-    else
+    if (m_isBegun) {
         writeBody();
-    writer.write(m_afterBody.constData(), size_t(m_afterBody.size()));
-    if (!m_mainDocument.flush())
-        throw FileError(m_mainDocument.fileName(), m_mainDocument.errorString());
-    m_mainDocument.close();
+        m_mainDocument->write(m_frame.after);
+    } else {
+        FileWriter writer(*m_mainDocument);
+        m_document.save(writer, indentation, pugi::format_indent, pugi::encoding_utf8);
+    }
+    m_mainDocument->close();
     convertContentTypes();
     removeFolderAt(outputPath);
     zipItem(m_folder.path(), outputPath, stop);
 }
 
 void TemplatePackage::convertContentTypes() {
-    QFile file(m_folder.filePath(contentTypesPart));
-    if (!file.open(QIODevice::ReadWrite))
+    const QString path = m_folder.filePath(contentTypesPart);
+    if (!QFileInfo(path).isFile())
         return;
-    QByteArray types = file.readAll();
+    QByteArray types = readFile(path);
     if (!types.isValidUtf8())
         return;
     types.replace("template.main+xml", "document.main+xml");
-    if (!file.resize(0) || !file.seek(0) || file.write(types) != types.size() || !file.flush())
-        throw FileError(file.fileName(), file.errorString());
+    QFile::remove(path);
+    NewFile file(path);
+    file.write(types);
+    file.close();
 }
 
 } // namespace kopertal

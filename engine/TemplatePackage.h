@@ -1,15 +1,22 @@
 #pragma once
 
+#include "engine/NewFile.h"
 #include "engine/WorkFolder.h"
 
 #include <QByteArray>
-#include <QFile>
 #include <QString>
 #include <pugixml.hpp>
 
+#include <optional>
 #include <stop_token>
 
 namespace kopertal {
+
+/// A serialised document before and after the content of its body.
+struct BodyFrame {
+    QByteArray before;
+    QByteArray after;
+};
 
 /// A template unpacked into a work folder of its own, with its main document as a tree. The folder
 /// goes with this object. Every failure is a FileError, but for a main document without a root
@@ -21,12 +28,14 @@ public:
 
     pugi::xml_node root() const { return m_document.document_element(); }
 
-    /// Takes what the document's body holds out of the tree: it is written. What the body gets
-    /// then comes behind it. The rest of the tree stays as it was parsed.
+    /// Takes what the document's body holds out of the tree: it is written, in a document that is
+    /// otherwise as it was parsed. What the body gets then comes behind it. Without a body nothing
+    /// happens.
     void writeBody();
 
-    /// Writes what is left, makes the template a document by its content type and packs it all
-    /// into `outputPath`, in place of the file or folder there.
+    /// Writes what is left, the whole tree where nothing has been written, makes the template a
+    /// document by its content type and packs it all into `outputPath`, in place of the file or
+    /// folder there.
     void save(const QString& outputPath, const std::stop_token& stop);
 
 private:
@@ -34,8 +43,9 @@ private:
 
     WorkFolder m_folder;
     pugi::xml_document m_document;
-    QFile m_mainDocument;
-    QByteArray m_afterBody; // the end of the main document
+    std::optional<NewFile> m_mainDocument;
+    BodyFrame m_frame;      // as parsed
+    bool m_isBegun = false; // the frame's first half is written
 };
 
 } // namespace kopertal

@@ -28,8 +28,7 @@ pugi::xml_node appendRunProperties(pugi::xml_node run, double fontPt, bool bold)
 /// Empties the shape's text box and gives it one paragraph without runs; null where there is no
 /// box.
 pugi::xml_node replaceWithParagraph(pugi::xml_node shape) {
-    const auto isBox = [](pugi::xml_node node) { return isElement(node, "wps:txbx"); };
-    pugi::xml_node content = shape.find_node(isBox).child("w:txbxContent");
+    pugi::xml_node content = textBoxContent(shape);
     if (!content)
         return {};
     content.remove_children();
@@ -42,6 +41,11 @@ pugi::xml_node replaceWithParagraph(pugi::xml_node shape) {
 }
 
 } // namespace
+
+pugi::xml_node textBoxContent(pugi::xml_node shape) {
+    const auto isBox = [](pugi::xml_node node) { return isElement(node, "wps:txbx"); };
+    return shape.find_node(isBox).child("w:txbxContent");
+}
 
 void makeRun(pugi::xml_node parent, const QString& text, double fontPt, bool bold) {
     pugi::xml_node run = parent.append_child("w:r");
@@ -58,15 +62,16 @@ void makeBreakRun(pugi::xml_node parent, double fontPt) {
     run.append_child("w:br");
 }
 
-void setTextboxText(pugi::xml_node shape, const QStringList& textLines, double fontPt) {
+bool setTextboxText(pugi::xml_node shape, const QStringList& textLines, double fontPt) {
     pugi::xml_node paragraph = replaceWithParagraph(shape);
     if (!paragraph)
-        return;
+        return false;
     for (qsizetype i = 0; i < textLines.size(); ++i) {
         if (i > 0)
             makeBreakRun(paragraph, fontPt);
         makeRun(paragraph, textLines[i], fontPt, false);
     }
+    return true;
 }
 
 void setSenderText(pugi::xml_node shape, const QString& text) {

@@ -16,8 +16,11 @@ void makeRun(pugi::xml_node parent, const QString& text, double fontPt, bool bol
 /// Appends a line break of that size to the paragraph `parent`.
 void makeBreakRun(pugi::xml_node parent, double fontPt);
 
-/// The lines of a recipient's name or address, below each other.
-void setTextboxText(pugi::xml_node shape, const QStringList& textLines, double fontPt);
+/// What the setters fill: the content of the shape's text box; null where it has none.
+pugi::xml_node textBoxContent(pugi::xml_node shape);
+
+/// The lines of a recipient's name or address, below each other. Whether there is a box for them.
+bool setTextboxText(pugi::xml_node shape, const QStringList& textLines, double fontPt);
 
 /// The sender's name or address, 9 pt bold.
 void setSenderText(pugi::xml_node shape, const QString& text);

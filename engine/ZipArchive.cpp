@@ -1,6 +1,7 @@
 #include "engine/ZipArchive.h"
 
 #include "engine/EngineError.h"
+#include "engine/NewFile.h"
 #include "engine/RegularFile.h"
 
 #include <QDir>
@@ -57,6 +58,10 @@ QByteArray readArchive(const QString& path) {
 
 Archive openArchive(const QByteArray& bytes, const QString& path) {
     Error error;
+    if (bytes.isEmpty()) { // which the library takes for an archive without entries
+        zip_error_set(&error, ZIP_ER_NOZIP, 0);
+        fail(path, &error);
+    }
     zip_source_t* source = zip_source_buffer_create(
         bytes.constData(), static_cast<zip_uint64_t>(bytes.size()), 0, &error);
     if (!source)
@@ -100,9 +105,7 @@ qint64 unpackEntry(zip_t* archive, zip_uint64_t index, const QString& path, cons
     errno = 0;
     if (!QDir().mkpath(QFileInfo(target).path()))
         throw FileError(target, errno);
-    QFile file(target);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::NewOnly))
-        throw FileError(target, file.errorString());
+    NewFile file(target);
     qint64 total = 0;
     char chunk[65536];
     for (;;) {
@@ -114,11 +117,9 @@ qint64 unpackEntry(zip_t* archive, zip_uint64_t index, const QString& path, cons
         total += count;
         if (total > allowance)
             throw FileError(path, QStringLiteral("archiwum rozpakowuje się w zbyt wiele danych"));
-        if (file.write(chunk, count) != count)
-            throw FileError(target, file.errorString());
+        file.write(chunk, count);
     }
-    if (!file.flush())
-        throw FileError(target, file.errorString());
+    file.close();
     return total;
 }
 

@@ -177,15 +177,16 @@ void reportSkipped(const QStringList& skipped) {
         printMessage(line);
 }
 
-QString resultLine(const Options& options, const QString& document, qsizetype recipients,
-                   const QStringList& skipped) {
+/// False when it could not be written.
+bool printOutcome(const Options& options, const QString& document, qsizetype recipients,
+                  const QStringList& skipped) {
     if (!options.json)
-        return document;
+        return printResult(document);
     const QJsonObject result{{QStringLiteral("document"), document},
                              {QStringLiteral("recipients"), static_cast<qint64>(recipients)},
                              {QStringLiteral("pages"), static_cast<qint64>(pageCount(recipients))},
                              {QStringLiteral("skipped"), QJsonArray::fromStringList(skipped)}};
-    return QString::fromUtf8(QJsonDocument(result).toJson(QJsonDocument::Compact));
+    return printResult(QJsonDocument(result));
 }
 
 int generate(const Options& options) {
@@ -219,7 +220,7 @@ int generate(const Options& options) {
                      QString::fromUtf8(error.what()));
         return failed;
     }
-    if (!printResult(resultLine(options, document, addresses.size(), skipped))) {
+    if (!printOutcome(options, document, addresses.size(), skipped)) {
         printMessage(QStringLiteral("Dokument jest gotowy, ale nie można wypisać wyniku: ") +
                      document);
         return failed;

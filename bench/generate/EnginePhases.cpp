@@ -73,7 +73,7 @@ void measureGeneration(qsizetype recipients) {
     auto address = addresses.begin();
     qsizetype page = 0;
     PageBatches batches(root, pages);
-    do {
+    for (;;) {
         timer.finish("repeat the page");
         const std::vector<SenderShapePair> senders = findAllSenderShapePairs(root);
         timer.finish("find the senders");
@@ -101,7 +101,10 @@ void measureGeneration(qsizetype recipients) {
         timer.finish("write the page numbers");
         package.writeBody();
         timer.finish("serialise");
-    } while (batches.next());
+        if (!batches.hasNext())
+            break;
+        batches.next();
+    }
     package.save(folder.filePath(QStringLiteral("register.docx")), {});
     timer.finish("pack");
     timer.print();

@@ -129,6 +129,14 @@ private Q_SLOTS:
         QCOMPARE(result.output.count('\n'), 1);
     }
 
+    void printsNothingThatATerminalObeysAsJson() {
+        const QString tricks = QString::fromUtf8("a\x1b\u009b\u007f\u202eb\u2028\U000e0001");
+        const CommandResult result = run({"generate", "--json", "--output", "o.docx"},
+                                         "Jan\nul. 1\n\n" + tricks.toUtf8() + "\n");
+        QVERIFY(result.output.contains("a\\u001b\\u009b\\u007f\\u202eb\\u2028\\udb40\\udc01"));
+        QCOMPARE(QJsonDocument::fromJson(result.output.toUtf8())["skipped"][0].toString(), tricks);
+    }
+
     void saysWhoFoundNoPlace() {
         const QString form = m_scratch->filePath("form.dotx");
         QVERIFY(writeArchive(form, templateEntries("<w:document><w:body/></w:document>")));
@@ -172,6 +180,24 @@ private Q_SLOTS:
             QCOMPARE(result.exitCode, 1);
             QCOMPARE(result.output, QString());
             QCOMPARE(workFiles(), before);
+        }
+    }
+
+    /// The limit breaks off a write within a piece, as a full disk does: of a part of the template,
+    /// then of the document.
+    void saysWhyTheDiskTakesNoMore() {
+        write("many.txt", QByteArray("Jan\nul. 1\n00-000 X\n\n").repeated(200));
+        write("o.docx", "old");
+        for (const char* blocks : {"3", "401"}) {
+            const CommandResult result = runCommand(
+                "/bin/sh",
+                {"-c", "trap '' XFSZ; ulimit -f $1; exec \"$0\" generate many.txt --output o.docx",
+                 KOPERTAL_PROGRAM, blocks},
+                {}, environment(), m_scratch->filePath("work"));
+            QVERIFY2(result.messages.endsWith(": File too large\n"), qPrintable(result.messages));
+            QVERIFY(result.messages.contains(m_scratch->filePath("tmp/")));
+            QCOMPARE(result.exitCode, 1);
+            QCOMPARE(contentsOf(m_scratch->filePath("work/o.docx")), QByteArray("old"));
         }
     }
 

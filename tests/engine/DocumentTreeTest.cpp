@@ -266,12 +266,15 @@ private Q_SLOTS:
                 QByteArray written;
                 size_t found = 0;
                 PageBatches batches(root, count);
-                do {
+                for (;;) {
                     found += descendants(root, "wps:wsp").size();
                     for (const pugi::xml_node& child : body.children())
                         written += rawXml(child);
+                    if (!batches.hasNext())
+                        break;
                     body.remove_children();
-                } while (batches.next());
+                    batches.next();
+                }
                 QCOMPARE(written, whole);
                 QCOMPARE(found, fields);
             }

@@ -7,6 +7,7 @@
 #include "tests/support/Archives.h"
 #include "tests/support/Files.h"
 #include "tests/support/Privileges.h"
+#include "tests/support/Xml.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -22,6 +23,17 @@ QList<ParsedAddress> recipients(int count) {
     for (int i = 1; i <= count; ++i)
         result += {QUuid(), QString("Adresat %1").arg(i), {QString("ul. %1").arg(i), "00-000 X"}};
     return result;
+}
+
+const QByteArray emptyBox = "<wps:txbx><w:txbxContent/></wps:txbx>";
+
+/// A group of twenty shapes that hold `box`: the ones of names, then those of addresses.
+QByteArray grid(const QByteArray& box = emptyBox, int names = 10) {
+    QByteArray xml = "<wpg:wgp>";
+    for (int i = 0; i < 20; ++i)
+        xml += "<wps:wsp><wps:spPr><a:xfrm><a:off x='" + QByteArray(i < names ? "0" : "900000") +
+               "' y='" + QByteArray::number(i) + "'/></a:xfrm></wps:spPr>" + box + "</wps:wsp>";
+    return xml + "</wpg:wgp>";
 }
 
 /// What stands in a text box, the size of its first run before it; "-" when it holds no text.
@@ -51,6 +63,14 @@ private:
     void fill(const QList<ParsedAddress>& addresses, const QString& name = "Nadawca",
               const QString& address = "ul. Nadawcza 1") {
         fillTemplate(addresses, std::nullopt, m_output, name, address);
+    }
+
+    /// A template whose main document's root has that content. Its path.
+    QString makeTemplate(const QByteArray& content) const {
+        const QString path = m_scratch->filePath("t.dotx");
+        if (!writeArchive(path, templateEntries("<w:document>" + content + "</w:document>")))
+            qFatal("no template");
+        return path;
     }
 
     QStringList filesBeside() const {
@@ -92,14 +112,76 @@ private Q_SLOTS:
         QVERIFY(kept.contains(u'…'));
     }
 
+    void fillsWhatStandsOutsideTheBody() {
+        const QByteArray body = "<w:body><w:p/><w:sectPr/></w:body>";
+        const auto free = [](const QByteArray& x, const QByteArray& height,
+                             const QByteArray& text) {
+            return "<wps:wsp><wps:spPr><a:xfrm><a:off x='" + x + "'/><a:ext cy='" + height +
+                   "'/></a:xfrm></wps:spPr><wps:txbx><w:txbxContent>" + text +
+                   "</w:txbxContent></wps:txbx></wps:wsp>";
+        };
+        const QByteArray fields = "<w:x>" + grid() + free("9", "1", "<w:t>n</w:t>") +
+                                  free("0", "1", "<w:t>a</w:t>") + free("0", "300000", "") +
+                                  "</w:x>";
+        for (const QByteArray& content : {body + fields, fields + body}) {
+            for (const int count : {2, 170}) {
+                const int placed = std::min(count, 10);
+                const int pages = (count + 9) / 10;
+                QCOMPARE(fillTemplate(recipients(count), makeTemplate(content), m_output, "Nadawca",
+                                      "ul. Nadawcza 1"),
+                         placed);
+                const pugi::xml_node root = openOutput();
+                const TextboxGrid filled = findAllTextboxGrids(root).at(0);
+                for (int i = 0; i < placed; ++i)
+                    QVERIFY(boxText(filled.nameShapes.at(size_t(i)))
+                                .endsWith(QString(":Adresat %1").arg(i + 1)));
+                const std::vector<pugi::xml_node> shapes = descendants(root, "wps:wsp");
+                QCOMPARE(boxText(shapes.at(20)), "18:Nadawca");
+                QCOMPARE(boxText(shapes.at(21)), "18:ul. Nadawcza 1");
+                QCOMPARE(boxText(shapes.at(22)),
+                         pages == 1 ? QString("16:1") : QString("16:1/%1").arg(pages));
+                const auto paragraphs = root.child("w:body").children("w:p");
+                QCOMPARE(std::distance(paragraphs.begin(), paragraphs.end()), pages);
+            }
+        }
+    }
+
+    void keepsWhatStandsBesideThePage() {
+        for (const char* each : {"abc", "<![CDATA[abc]]>", "<!--abc-->", "<?abc d?>"}) {
+            const QByteArray text = each;
+            for (const auto& [before, after] : {std::pair{text, QByteArray()}, {{}, text}}) {
+                const QString path = makeTemplate("<w:body>" + before + "<w:p>" + grid() +
+                                                  "</w:p><w:sectPr/>" + after + "</w:body>");
+                for (const int count : {2, 170}) {
+                    QCOMPARE(fillTemplate(recipients(count), path, m_output, {}, {}), count);
+                    const pugi::xml_node root = openOutput();
+                    QByteArray kept;
+                    for (const pugi::xml_node& child : root.child("w:body").children()) {
+                        if (child.type() != pugi::node_element)
+                            kept += rawXml(child).trimmed();
+                    }
+                    QCOMPARE(kept, text);
+                    QCOMPARE(descendants(root, "w:sectPr").size(), size_t(1));
+                    const std::vector<TextboxGrid> grids = findAllTextboxGrids(root);
+                    QCOMPARE(qsizetype(grids.size()), (count + 9) / 10);
+                    for (int i = 0; i < count; ++i)
+                        QVERIFY(boxText(grids[size_t(i / 10)].nameShapes[size_t(i % 10)])
+                                    .endsWith(QString(":Adresat %1").arg(i + 1)));
+                }
+            }
+        }
+    }
+
+    void aTemplateWithoutABodyStaysAsItIs() {
+        const QString path = makeTemplate("<w:p>abc</w:p>");
+        for (const int count : {1, 161}) {
+            QCOMPARE(fillTemplate(recipients(count), path, m_output, {}, {}), 0);
+            QCOMPARE(rawXml(openOutput()), "<w:document><w:p>abc</w:p></w:document>");
+        }
+    }
+
     void refusesAGridThatLacksRows() {
-        QByteArray xml = "<w:document><w:body><w:p/><wpg:wgp>";
-        for (int i = 0; i < 20; ++i) // eleven names, nine addresses
-            xml += "<wps:wsp><wps:spPr><a:xfrm><a:off x='" + QByteArray(i < 11 ? "0" : "900000") +
-                   "' y='" + QByteArray::number(i) +
-                   "'/></a:xfrm></wps:spPr><wps:txbx><w:txbxContent/></wps:txbx></wps:wsp>";
-        const QString path = m_scratch->filePath("t.dotx");
-        QVERIFY(writeArchive(path, templateEntries(xml + "</wpg:wgp></w:body></w:document>")));
+        const QString path = makeTemplate("<w:body><w:p/>" + grid(emptyBox, 11) + "</w:body>");
         QVERIFY_THROWS_EXCEPTION(EngineError, fillTemplate(recipients(10), path, m_output, {}, {}));
         verifyNothingChanged();
         fillTemplate(recipients(9), path, m_output, {}, {});
@@ -115,13 +197,43 @@ private Q_SLOTS:
         }
     }
 
+    void refusesGridsThatShareTheirBoxes() {
+        const auto at = [](const QByteArray& x) {
+            return "<wps:spPr><a:xfrm><a:off x='" + x + "'/></a:xfrm></wps:spPr>";
+        };
+        const QByteArray oneBox =
+            "<wps:wsp>" + at("0") + "<wps:wsp>" + at("900000") + emptyBox + "</wps:wsp></wps:wsp>";
+        for (const QByteArray& content : {grid(), oneBox.repeated(10)}) {
+            const QString path =
+                makeTemplate("<w:body><w:p><wpg:wgp>" + content + "</wpg:wgp></w:p></w:body>");
+            QVERIFY_THROWS_EXCEPTION(EngineError,
+                                     fillTemplate(recipients(25), path, m_output, {}, {}));
+            verifyNothingChanged();
+        }
+    }
+
+    void countsNobodyWithoutATextBox() {
+        for (const char* box :
+             {"", "<wps:txbx/>", "<wps:txbx><w:x><w:txbxContent/></w:x></wps:txbx>"}) {
+            QByteArray oneWithout = grid();
+            oneWithout.replace(oneWithout.lastIndexOf(emptyBox), emptyBox.size(), box);
+            for (const auto& [group, placed] : {std::pair{grid(box), 0}, {oneWithout, 22}}) {
+                const QString path = makeTemplate("<w:body><w:p>" + group + "</w:p></w:body>");
+                QCOMPARE(fillTemplate(recipients(24), path, m_output, {}, {}), placed);
+                const std::vector<TextboxGrid> grids = findAllTextboxGrids(openOutput());
+                QCOMPARE(boxText(grids.at(1).addressShapes.at(9)), "-");
+                QCOMPARE(boxText(grids.at(2).addressShapes.at(3)),
+                         placed == 0 ? "-" : "16:ul. 24/00-000 X");
+            }
+        }
+    }
+
     void refusesAFieldInsideAField() {
         const QByteArray field =
             "<wps:wsp><wps:spPr><a:xfrm><a:ext cy='300000'/></a:xfrm></wps:spPr>"
             "<wps:txbx><w:txbxContent>%</w:txbxContent></wps:txbx></wps:wsp>";
         const QByteArray nested = QByteArray(field).replace("%", field);
-        const QString path = m_scratch->filePath("t.dotx");
-        QVERIFY(writeArchive(path, templateEntries("<w:document>" + nested + "</w:document>")));
+        const QString path = makeTemplate(nested);
         QVERIFY_THROWS_EXCEPTION(EngineError, fillTemplate({}, path, m_output, {}, {}));
         verifyNothingChanged();
     }

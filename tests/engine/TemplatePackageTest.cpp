@@ -178,6 +178,18 @@ private Q_SLOTS:
         }
     }
 
+    void refusesAnEmptyFileAsItDoesAnyOther() {
+        for (const QByteArray& bytes : {QByteArray(), QByteArray("no archive")}) {
+            writeFile(m_template, bytes);
+            try {
+                const TemplatePackage package(m_template);
+                QFAIL("no failure");
+            } catch (const FileError& error) {
+                QCOMPARE(QString::fromUtf8(error.what()), m_template + ": Not a zip archive");
+            }
+        }
+    }
+
     void refusesWhatIsNoTemplate() {
         const QList<ArchiveEntry> broken = templateEntries("<a><b></a>");
         for (const auto& entries : {broken, broken.first(2)}) // the second has no main document
