@@ -1,15 +1,9 @@
 #include "app/addresses/Generation.h"
 
-#include "engine/EngineError.h"
-#include "engine/OutputPath.h"
-#include "engine/RegisterDocument.h"
-#include "engine/RegisterPages.h"
+#include "app/common/LateModule.h"
 
-#include <QDir>
 #include <QtConcurrentRun>
 
-#include <exception>
-#include <new>
 #include <utility>
 
 namespace kopertal {
@@ -17,19 +11,11 @@ namespace kopertal {
 QFuture<GenerationResult> startGeneration(GenerationOrder order, const std::stop_token& stop) {
     return QtConcurrent::run([order = std::move(order), stop] {
         GenerationResult result;
-        try {
-            const QString path =
-                uniqueURL(QDir(order.saveFolder).filePath(registerFileName(order.date)));
-            fillTemplate(order.recipients, std::nullopt, path, order.senderName,
-                         order.senderAddress, stop);
-            result = {path, {}, order.recipients.size(), pageCount(order.recipients.size())};
-        } catch (const Cancelled&) {
-            return GenerationResult();
-        } catch (const std::bad_alloc&) {
-            result.error = QStringLiteral("Za mało pamięci.");
-        } catch (const std::exception& error) {
-            result.error = QString::fromUtf8(error.what());
-        }
+        const LateFunction generate = lateFunction("register", "kopertalGenerate");
+        if (generate.address == nullptr)
+            result.error = generate.problem;
+        else
+            generate.as<Generate>()(order, stop, result);
         return result;
     });
 }

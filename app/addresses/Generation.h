@@ -26,8 +26,14 @@ struct GenerationResult {
     qsizetype pages = 0;
 };
 
-/// Makes the register in the background, under a free name in the save folder. The future always
-/// has a result. Only a stop ends it early; a document is whole or not there.
+/// What the module `register` exports as "kopertalGenerate": makes the register under a free name
+/// in the save folder, blocks and never throws. `result` comes empty, and stays so when it is
+/// stopped; a document is whole or not there.
+using Generate = void(const GenerationOrder& order, const std::stop_token& stop,
+                      GenerationResult& result);
+
+/// Does so in the background, with the module that is loaded there and then: the window's first
+/// picture needs no archives. The future always has a result.
 QFuture<GenerationResult> startGeneration(GenerationOrder order, const std::stop_token& stop);
 
 } // namespace kopertal

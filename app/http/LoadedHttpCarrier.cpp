@@ -1,19 +1,13 @@
 #include "app/http/LoadedHttpCarrier.h"
 
-#include <QCoreApplication>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QLoggingCategory>
+#include "app/common/LateModule.h"
 
-#include <dlfcn.h>
 #include <exception>
 #include <string>
 #include <utility>
 
 namespace kopertal {
 namespace {
-
-Q_LOGGING_CATEGORY(moduleLog, "kopertal.module", QtWarningMsg)
 
 class NoCarrier : public HttpCarrier {
 public:
@@ -33,17 +27,11 @@ private:
 } // namespace
 
 std::unique_ptr<HttpCarrier> loadHttpCarrier(const HttpOptions& options) {
-    const QString path =
-        QCoreApplication::applicationDirPath() + QStringLiteral("/../lib/kopertal/http.so");
-    QElapsedTimer timer;
-    timer.start();
-    void* const module = dlopen(QFile::encodeName(path).constData(), RTLD_NOW | RTLD_LOCAL);
-    void* const make = module == nullptr ? nullptr : dlsym(module, "kopertalHttpCarrier");
-    if (make == nullptr)
-        return std::make_unique<NoCarrier>(dlerror());
-    qCInfo(moduleLog, "wczytano moduł http w %lld ms", timer.elapsed());
+    const LateFunction make = lateFunction("http", "kopertalHttpCarrier");
+    if (make.address == nullptr)
+        return std::make_unique<NoCarrier>(make.problem.toStdString());
     try {
-        return std::unique_ptr<HttpCarrier>(reinterpret_cast<MakeHttpCarrier>(make)(options));
+        return std::unique_ptr<HttpCarrier>(make.as<MakeHttpCarrier>()(options));
     } catch (const std::exception& error) {
         return std::make_unique<NoCarrier>(error.what());
     }

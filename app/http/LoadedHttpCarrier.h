@@ -7,7 +7,7 @@
 namespace kopertal {
 
 /// What the module `http` exports as "kopertalHttpCarrier": a carrier, for the caller to own.
-using MakeHttpCarrier = HttpCarrier* (*)(const HttpOptions&);
+using MakeHttpCarrier = HttpCarrier*(const HttpOptions&);
 
 /// A carrier out of the module `http`, which is loaded now and stays: libcurl is a third of all
 /// that the window would load, and its first screen needs none of it. Without the module, the

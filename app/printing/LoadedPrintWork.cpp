@@ -1,9 +1,7 @@
 #include "app/printing/LoadedPrintWork.h"
 
-#include <QCoreApplication>
-#include <QFile>
+#include "app/common/LateModule.h"
 
-#include <dlfcn.h>
 #include <utility>
 
 namespace kopertal {
@@ -11,9 +9,7 @@ namespace {
 
 class NoPrintWork : public PrintWork {
 public:
-    explicit NoPrintWork(const char* reason)
-        : m_reason(QStringLiteral("Program jest zainstalowany niecałkowicie: %1")
-                       .arg(QString::fromLocal8Bit(reason))) {}
+    explicit NoPrintWork(QString reason) : m_reason(std::move(reason)) {}
 
     PrintSetup lookUp(const QString&, const std::stop_token&) override {
         PrintSetup setup;
@@ -34,13 +30,10 @@ private:
 } // namespace
 
 std::unique_ptr<PrintWork> loadPrintWork() {
-    const QString path =
-        QCoreApplication::applicationDirPath() + QStringLiteral("/../lib/kopertal/print.so");
-    void* const module = dlopen(QFile::encodeName(path).constData(), RTLD_NOW | RTLD_LOCAL);
-    void* const make = module == nullptr ? nullptr : dlsym(module, "kopertalPrintWork");
-    if (make == nullptr)
-        return std::make_unique<NoPrintWork>(dlerror());
-    return std::unique_ptr<PrintWork>(reinterpret_cast<MakePrintWork>(make)());
+    const LateFunction make = lateFunction("print", "kopertalPrintWork");
+    if (make.address == nullptr)
+        return std::make_unique<NoPrintWork>(make.problem);
+    return std::unique_ptr<PrintWork>(make.as<MakePrintWork>()());
 }
 
 } // namespace kopertal

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+namespace kopertal {
+
+/// A function out of a module; none without an address, and then `problem` says why, for the user.
+struct LateFunction {
+    void* address = nullptr;
+    QString problem;
+
+    template <class Function>
+    Function* as() const {
+        return reinterpret_cast<Function*>(address);
+    }
+};
+
+/// What `module`, of those in ../lib/kopertal beside the program's folder, exports as `symbol`. The
+/// module is loaded by the first call and stays: for what the window's first picture does without.
+/// On any thread.
+LateFunction lateFunction(const char* module, const char* symbol);
+
+} // namespace kopertal
