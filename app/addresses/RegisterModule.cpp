@@ -1,3 +1,4 @@
+#include "app/ModuleEntry.h"
 #include "app/addresses/Generation.h"
 #include "engine/EngineError.h"
 #include "engine/OutputPath.h"
@@ -31,3 +32,5 @@ void kopertalGenerate(const GenerationOrder& order, const std::stop_token& stop,
         result.error = QString::fromUtf8(error.what());
     }
 }
+
+KOPERTAL_LATE_MODULE

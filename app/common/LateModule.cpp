@@ -1,5 +1,7 @@
 #include "app/common/LateModule.h"
 
+#include "app/BuildConfig.h"
+
 #include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QFile>
@@ -12,6 +14,12 @@ namespace {
 
 Q_LOGGING_CATEGORY(moduleLog, "kopertal.module", QtWarningMsg)
 
+bool isOfThisVersion(void* library) {
+    using Version = const char*();
+    auto* const version = reinterpret_cast<Version*>(dlsym(library, "kopertalVersion"));
+    return version != nullptr && qstrcmp(version(), KOPERTAL_VERSION) == 0;
+}
+
 } // namespace
 
 LateFunction lateFunction(const char* module, const char* symbol) {
@@ -21,6 +29,9 @@ LateFunction lateFunction(const char* module, const char* symbol) {
     QElapsedTimer timer;
     timer.start();
     void* const library = dlopen(QFile::encodeName(path).constData(), RTLD_NOW | RTLD_LOCAL);
+    if (library != nullptr && !isOfThisVersion(library))
+        return {nullptr, QStringLiteral("Program został zaktualizowany, odkąd otwarto to okno. "
+                                        "Zamknij je i otwórz ponownie.")};
     void* const address = library == nullptr ? nullptr : dlsym(library, symbol);
     if (address == nullptr)
         return {nullptr, QStringLiteral("Program jest zainstalowany niecałkowicie: %1")

@@ -1,7 +1,6 @@
+#include "app/ModuleEntry.h"
 #include "app/http/LoadedHttpCarrier.h"
 #include "net/HttpTransfers.h"
-
-#include <QtGlobal>
 
 extern "C" Q_DECL_EXPORT kopertal::HttpCarrier*
 kopertalHttpCarrier(const kopertal::HttpOptions& options);
@@ -9,3 +8,5 @@ kopertalHttpCarrier(const kopertal::HttpOptions& options);
 kopertal::HttpCarrier* kopertalHttpCarrier(const kopertal::HttpOptions& options) {
     return new kopertal::HttpTransfers(options);
 }
+
+KOPERTAL_LATE_MODULE
