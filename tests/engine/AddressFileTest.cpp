@@ -40,7 +40,12 @@ private Q_SLOTS:
     void passesAReadFailureOn() {
         QFile unreadable("/proc/self/mem");
         QVERIFY(unreadable.open(QIODevice::ReadOnly));
-        QVERIFY_THROWS_EXCEPTION(FileError, readAddresses(unreadable, "x"));
+        try {
+            readAddresses(unreadable, "x");
+            QFAIL("no failure");
+        } catch (const FileError& error) {
+            QCOMPARE(error.what(), "x: " + unreadable.errorString());
+        }
     }
 
     void splitsTextIntoRecipientsAndSkipped() {
