@@ -4,8 +4,6 @@
 
 #include <QXmlStreamReader>
 
-#include <algorithm>
-
 namespace kopertal::test {
 
 bool printDocuments(const QStringList& documents, const QString& folder) {
@@ -39,18 +37,11 @@ QList<PrintedPage> printedPages(const QString& pdf) {
 }
 
 QString textInside(const PrintedPage& page, const QRectF& area) {
-    PrintedPage words;
-    std::ranges::copy_if(page, std::back_inserter(words),
-                         [&](const PrintedWord& word) { return area.contains(word.box); });
-    // The words of a line share their height to within a rounding.
-    std::ranges::sort(words, [](const PrintedWord& a, const PrintedWord& b) {
-        constexpr double sameLineMM = 0.3;
-        const bool isSameLine = std::abs(a.box.bottom() - b.box.bottom()) < sameLineMM;
-        return isSameLine ? a.box.left() < b.box.left() : a.box.bottom() < b.box.bottom();
-    });
     QString text;
-    for (const PrintedWord& word : words)
-        text += withoutSpaces(word.text);
+    for (const PrintedWord& word : page) {
+        if (area.contains(word.box))
+            text += withoutSpaces(word.text);
+    }
     return text;
 }
 
