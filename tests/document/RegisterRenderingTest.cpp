@@ -39,7 +39,6 @@ QString recipientsText(int count) {
 
 /// Texts that are hard to hold in a cell, ten at most.
 const QString hardTexts = QStringLiteral(
-    "Ja\nA\n\n"
     "Przedsiębiorstwo Wielobranżowe Produkcyjno-Handlowo-Usługowe „Wszystko dla domu "
     "i ogrodu” Krzysztof Brzęczyszczykiewicz i Wspólnicy Spółka komandytowa w "
     "likwidacji, Oddział terenowy w Chrząszczyżewoszycach, powiat łękołodzki\n"
@@ -56,9 +55,6 @@ const QString hardTexts = QStringLiteral(
     "https://poczta.example.pl/adresy/0123456789/0123456789/0123456789/0123456789\n"
     "0123456789012345678901234567890123456789012345678901234567890123456789\n"
     "00-001\n\n"
-    "Łucja Ćwiąkała\n"
-    "os. Bolesława Chrobrego 12/148, klatka III\nskr. poczt. 15\n"
-    "60-681 Poznań\n\n"
     "Ministerstwo Rodziny, Pracy i Polityki Społecznej\n"
     "Departament Pomocy i Integracji Społecznej\n"
     "ul. Nowogrodzka 1/3/5\n00-513 Warszawa\n\n");
@@ -100,9 +96,10 @@ private:
         }
     }
 
-    const QMap<QString, QString> m_texts{{"1", recipientsText(1)},     {"10", recipientsText(10)},
-                                         {"11", recipientsText(11)},   {"25", recipientsText(25)},
-                                         {"200", recipientsText(200)}, {"hard", hardTexts}};
+    const QMap<QString, QString> m_texts{{"1", recipientsText(1)},
+                                         {"25", recipientsText(25)},
+                                         {"200", recipientsText(200)},
+                                         {"hard", hardTexts}};
     QTemporaryDir m_folder;
 
 private Q_SLOTS:
@@ -138,10 +135,9 @@ private Q_SLOTS:
     void officeAcceptsThem() {
         const QString folder = QStringLiteral(KOPERTAL_SOURCE_DIR "/tests/document");
         const QString version = runCommand("node", {"--print", "process.versions.node"}).output;
-        if (version.section(u'.', 0, 0).toInt() < 20)
-            QSKIP("The validator needs node 20, which is not at hand.");
-        if (!QFileInfo::exists(folder + "/node_modules/@ooxml-tools/validate"))
-            QSKIP("The validator is not installed: run npm ci in tests/document.");
+        if (version.section(u'.', 0, 0).toInt() < 20 ||
+            !QFileInfo::exists(folder + "/node_modules/@ooxml-tools/validate"))
+            QSKIP("The validator needs node 20, and npm ci in tests/document.");
         const CommandResult result = runCommand(
             "node", {folder + "/validate.mjs", document("1"), document("hard"), document("25")});
         QVERIFY2(result.exitCode == 0, qPrintable(result.messages));

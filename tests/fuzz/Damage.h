@@ -34,21 +34,18 @@ private:
         const qsizetype at = below(size);
         const qsizetype length = below(64);
         const QByteArray& other = anyFile();
-        const QByteArray piece = other.mid(below(other.size()), length);
-        switch (below(6)) {
+        const qsizetype from = below(other.size());
+        switch (below(5)) {
         case 0:
             file = file.first(at) + other.mid(at);
             break;
         case 1:
             file.truncate(at);
             break;
-        case 2:
-            file.remove(at, length);
+        case 2: // which takes away or adds, too
+            file.replace(at, length, other.mid(from, below(64)));
             break;
         case 3:
-            file.insert(at, piece);
-            break;
-        case 4:
             file.replace(at, length, QByteArray(length, below(2) == 0 ? '\0' : '\xff'));
             break;
         default:
