@@ -23,7 +23,7 @@ bool printDocuments(const QStringList& documents, const QString& folder);
 /// The pages of a PDF file; none when it cannot be read.
 QList<PrintedPage> printedPages(const QString& pdf);
 
-/// The words that stand wholly inside `area`, line by line, joined without spaces: where a text
+/// The words that stand wholly inside `area`, as they are read, joined without spaces: where a text
 /// wraps is the word processor's business.
 QString textInside(const PrintedPage& page, const QRectF& area);
 

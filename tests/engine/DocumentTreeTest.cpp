@@ -1,11 +1,9 @@
 #include "engine/EngineError.h"
-#include "engine/PageBatches.h"
 #include "engine/PageDuplication.h"
 #include "engine/TemplateLayout.h"
 #include "engine/XmlTree.h"
 #include "tests/support/Xml.h"
 
-#include <QTemporaryFile>
 #include <QTest>
 
 using namespace kopertal;
@@ -13,7 +11,7 @@ using kopertal::test::rawXml;
 
 namespace {
 
-/// A shape named `id`; the empty texts leave out what they stand for.
+/// A shape named `id`.
 QByteArray shape(const QByteArray& id, const QByteArray& x, const QByteArray& y = "0",
                  const QByteArray& cy = "1", const QByteArray& text = {}) {
     return "<wps:wsp id='" + id + "'><wps:spPr><a:xfrm><a:off x='" + x + "' y='" + y +
@@ -53,25 +51,20 @@ private Q_SLOTS:
             {"<a b='&quot;&lt;&#10;'>&amp;&lt;&#x17c;</a>",
              "<a b=\"&quot;&lt;&#10;\">&amp;&lt;\u017c</a>"},
             {"<!DOCTYPE a [<!ENTITY f 'Firma'>]><a>&f;</a>", "<a>Firma</a>"},
+            {"<?xml version='1.0' encoding='UTF-8' standalone='yes'?><a/>",
+             "<?xml version=\"1.0\" encoding=\"UTF-8\" standalone=\"yes\"?><a/>"},
             {QByteArray("\xff\xfe<\0a\0>\0|\1<\0/\0a\0>\0", 18), "<a>\u017c</a>"}}; // UTF-16
         for (const auto& [xml, kept] : cases) {
             parse(xml);
-            QCOMPARE(rawXml(m_document), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + kept);
+            const bool isDeclared = kept.startsWith("<?xml ");
+            QCOMPARE(rawXml(m_document),
+                     (isDeclared ? "" : "<?xml version=\"1.0\" encoding=\"UTF-8\"?>") + kept);
         }
     }
 
-    void keepsTheDeclarationsStandalone() {
-        parse("<?xml version='1.0' encoding='UTF-8' standalone='yes'?><a/>");
-        QCOMPARE(m_document.first_child().attribute("standalone").value(), "yes");
-    }
-
     void loadsNoExternalEntity() {
-        QTemporaryFile secret;
-        QVERIFY(secret.open());
-        secret.write("SECRET");
-        secret.close();
-        const QByteArray url = "file://" + secret.fileName().toUtf8();
-        parse("<!DOCTYPE a [<!ENTITY x SYSTEM '" + url + "'>]><a>b&x;c</a>");
+        parse("<!DOCTYPE a [<!ENTITY x SYSTEM 'file://" KOPERTAL_SOURCE_DIR
+              "/README.md'>]><a>b&x;c</a>");
         QCOMPARE(rawXml(m_document.document_element()), "<a>bc</a>");
     }
 
@@ -98,81 +91,39 @@ private Q_SLOTS:
                                         "'>]><a>" + QByteArray("&e;").repeated(20'000) + "</a>",
                                     QByteArray(maxXmlBytes + 1, ' '),
                                     bomb + "]><a>&e29;</a>"};
-        const auto isRefused = [&](const QByteArray& xml) {
-            try {
-                parse(xml);
-                return false;
-            } catch (const FileError&) {
-                return true;
-            }
-        };
         for (const QByteArray& xml : cases)
-            QVERIFY2(isRefused(xml), xml.left(60));
-    }
-
-    void saysWhenTheRootIsMissing() {
-        for (const char* xml : {"", "<?xml version='1.0'?>\n", "<!-- nothing -->"}) {
-            try {
-                parse(xml);
-                QFAIL(xml);
-            } catch (const EngineError& error) {
-                QCOMPARE(error.what(), "Błąd parsowania XML: Brak root element");
-                QCOMPARE(error.kind(), EngineError::Case::xmlParseError);
-            }
-        }
-    }
-
-    void joinsTheTextsBelow() {
-        QCOMPARE(allText(parse("<p> <w:t> \u00a0a</w:t><r><w:t>b "
-                               "</w:t></r><w:x>no</w:x><w:t><![CDATA[c]]>\t</w:t></p>")),
-                 QString("ab c"));
+            QVERIFY_THROWS_EXCEPTION(FileError, parse(xml));
+        for (const char* rootless : {"", "<?xml version='1.0'?>\n", "<!-- nothing -->"})
+            QVERIFY_THROWS_EXCEPTION(EngineError, parse(rootless));
     }
 
     void readsGeometryStrictly() {
-        QHash<QByteArray, qint64> texts = {
-            {"42", 42}, {"+42", 42}, {"-42", -42}, {"9223372036854775807", INT64_MAX}};
-        for (const char* text : {"", " 42", "42 ", "+-42", "0x10", "4.5", "9223372036854775808"})
-            texts.insert(text, 0);
-        for (const auto& [text, value] : texts.asKeyValueRange()) {
-            const pugi::xml_node root =
-                parse("<r>" + shape("a", text, text, text) + "<wps:wsp/></r>");
-            for (const auto reader : {shapeX, shapeY, shapeCY}) {
-                QVERIFY2(reader(root.first_child()) == value, text);
-                QCOMPARE(reader(root.last_child()), 0); // nothing on the path
-            }
-        }
+        const std::pair<QByteArray, qint64> cases[] = {
+            {"42", 42},  {"+42", 42}, {"-42", -42}, {"9223372036854775807", INT64_MAX},
+            {"", 0},     {" 42", 0},  {"42 ", 0},   {"9223372036854775808", 0},
+            {"+-42", 0}, {"0x10", 0}, {"4.5", 0}};
+        for (const auto& [text, value] : cases)
+            QCOMPARE(shapeX(parse(shape("a", text))), value);
     }
 
     void findsGridsOfTwentyShapes() {
         const auto group = [](int count, const QByteArray& prefix) {
             QByteArray xml = "<wpg:wgp><nested>";
-            for (int i = 0; i < count; ++i) // bottom row first
+            for (int i = 0; i < count; ++i) // bottom row first, each two at one height
                 xml += shape(prefix + QByteArray::number(i), i % 2 ? "500000" : "499999",
-                             QByteArray::number(10 - i / 2));
+                             QByteArray::number(10 - i / 4));
             return xml + "</nested></wpg:wgp>";
         };
-        const pugi::xml_node root = parse("<r>" + group(19, "x") + group(20, "a") + group(21, "y") +
-                                          group(20, "b") + "</r>");
-        const std::vector<TextboxGrid> grids = findAllTextboxGrids(root);
+        const std::vector<TextboxGrid> grids = findAllTextboxGrids(parse(
+            "<r>" + group(19, "x") + group(20, "a") + group(21, "y") + group(20, "b") + "</r>"));
         QCOMPARE(grids.size(), size_t(2));
-        QCOMPARE(ids(grids[0].nameShapes), "a18 a16 a14 a12 a10 a8 a6 a4 a2 a0");
-        QCOMPARE(ids(grids[0].addressShapes), "a19 a17 a15 a13 a11 a9 a7 a5 a3 a1");
-        QCOMPARE(ids(grids[1].nameShapes), "b18 b16 b14 b12 b10 b8 b6 b4 b2 b0");
-        QVERIFY(findAllTextboxGrids(parse("<r>" + shape("a", "0") + "</r>")).empty());
-    }
-
-    void keepsTheOrderOfShapesAtOneHeight() {
-        QByteArray xml = "<wpg:wgp>";
-        for (int i = 0; i < 20; ++i)
-            xml += i < 18 ? shape(QByteArray::number(i), "0", "5") : "<wps:wsp id='none'/>";
-        const std::vector<TextboxGrid> grids = findAllTextboxGrids(parse(xml + "</wpg:wgp>"));
-        QCOMPARE(ids(grids.at(0).nameShapes),
-                 "none none 0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17");
-        QVERIFY(grids.at(0).addressShapes.empty());
+        QCOMPARE(ids(grids[0].nameShapes), "a16 a18 a12 a14 a8 a10 a4 a6 a0 a2");
+        QCOMPARE(ids(grids[0].addressShapes), "a17 a19 a13 a15 a9 a11 a5 a7 a1 a3");
+        QCOMPARE(ids(grids[1].nameShapes), "b16 b18 b12 b14 b8 b10 b4 b6 b0 b2");
     }
 
     void pairsTheSendersShapes() {
-        const QByteArray left = shape("left", "100", "0", "0", "t");
+        const QByteArray left = shape("left", "100", "0", "0", "<![CDATA[t]]>");
         const QByteArray right = shape("right", "3000000", "0", "0", "t");
         const QByteArray later = shape("later", "100", "0", "0", "t");
         const QByteArray blank = shape("blank", "200", "0", "0", " \t\u00a0");
@@ -206,78 +157,29 @@ private Q_SLOTS:
     }
 
     void repeatsThePage() {
-        const QByteArray page = "<w:p n='1'/><w:tbl/><w:p n='2'/><w:sectPr/>";
         const QByteArray turn = "<w:pPr><w:pageBreakBefore/></w:pPr>";
-        const struct {
-            QByteArray body;
-            int count;
-            QByteArray repeated;
-        } cases[] = {
-            {page, 1, page},
-            {page, 0, page},
-            {page, 3,
-             "<w:p n='1'/><w:tbl/><w:p n='2'/><w:p n='1'>" + turn +
-                 "</w:p><w:tbl/><w:p n='2'/>"
-                 "<w:p n='1'>" +
+        const std::pair<QByteArray, QByteArray> cases[] = {
+            {"<w:p n='1'/><w:tbl/><w:p n='2'/><w:sectPr/>",
+             "<w:p n='1'/><w:tbl/><w:p n='2'/>"
+             "<w:p n='1'>" +
                  turn + "</w:p><w:tbl/><w:p n='2'/><w:sectPr/>"},
-            {"<w:p><w:pPr><w:a/></w:pPr><w:r/></w:p>", 2, // after the properties that stand
+            {"<w:p><w:pPr><w:a/></w:pPr><w:r/></w:p>", // after the properties that stand
              "<w:p><w:pPr><w:a/></w:pPr><w:r/></w:p>"
              "<w:p><w:pPr><w:a/><w:pageBreakBefore/></w:pPr><w:r/></w:p>"},
-            {"<w:p>" + turn + "</w:p>", 2, // a second break beside the template's
-             "<w:p>" + turn +
-                 "</w:p><w:p><w:pPr><w:pageBreakBefore/><w:pageBreakBefore/></w:pPr></w:p>"},
-            {"<w:p>t<w:r/></w:p>", 2, "<w:p>t<w:r/></w:p><w:p>" + turn + "t<w:r/></w:p>"},
-            {"<w:tbl><w:p/></w:tbl><w:p/>", 2,
+            {"<w:p>t<w:r/></w:p>", "<w:p>t<w:r/></w:p><w:p>" + turn + "t<w:r/></w:p>"},
+            {"<w:tbl><w:p/></w:tbl><w:p/>",
              "<w:tbl><w:p/></w:tbl><w:p/><w:tbl><w:p/></w:tbl><w:p>" + turn + "</w:p>"},
-            {"<w:tbl/>", 2, "<w:tbl/><w:tbl/>"},
-            {"<!--c--><w:sectPr/>", 3, "<!--c--><w:sectPr/>"},
+            {"<w:tbl/>", "<w:tbl/><w:tbl/>"},
+            {"<!--c--><w:sectPr/>", "<!--c--><w:sectPr/>"},
             // Only elements are copied; one section moves to the end.
-            {"<!--c--><w:sectPr i='1'/><w:p/>t<w:sectPr i='2'/>", 2,
+            {"<!--c--><w:sectPr i='1'/><w:p/>t<w:sectPr i='2'/>",
              "<!--c--><w:p/>t<w:sectPr i='2'/><w:p>" + turn + "</w:p><w:sectPr i='1'/>"}};
-        for (auto [body, count, repeated] : cases) {
+        for (auto [body, repeated] : cases) {
             const pugi::xml_node root =
                 parse("<w:document><w:body>" + body + "</w:body></w:document>");
-            duplicatePages(root, count);
+            duplicatePages(root, 2);
             repeated.replace('\'', '"');
             QCOMPARE(rawXml(root), "<w:document><w:body>" + repeated + "</w:body></w:document>");
-        }
-    }
-
-    void batchesAreTheWhole() {
-        const QByteArray field = "<wps:wsp/>";
-        const QByteArray inside[] = {
-            "<w:body><w:p n='1'>" + field + "</w:p><w:tbl/><w:p n='2'/><w:sectPr/></w:body>",
-            "<w:body><!--c--><w:sectPr i='1'/><w:p/>t<w:sectPr i='2'/>" + field + "</w:body>",
-            "<w:body><w:p/><w:sectPr>" + field + "</w:sectPr></w:body>",
-            "<w:x>" + field + "</w:x><w:body><w:p/></w:body>", // a field outside the page
-            "<w:body><w:tbl/></w:body>",
-            "<w:body/>"};
-        for (const QByteArray& content : inside) {
-            for (const int count : {1, 15, 16, 17, 32, 33, 100}) {
-                pugi::xml_node root = parse("<w:document>" + content + "</w:document>");
-                duplicatePages(root, count);
-                const size_t fields = descendants(root, "wps:wsp").size();
-                QByteArray whole;
-                for (const pugi::xml_node& child : root.child("w:body").children())
-                    whole += rawXml(child);
-
-                root = parse("<w:document>" + content + "</w:document>");
-                pugi::xml_node body = root.child("w:body");
-                QByteArray written;
-                size_t found = 0;
-                PageBatches batches(root, count);
-                for (;;) {
-                    found += descendants(root, "wps:wsp").size();
-                    for (const pugi::xml_node& child : body.children())
-                        written += rawXml(child);
-                    if (!batches.hasNext())
-                        break;
-                    body.remove_children();
-                    batches.next();
-                }
-                QCOMPARE(written, whole);
-                QCOMPARE(found, fields);
-            }
         }
     }
 };

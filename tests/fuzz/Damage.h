@@ -15,7 +15,7 @@ public:
     Damage(QList<QByteArray> files, unsigned seed) : m_random(seed), m_files(std::move(files)) {}
 
     QByteArray next() {
-        QByteArray file = m_files[below(m_files.size())];
+        QByteArray file = anyFile();
         for (auto count = below(3); count >= 0; --count)
             change(file);
         return file;
@@ -26,38 +26,31 @@ private:
         return static_cast<qsizetype>(m_random() %
                                       static_cast<size_t>(std::max<qsizetype>(1, end)));
     }
-    char byte() { return static_cast<char>(m_random()); }
+    const QByteArray& anyFile() { return m_files.at(below(m_files.size())); }
 
     void change(QByteArray& file) {
         // Headers are where most goes wrong; what comes later gets farther.
         const qsizetype size = below(3) > 0 ? file.size() : std::min<qsizetype>(file.size(), 512);
         const qsizetype at = below(size);
-        const qsizetype length = std::min(file.size() - at, 1 + below(64));
-        switch (below(7)) {
+        const qsizetype length = below(64);
+        const QByteArray& other = anyFile();
+        const qsizetype from = below(other.size());
+        switch (below(5)) {
         case 0:
-            for (qsizetype i = below(16); i >= 0 && !file.isEmpty(); --i)
-                file[below(size)] = byte();
+            file = file.first(at) + other.mid(at);
             break;
         case 1:
             file.truncate(at);
             break;
-        case 2:
-            file.remove(at, length);
+        case 2: // which takes away or adds, too
+            file.replace(at, length, other.mid(from, below(64)));
             break;
         case 3:
-            file.insert(at, file.mid(below(file.size()), length));
-            break;
-        case 4:
             file.replace(at, length, QByteArray(length, below(2) == 0 ? '\0' : '\xff'));
             break;
-        case 5:
-            if (!file.isEmpty())
-                file[at] = static_cast<char>(file[at] ^ (1 << below(8)));
-            break;
-        default: {
-            const QByteArray other = m_files[below(m_files.size())];
-            file = file.first(at) + other.mid(std::min(at, other.size()));
-        }
+        default:
+            for (qsizetype i = below(16); i >= 0 && !file.isEmpty(); --i)
+                file[below(size)] = static_cast<char>(m_random());
         }
     }
 

@@ -3,9 +3,9 @@
 // noticed.
 #include "tests/fuzz/Damage.h"
 #include "tests/fuzz/FuzzTarget.h"
+#include "tests/support/Files.h"
 
 #include <QDir>
-#include <QFile>
 
 namespace {
 
@@ -22,9 +22,7 @@ int main(int argc, char** argv) {
     const QDir corpus(QFile::decodeName(argv[2]));
     QList<QByteArray> files;
     for (const QString& name : corpus.entryList(QDir::Files, QDir::Name)) {
-        QFile file(corpus.filePath(name));
-        require(file.open(QIODevice::ReadOnly), "the corpus can be read");
-        files << file.readAll();
+        files << kopertal::test::contentsOf(corpus.filePath(name));
         run(files.last(), qPrintable(name));
     }
     require(!files.isEmpty(), "the corpus is not empty");

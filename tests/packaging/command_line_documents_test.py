@@ -14,18 +14,18 @@ PACKAGING = Path(__file__).parents[2] / 'packaging'
 OPTION = re.compile(r'(?<![\w-])(--?[a-z][a-z-]*)')
 
 
+def output_of(*command, **options):
+    return subprocess.run(command, capture_output=True, text=True, check=True, **options)
+
+
 def help_of(*command):
-    return subprocess.run([PROGRAM, *command, '--help'], capture_output=True, text=True,
-                          check=True).stdout
+    return output_of(PROGRAM, *command, '--help').stdout
 
 
 def options_of(*command):
     """Those at the starts of lines: '  -o FOLDER', '  -h, --help', '      --json'."""
-    found = set()
-    for line in help_of(*command).splitlines():
-        if line.startswith('  ') and line.lstrip().startswith('-'):
-            found |= set(OPTION.findall(re.split(r' {2,}', line.strip())[0]))
-    return found
+    starts = re.findall(r'^ +(-.*?)(?:  |$)', help_of(*command), re.MULTILINE)
+    return set(OPTION.findall(' '.join(starts)))
 
 
 COMMANDS = {}
@@ -42,33 +42,24 @@ class CommandLineDocumentsTest(unittest.TestCase):
         self.assertIn('-o', COMMANDS['generate'])
         self.assertEqual(COMMANDS['track'], {'-h', '--help', '--json', '--verbose'})
 
-    def test_manuals_describe_every_option_of_every_command_and_no_other(self):
+    def test_manuals(self):
         common = options_of()
-        for manual in sorted(PACKAGING.glob('man/*.1')):
-            text = manual.read_text().replace('\\-', '-')
-            sections = dict(re.findall(r'^\.SS (\w+)\n(.*?)(?=^\.S[SH] )', text, re.M | re.S))
-            self.assertEqual(sorted(sections), sorted(COMMANDS))
-            for name, options in COMMANDS.items():
-                with self.subTest(manual=manual.name, command=name):
-                    described = re.findall(r'^\.TP\n\.BI? (--?[a-z-]+)', sections[name], re.M)
-                    self.assertEqual(set(described), options - common)
-
-    def test_manuals_name_the_environment(self):
         listed = help_of('track').split('Zmienne środowiska:\n')[1]
         variables = re.findall(r'\w+', ' '.join(line[:29] for line in listed.splitlines()))
         self.assertIn('no_proxy', variables)
-        for manual in sorted(PACKAGING.glob('man/*.1')):
-            for variable in variables:
-                self.assertIn(variable, manual.read_text())
+        manuals = list(PACKAGING.glob('man/*.1'))
+        self.assertEqual(len(manuals), 2)
+        for manual in manuals:
+            text = manual.read_text().replace('\\-', '-')
+            self.assertEqual([name for name in variables if name not in text], [], manual)
+            sections = dict(re.findall(r'^\.SS (\w+)\n(.*?)(?=^\.S[SH] )', text, re.M | re.S))
+            described = {name: set(re.findall(r'^\.TP\n\.BI? (--?[a-z-]+)', section, re.M))
+                         for name, section in sections.items()}
+            self.assertEqual(described, {name: options - common for name, options in COMMANDS.items()})
+            groff = output_of('groff', '-man', '-Kutf8', '-Tutf8', '-ww', manual)
+            self.assertEqual(groff.stderr, '')
 
-    def test_manuals_are_clean(self):
-        for manual in sorted(PACKAGING.glob('man/*.1')):
-            with self.subTest(manual=manual.name):
-                groff = subprocess.run(['groff', '-man', '-Kutf8', '-Tutf8', '-ww', manual],
-                                       capture_output=True, text=True, check=True)
-                self.assertEqual(groff.stderr, '')
-
-    def complete_in_bash(self, *words):
+    def test_bash_completes(self):
         script = '''
             source /usr/share/bash-completion/bash_completion
             source "$1/completion/kopertal.bash"
@@ -76,16 +67,11 @@ class CommandLineDocumentsTest(unittest.TestCase):
             COMP_WORDS=("$@") COMP_CWORD=$(($# - 1)) COMP_LINE="$*" COMP_POINT=${#COMP_LINE}
             _kopertal
             printf '%s\\n' "${COMPREPLY[@]}"'''
-        with tempfile.TemporaryDirectory() as folder:
-            for name in ['adresy.txt', 'zdjecie.HEIC', 'inny.pdf']:
-                Path(folder, name).touch()
-            Path(folder, 'zapis').mkdir()
-            answer = subprocess.run(['bash', '-c', script, 'bash', PACKAGING, 'kopertal', *words],
-                                    cwd=folder, capture_output=True, text=True, check=True)
-        self.assertEqual(answer.stderr, '')
-        return set(answer.stdout.split())
-
-    def test_bash_completes(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        for name in ['adresy.txt', 'zdjecie.HEIC', 'inny.pdf']:
+            Path(folder.name, name).touch()
+        Path(folder.name, 'zapis').mkdir()
         for words, expected in [
                 (['--'], options_of() - {'-h'}),
                 ([''], {*COMMANDS, 'adresy.txt', 'zapis'}),
@@ -97,25 +83,23 @@ class CommandLineDocumentsTest(unittest.TestCase):
                 (['serve', '--port', ''], set()),
                 *([[name, '-'], options - {'-h'}] for name, options in COMMANDS.items())]:
             with self.subTest(words=words):
-                self.assertEqual(self.complete_in_bash(*words), expected)
+                answer = output_of('bash', '-c', script, 'bash', PACKAGING, 'kopertal', *words,
+                                   cwd=folder.name)
+                self.assertEqual((set(answer.stdout.split()), answer.stderr), (expected, ''))
 
     @unittest.skipUnless(shutil.which('fish'), 'no fish')
     def test_fish_completes(self):
         for name, options in COMMANDS.items():
-            with self.subTest(command=name):
-                answer = subprocess.run(
-                    ['fish', '--no-config', '-c', f'source {PACKAGING}/completion/kopertal.fish; '
-                     f'complete -C "kopertal {name} -"'], capture_output=True, text=True, check=True)
-                self.assertEqual({line.split('\t')[0] for line in answer.stdout.splitlines()}, options)
+            answer = output_of('fish', '--no-config', '-c', f'source {PACKAGING}/completion/kopertal.fish; '
+                               f'complete -C "kopertal {name} -"')
+            self.assertEqual({line.split('\t')[0] for line in answer.stdout.splitlines()}, options)
 
     def test_zsh_knows_every_option(self):
         text = (PACKAGING / 'completion' / '_kopertal').read_text()
-        branches = dict(re.findall(r'^    (\w+)\)\n(.*?);;', text, re.M | re.S))
-        self.assertEqual(sorted(branches), sorted(COMMANDS))
-        for name, options in COMMANDS.items():
-            with self.subTest(command=name):
-                offered = set(re.findall(r"^ *'(?:\([^)]*\))?(--?[a-z-]+)", branches[name], re.M))
-                self.assertEqual(offered, options - {'-h', '--help'})
+        branches = re.findall(r'^    (\w+)\)\n(.*?);;', text, re.M | re.S)
+        offered = {name: set(re.findall(r"^ *'(?:\([^)]*\))?(--?[a-z-]+)", branch, re.M))
+                   for name, branch in branches}
+        self.assertEqual(offered, {name: options - {'-h', '--help'} for name, options in COMMANDS.items()})
 
 
 if __name__ == '__main__':
