@@ -13,21 +13,16 @@ namespace kopertal::test {
 class StandInPrinter {
 public:
     StandInPrinter() {
-        const QString here = m_folder.path();
-        addProgram(QStringLiteral("lpstat"),
-                   QStringLiteral("[ \"$1\" = -e ] && exec /bin/cat '%1/printers'\n"
-                                  "echo 'system default destination: '$(/bin/cat '%1/default')\n")
-                       .arg(here));
-        addProgram(QStringLiteral("lp"),
-                   QStringLiteral("job='%1'/job-$(echo '%1'/job-* | /usr/bin/wc -w)\n"
-                                  "/bin/mkdir \"$job\"\n"
-                                  "printf '%s\\0' \"$@\" >\"$job/arguments\"\n"
-                                  "for file; do :; done\n"
-                                  "/bin/cp \"$file\" \"$job/pdf\"\n")
-                       .arg(here));
-        write(QStringLiteral("job-"), {}); // so that the pattern always matches
-        setPrinters({QStringLiteral("Biuro")}, QStringLiteral("Biuro"));
-        QDir(here).mkdir(QStringLiteral("tmp"));
+        for (const char* folder : {"bin", "tmp", "jobs"})
+            QDir(m_folder.path()).mkdir(folder);
+        addProgram("lpstat", "[ \"$1\" = -e ] && exec /bin/cat '%1/printers'\n"
+                             "echo 'system default destination: '$(/bin/cat '%1/default')\n");
+        addProgram("lp", "job='%1'/jobs/$(($(/bin/ls '%1/jobs' | /usr/bin/wc -l) + 1))\n"
+                         "/bin/mkdir \"$job\"\n"
+                         "printf '%s\\0' \"$@\" >\"$job/arguments\"\n"
+                         "for file; do :; done\n"
+                         "/bin/cp \"$file\" \"$job/pdf\"\n");
+        setPrinters({"Biuro"}, "Biuro");
         qputenv("PATH", QFile::encodeName(programs()) + ':' + m_path);
         qputenv("TMPDIR", QFile::encodeName(temporary()));
     }
@@ -37,42 +32,36 @@ public:
     }
 
     void setPrinters(const QStringList& names, const QString& preferred) const {
-        write(QStringLiteral("printers"), (names.join(u'\n') + u'\n').toUtf8());
-        write(QStringLiteral("default"), preferred.toUtf8());
+        writeFile(m_folder.filePath("printers"), (names.join(u'\n') + u'\n').toUtf8());
+        writeFile(m_folder.filePath("default"), preferred.toUtf8());
     }
 
-    /// A program of that name, of shell commands, before all others.
-    void addProgram(const QString& name, const QString& commands) const {
-        QDir(m_folder.path()).mkpath(QStringLiteral("bin"));
-        write(QStringLiteral("bin/") + name, "#!/bin/sh\n" + commands.toUtf8());
-        QFile::setPermissions(programs() + u'/' + name, QFile::Permissions(0x7700));
+    /// A program of that name, of shell commands, before all others; "%1" is the folder of all.
+    void addProgram(const QString& name, QString commands) const {
+        commands.replace("%1", m_folder.path());
+        const QString path = writeFile(programs() + u'/' + name, "#!/bin/sh\n" + commands.toUtf8());
+        QFile::setPermissions(path, QFile::Permissions(0x7700));
     }
     /// Where the stand-ins are, and the temporary files.
-    QString programs() const { return m_folder.filePath(QStringLiteral("bin")); }
-    QString temporary() const { return m_folder.filePath(QStringLiteral("tmp")); }
+    QString programs() const { return m_folder.filePath("bin"); }
+    QString temporary() const { return m_folder.filePath("tmp"); }
     QStringList leftBehind() const {
         return QDir(temporary()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot);
     }
 
     /// The jobs that came, counted from 1.
     int jobs() const {
-        return static_cast<int>(
-            QDir(m_folder.path()).entryList({QStringLiteral("job-?*")}, QDir::Dirs).size());
+        const QDir jobs(m_folder.filePath("jobs"));
+        return static_cast<int>(jobs.entryList(QDir::Dirs | QDir::NoDotAndDotDot).size());
     }
-    QString pdf(int job) const { return m_folder.filePath(QStringLiteral("job-%1/pdf").arg(job)); }
+    QString pdf(int job) const { return m_folder.filePath(QString("jobs/%1/pdf").arg(job)); }
     /// Without the file, which is last.
     QStringList arguments(int job) const {
-        const QStringList all =
-            QString::fromUtf8(contentsOf(m_folder.filePath(QString("job-%1/arguments").arg(job))))
-                .split(u'\0');
-        return all.size() < 2 ? QStringList() : all.first(all.size() - 2);
+        const QByteArray all = contentsOf(m_folder.filePath(QString("jobs/%1/arguments").arg(job)));
+        return QString::fromUtf8(all.left(all.lastIndexOf('\0', -2))).split(u'\0');
     }
 
 private:
-    void write(const QString& name, const QByteArray& bytes) const {
-        writeFile(m_folder.filePath(name), bytes);
-    }
-
     QTemporaryDir m_folder;
     QByteArray m_path = qgetenv("PATH");
     QByteArray m_temporary = qgetenv("TMPDIR");

@@ -17,8 +17,12 @@ QByteArray feedOf(const QByteArray& items) {
            items + "]}";
 }
 
-QByteArray entry(const QByteArray& version, const QByteArray& page = "https://example.invalid/",
-                 const QByteArray& notes = "Nowości") {
+QList<Release> releasesOf(const QByteArray& items) {
+    return readUpdateFeed(feedOf(items)).value();
+}
+
+QByteArray entry(const QByteArray& version, const QByteArray& notes = "Nowości",
+                 const QByteArray& page = "https://example.invalid/") {
     return json("{'id': '" + version + "', 'url': '" + page + "', 'content_text': '" + notes +
                 "'}");
 }
@@ -30,41 +34,32 @@ class UpdateFeedTest : public QObject {
 
 private Q_SLOTS:
     void versionsHaveAnOrder() {
-        const QStringList ascending =
-            QStringLiteral("0.9 1 1.0.1-alpha 1.0.1-alpha.1 1.0.1-alpha.beta 1.0.1-beta.2 "
-                           "1.0.1-beta11 1.0.1-RC1 1.0.1-rc2 1.0.1 v1.0.1+7 1.0.1+10 1.2 1.9.99 "
-                           "1.10 2.0-1 2 10.0.0.1 18446744073709551616 99999999999999999999999")
-                .split(u' ');
-        for (qsizetype a = 0; a < ascending.size(); ++a) {
-            for (qsizetype b = 0; b < ascending.size(); ++b) {
-                const auto first = parseVersion(ascending[a]);
-                const auto second = parseVersion(ascending[b]);
-                QVERIFY2(first && second, qPrintable(ascending[a]));
-                QVERIFY2(compareVersions(*first, *second) == (a <=> b),
-                         qPrintable(ascending[a] + u' ' + ascending[b]));
-            }
+        const QString ascending =
+            "0=0.0.0 0.9 1=1.0.0=1+git.abc 1.0.1-alpha 1.0.1-alpha.1 1.0.1-alpha.beta 1.0.1-beta.2 "
+            "1.0.1-beta11 1.0.1-RC1=1.0.1-rc.01 1.0.1-rc2 1.0.1 v1.0.1+7 1.0.1+10 1.2=v1.02 1.9.99 "
+            "1.10 2.0-1 2 10.0.0.1 18446744073709551616 99999999999999999999999";
+        QList<std::pair<int, QString>> versions;
+        int place = 0;
+        for (const QString& equal : ascending.split(u' ')) {
+            ++place;
+            for (const QString& text : equal.split(u'='))
+                versions << std::pair(place, text);
+        }
+        for (const auto& [placeA, a] : versions) {
+            for (const auto& [placeB, b] : versions)
+                QVERIFY2(compareVersions(parseVersion(a).value(), parseVersion(b).value()) ==
+                             (placeA <=> placeB),
+                         qPrintable(a + u' ' + b));
         }
     }
 
-    void versionsAreEqual() {
-        const std::pair<QString, QString> cases[] = {{"1.0.0", "1"},
-                                                     {"1.02", "v1.2"},
-                                                     {"0", "0.0.0"},
-                                                     {"1+git.abc", "1"}, // no number
-                                                     {"1-rc.01", "1-rc1"}};
-        for (const auto& [a, b] : cases)
-            QVERIFY2(std::is_eq(compareVersions(parseVersion(a).value(), parseVersion(b).value())),
-                     qPrintable(a));
-    }
-
     void otherTextsAreNoVersions() {
-        QStringList texts{QString(65, u'1'), QStringLiteral("1") + QChar(0) + u'2'};
         for (const char* text :
              {"", "v", "1.", ".1", "1..2", "1.2 ", " 1", "1\n", "-1", "1-", "1+", "1.2beta", "1,2",
               "latest", "1.2-ż", "1.2-a..b", "0x1", "1e9", "١.٢"})
-            texts << text;
-        for (const QString& text : texts)
-            QVERIFY2(!parseVersion(text), qPrintable(text));
+            QVERIFY2(!parseVersion(QString(text)), text);
+        QVERIFY(!parseVersion(QString(65, u'1')));
+        QVERIFY(!parseVersion(QString("1") + QChar(0) + u'2'));
     }
 
     void updatesAreOffered() {
@@ -78,32 +73,34 @@ private Q_SLOTS:
                      {"2.0-beta.1", {"2.0-beta.2", "1.9"}, "2.0-beta.2"}, // to who has one
                      {"2.0-rc1", {"2.0"}, "2.0"},
                      {"1.1+40", {"1.1+41"}, "1.1+41"},
-                     {"1.1", {"1.1+41"}, ""}, // one's own build is unknown
-                     {"1.1", {}, ""}};
+                     {"1.1", {"1.1+41"}, ""}}; // one's own build is unknown
         for (const auto& [own, feed, offered] : cases) {
             QByteArrayList entries;
             for (const QByteArray& version : feed)
                 entries << entry(version);
-            const auto releases = readUpdateFeed(feedOf(entries.join(',')));
-            QVERIFY(releases);
-            const auto update = newestUpdate(*releases, parseVersion(own).value());
+            const auto update =
+                newestUpdate(releasesOf(entries.join(',')), parseVersion(own).value());
             QCOMPARE(update ? update->versionText : QString(), offered);
         }
     }
 
-    void entriesWithoutASafeAddressAreLeftOut() {
-        const auto isTaken = [](const QByteArray& page) {
-            return !readUpdateFeed(feedOf(entry("2.0", page))).value().isEmpty();
-        };
+    void unsoundEntriesAreLeftOut() {
         for (const char* page : {"https://example.invalid/a?b#c", "HTTPS://EXAMPLE.INVALID"})
-            QVERIFY2(isTaken(page), page);
+            QVERIFY2(releasesOf(entry("2.0", {}, page)).size() == 1, page);
+        QByteArrayList items{entry("2.0", {}, "https://example.invalid/" + QByteArray(2000, 'a'))};
+        for (const char* item :
+             {"null", "7", "[]", "{}", "{'id': 2, 'url': 'https://example.invalid/'}",
+              "{'id': 'latest', 'url': 'https://example.invalid/'}", "{'id': '9.9', 'url': {}}",
+              "{'id': '9.8', 'url': ['https://example.invalid/']}"})
+            items << json(item);
         for (const char* page :
              {"http://example.invalid/", "file:///etc/passwd", "javascript:alert(1)", "//a/b",
               "https:/a", "https:", "https://", "", "/a", "https://bank.pl@example.invalid/",
               "https://exa mple.invalid/", "data:text/html,x", "https://[1/", "mailto:a@b",
               " https://example.invalid/"})
-            QVERIFY2(!isTaken(page), page);
-        QVERIFY(!isTaken("https://example.invalid/" + QByteArray(2000, 'a')));
+            items << entry("2.0", {}, page);
+        for (const QByteArray& item : items)
+            QVERIFY2(releasesOf(item + ',' + entry("1.5")).size() == 1, item);
     }
 
     void notesAreBoundedPlainText() {
@@ -117,60 +114,33 @@ private Q_SLOTS:
             {QByteArray("x\\n").repeated(5000),
              QStringLiteral("x\n").repeated(200).chopped(1) + u'…'},
             {" \\n\\t\\u00a0", ""}};
-        for (const auto& [notes, shown] : cases) {
-            const auto releases =
-                readUpdateFeed(feedOf(entry("2.0", "https://example.invalid/", notes)));
-            QVERIFY(releases);
-            QCOMPARE(releases->value(0).notes, shown);
-        }
+        for (const auto& [notes, shown] : cases)
+            QCOMPARE(releasesOf(entry("2.0", notes)).value(0).notes, shown);
     }
 
     void otherAnswersAreNoFeeds() {
         const QByteArray answers[] = {
             "",
             "<!DOCTYPE html><title>502</title>",
-            "<rss version=\"2.0\"/>",
             json("{'items': []}"),
             json("{'version': 'https://jsonfeed.org/version/1', 'items': {}}"),
             feedOf(entry("2.0")).replace("version/1.1", "version/2"),
             "[]",
             feedOf(entry("2.0")).chopped(2),
-            feedOf(entry("2.0", "https://a.invalid/", "\xC3\x28")),
+            feedOf(entry("2.0", "\xC3\x28")),
             feedOf(QByteArray(100'000, '[') + QByteArray(100'000, ']')),
             feedOf(entry("2.0")) + QByteArray(maxFeedBytes, ' ')};
         for (const QByteArray& bytes : answers)
             QVERIFY2(!readUpdateFeed(bytes), bytes.first(qMin<qsizetype>(bytes.size(), 60)));
     }
 
-    void oddEntriesDoNotSpoilTheOthers() {
-        const QByteArrayList odd{"null",
-                                 "7",
-                                 "[]",
-                                 "{}",
-                                 json("{'id': 2, 'url': 'https://example.invalid/'}"),
-                                 json("{'id': '9.9', 'url': {}}"),
-                                 entry("latest"),
-                                 json("{'id': '9.8', 'url': ['https://example.invalid/']}"),
-                                 json("{'id': '1.5', 'url': 'https://example.invalid/'}")};
-        const auto releases = readUpdateFeed(feedOf(odd.join(',')));
-        QVERIFY(releases);
-        QCOMPARE(releases->size(), 1);
-        QCOMPARE(releases->front().versionText, QStringLiteral("1.5"));
-        QVERIFY(releases->front().notes.isEmpty());
-    }
-
     /// Within a frame or two of the window, whose thread reads it.
     void aFullFeedIsReadAtOnce() {
         QByteArrayList entries;
-        for (int number = 0; feedOf(entries.join(',')).size() < qsizetype(maxFeedBytes) - 200;
-             number += 100) {
-            for (int more = 0; more < 100; ++more)
-                entries << entry(QByteArray("1.") + QByteArray::number(number + more));
-        }
-        while (feedOf(entries.join(',')).size() > qsizetype(maxFeedBytes))
-            entries.removeLast();
+        for (int number = 0; number < 3200; ++number)
+            entries << entry("1." + QByteArray::number(number));
         const QByteArray bytes = feedOf(entries.join(','));
-        QVERIFY(entries.size() > 1000);
+        QVERIFY(bytes.size() > 240'000);
         QElapsedTimer clock;
         clock.start();
         const auto releases = readUpdateFeed(bytes);

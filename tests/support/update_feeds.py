@@ -7,7 +7,7 @@ KIND = "application/feed+json"
 
 def feed(*versions):
     items = [{"id": version, "url": f"https://kopertal.example/{version}", "title": version,
-              "content_text": f"Nowości w {version}"} for version in versions]
+              "content_text": f"<b>Nowości</b> w {version}"} for version in versions]
     return 200, KIND, json.dumps({"version": "https://jsonfeed.org/version/1.1",
                                   "title": "Kopertal", "items": items}).encode()
 
