@@ -17,10 +17,6 @@ void checkDecision(std::string_view bytes) {
         require(upload->length >= 1 && upload->length <= maxUploadBytes, "its length is in bounds");
         require(upload->bodyStart == bytes.substr(end + 4), "its body begins after the header");
     }
-    if (const Answer* answer = std::get_if<Answer>(&decision)) {
-        require(*answer != Answer::accepted, "nothing is accepted unread");
-        require(answerBytes(*answer, {}).starts_with("HTTP/1.1 "), "an answer is HTTP");
-    }
     if (isReadable)
         require(decide(bytes.substr(0, end + 4)).index() == decision.index(),
                 "what follows the header decides nothing");

@@ -4,12 +4,10 @@
 #include "scan/ConnectionLoop.h"
 #include "tests/scan/RandomRequest.h"
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <mutex>
-#include <string>
 #include <thread>
 #include <vector>
 
@@ -36,18 +34,6 @@ private:
     std::vector<ReceivedPhoto> m_photos;
 };
 
-/// Clients that make requests all at once, each in a thread; counts the uploads that were accepted.
-std::vector<std::jthread> startClients(int count, int requests, std::uint16_t port,
-                                       std::atomic<int>& accepted) {
-    std::vector<std::jthread> clients;
-    for (int seed = 0; seed < count; ++seed)
-        clients.emplace_back([=, &accepted, random = std::mt19937(seed)]() mutable {
-            for (int i = 0; i < requests; ++i)
-                accepted += makeRandomRequest(port, random) ? 1 : 0;
-        });
-    return clients;
-}
-
 bool deliversEverything() {
     Inbox inbox;
     ServerLimits limits;
@@ -55,6 +41,7 @@ bool deliversEverything() {
     limits.connections = 16;
     ConnectionLoop loop({"scan", "pair", "{}", "sw"}, limits,
                         [&](ReceivedPhoto photo) { inbox.add(std::move(photo)); });
+    const std::uint16_t port = loop.listen(0).value_or(0);
     int received = 0;
     std::jthread reader([&](const std::stop_token& end) {
         while (!end.stop_requested()) {
@@ -64,7 +51,13 @@ bool deliversEverything() {
         }
     });
     std::atomic<int> accepted = 0;
-    startClients(6, 150, loop.listen(0).value_or(0), accepted); // until they are done
+    std::vector<std::jthread> clients;
+    for (unsigned seed = 0; seed < 6; ++seed)
+        clients.emplace_back([&, random = std::mt19937(seed)]() mutable {
+            for (int i = 0; i < 150; ++i)
+                accepted += makeRandomRequest(port, random) ? 1 : 0;
+        });
+    clients.clear(); // waits for them
     std::this_thread::sleep_for(100ms);
     reader.request_stop();
     reader.join();
@@ -75,13 +68,15 @@ bool deliversEverything() {
 /// Servers that listen anew, stop and go while clients are at work, photos outliving them.
 void comeAndGoUnderLoad() {
     Inbox inbox;
-    std::atomic<int> accepted = 0;
     for (int round = 0; round < 10; ++round) {
         std::vector<std::jthread> clients; // outlive the server in every other round
         ConnectionLoop loop({}, {}, [&](ReceivedPhoto photo) { inbox.add(std::move(photo)); });
         for (int i = 0; i < 3; ++i)
-            std::ranges::move(startClients(1, 20, loop.listen(0).value_or(0), accepted),
-                              std::back_inserter(clients));
+            clients.emplace_back([port = loop.listen(0).value_or(0)] {
+                std::mt19937 random(port);
+                for (int k = 0; k < 20; ++k)
+                    makeRandomRequest(port, random);
+            });
         std::this_thread::sleep_for(5ms * round);
         loop.stopListening();
         if (round % 2 == 0)
