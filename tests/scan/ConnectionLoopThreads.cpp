@@ -17,35 +17,27 @@ using namespace std::chrono_literals;
 
 namespace {
 
-/// What the main thread is in the program: takes photos later, and lets them go on another thread.
-class Inbox {
-public:
-    void add(ReceivedPhoto photo) {
-        const std::lock_guard lock(m_mutex);
-        m_photos.push_back(std::move(photo));
-    }
-    std::vector<ReceivedPhoto> takeAll() {
-        const std::lock_guard lock(m_mutex);
-        return std::exchange(m_photos, {});
-    }
-
-private:
-    std::mutex m_mutex;
-    std::vector<ReceivedPhoto> m_photos;
-};
-
 bool deliversEverything() {
-    Inbox inbox;
     ServerLimits limits;
     limits.heldBytes = 200'000; // so that uploads wait for room
     limits.connections = 16;
-    ConnectionLoop loop({"scan", "pair", "{}", "sw"}, limits,
-                        [&](ReceivedPhoto photo) { inbox.add(std::move(photo)); });
+    std::mutex mutex;
+    std::vector<ReceivedPhoto> inbox;
+    ConnectionLoop loop({"scan", "pair", "{}", "sw"}, limits, [&](ReceivedPhoto photo) {
+        const std::lock_guard lock(mutex);
+        inbox.push_back(std::move(photo));
+    });
     const std::uint16_t port = loop.listen(0).value_or(0);
     int received = 0;
+    // What the main thread is in the program: takes photos later, and lets them go.
     std::jthread reader([&](const std::stop_token& end) {
         while (!end.stop_requested()) {
-            for (const ReceivedPhoto& photo : inbox.takeAll())
+            std::vector<ReceivedPhoto> photos;
+            {
+                const std::lock_guard lock(mutex);
+                photos.swap(inbox);
+            }
+            for (const ReceivedPhoto& photo : photos)
                 received += photo.whole().find_first_not_of('x') == std::string_view::npos ? 1 : 0;
             std::this_thread::sleep_for(1ms);
         }
@@ -67,10 +59,10 @@ bool deliversEverything() {
 
 /// Servers that listen anew, stop and go while clients are at work, photos outliving them.
 void comeAndGoUnderLoad() {
-    Inbox inbox;
+    std::vector<ReceivedPhoto> photos;
     for (int round = 0; round < 10; ++round) {
         std::vector<std::jthread> clients; // outlive the server in every other round
-        ConnectionLoop loop({}, {}, [&](ReceivedPhoto photo) { inbox.add(std::move(photo)); });
+        ConnectionLoop loop({}, {}, [&](const ReceivedPhoto& photo) { photos.push_back(photo); });
         for (int i = 0; i < 3; ++i)
             clients.emplace_back([port = loop.listen(0).value_or(0)] {
                 std::mt19937 random(port);
