@@ -130,12 +130,12 @@ private Q_SLOTS:
 
     void seesEqualCodesEach() {
         const CodeText twice{"Code128", "RR473124829PL"};
-        const RegisterPhoto shot = makeScreenshot({twice, {"Code39", "ABC-1234"}, twice});
+        const RegisterPhoto shot = makeScreenshot({twice, twice, {"Code39", "ABC-1234"}});
         const QImage picture = decodePhoto(shot.jpeg);
         // From the top, or from the left where they stand beside each other.
         for (const QImage& each : {picture, picture.transformed(QTransform().rotate(-90))})
             QCOMPARE(detectBarcodesStatic(each).result(),
-                     QStringList({"RR473124829PL", "ABC-1234", "RR473124829PL"}));
+                     QStringList({"RR473124829PL", "RR473124829PL", "ABC-1234"}));
         QCOMPARE(recognizePhoto(shot.jpeg).entries(),
                  QList<ScannedEntry>({{"ABC-1234", {}}, {"RR473124829PL", {}}}));
     }
