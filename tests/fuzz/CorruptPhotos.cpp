@@ -1,4 +1,4 @@
-// CorruptPhotos PROGRAM SEED SECONDS|PHOTOSx
+// CorruptPhotos PROGRAM SEED PHOTOS
 //
 // Damages photos of every format and hands them to the program's recognition process, the real one.
 // A library that ends the process is a handled outcome. Findings are: a process that hangs, a
@@ -6,17 +6,15 @@
 // is kept as a file in the working directory.
 #include "scan/PhotoResult.h"
 #include "tests/fuzz/Damage.h"
+#include "tests/support/Files.h"
 #include "tests/support/photo/RegisterPhoto.h"
 
 #include <QCoreApplication>
-#include <QDirIterator>
-#include <QElapsedTimer>
-#include <QFile>
-#include <QMap>
+#include <QDir>
 #include <QProcess>
-#include <QTextStream>
 
-#include <algorithm>
+#include <cstdio>
+#include <map>
 
 using namespace kopertal;
 using namespace kopertal::test;
@@ -26,62 +24,40 @@ namespace {
 constexpr int patience = 120'000; // ms, for a sanitized program on a loaded machine
 const QString number = QStringLiteral("RR473124829PL");
 
-QTextStream out(stdout);
-
 /// The same number in every format that can be written here, and the small files of the fuzz
 /// target's corpus.
 QList<QByteArray> wholePhotos() {
     QList<QByteArray> photos;
     for (const char* format : {"jpeg", "png", "webp", "tiff", "bmp"})
-        photos.append(makeScreenshot({{QStringLiteral("Code128"), number}}, format).jpeg);
-    QDirIterator corpus(QStringLiteral(KOPERTAL_SOURCE_DIR "/tests/fuzz/corpus/Photo"),
-                        QDir::Files);
-    while (corpus.hasNext()) {
-        QFile file(corpus.next());
-        if (file.open(QIODevice::ReadOnly))
-            photos.append(file.readAll());
-    }
-    std::ranges::sort(photos); // folders are listed in any order
+        photos.append(makeScreenshot({{"Code128", number}}, format).jpeg);
+    const QDir corpus(KOPERTAL_SOURCE_DIR "/tests/fuzz/corpus/Photo");
+    for (const QString& name : corpus.entryList(QDir::Files, QDir::Name))
+        photos.append(contentsOf(corpus.filePath(name)));
     return photos;
 }
 
-struct Outcome {
-    QString name;
-    bool isFinding;
-};
-
-Outcome recognize(const QString& program, const QByteArray& photo) {
+/// What became of the photo; findings begin with an exclamation mark.
+QString outcomeOf(const QByteArray& photo, const QString& program) {
     QProcess worker;
-    worker.start(program, {QStringLiteral("scan"), QStringLiteral("--json"), QStringLiteral("-")});
+    worker.start(program, {"scan", "--json", "-"});
     worker.write(photo);
     worker.closeWriteChannel();
-    if (!worker.waitForFinished(patience)) {
-        worker.kill();
-        worker.waitForFinished();
-        return {QStringLiteral("hangs"), true};
-    }
+    if (!worker.waitForFinished(patience))
+        return "! hangs";
     const QByteArray messages = worker.readAllStandardError();
-    if (messages.contains("Sanitizer") || messages.contains("runtime error")) {
-        out << messages << '\n';
-        return {QStringLiteral("sanitizer's report"), true};
-    }
+    if (messages.contains("Sanitizer") || messages.contains("runtime error"))
+        return "! " + messages;
     const QByteArray answer = worker.readAllStandardOutput();
     if (worker.exitStatus() == QProcess::CrashExit && answer.isEmpty())
-        return {QStringLiteral("ended by a library"), false};
+        return "ended by a library";
     const std::optional<PhotoResult> result = photoResultFromJson(answer);
     if (!result)
-        return {QStringLiteral("no answer"), true};
-    if (std::ranges::any_of(result->numbers,
-                            [](const Barcode& code) { return code.text != number; }))
-        return {QStringLiteral("wrong number"), true};
-    switch (result->outcome) {
-    case PhotoOutcome::unreadable:
-        return {QStringLiteral("unreadable"), false};
-    case PhotoOutcome::none:
-        return {QStringLiteral("no code"), false};
-    default:
-        return {QStringLiteral("the number"), false};
+        return "! no answer";
+    for (const Barcode& code : result->numbers) {
+        if (code.text != number)
+            return "! wrong number";
     }
+    return toJson({}, *result)["outcome"].toString();
 }
 
 } // namespace
@@ -90,29 +66,20 @@ int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);
     if (argc != 4)
         return 2;
-    const QString program = QFile::decodeName(argv[1]);
-    Damage damage(wholePhotos(), QByteArray(argv[2]).toUInt());
-    QByteArray bound = argv[3];
-    const bool isCount = bound.endsWith('x');
-    if (isCount)
-        bound.chop(1);
-    QElapsedTimer timer;
-    timer.start();
-    QMap<QString, int> outcomes;
-    int findings = 0;
-    for (int photos = 0;
-         isCount ? photos < bound.toInt() : timer.elapsed() < bound.toInt() * qint64(1000);
-         ++photos) {
+    const QString seed = argv[2];
+    Damage damage(wholePhotos(), seed.toUInt());
+    std::map<QString, int> outcomes;
+    bool isFine = true;
+    for (int i = 0; i < QByteArray(argv[3]).toInt(); ++i) {
         const QByteArray photo = damage.next();
-        const Outcome outcome = recognize(program, photo);
-        ++outcomes[outcome.name];
-        QFile kept(QStringLiteral("finding-%1-%2").arg(QString::fromLatin1(argv[2])).arg(photos));
-        if (outcome.isFinding && ++findings && kept.open(QIODevice::WriteOnly)) {
-            kept.write(photo);
-            out << kept.fileName() << ": " << outcome.name << '\n' << Qt::flush;
+        const QString outcome = outcomeOf(photo, QFile::decodeName(argv[1]));
+        ++outcomes[outcome];
+        if (outcome.startsWith('!')) {
+            isFine = false;
+            writeFile("finding-" + seed + '-' + QString::number(i), photo);
         }
     }
-    for (auto outcome = outcomes.cbegin(); outcome != outcomes.cend(); ++outcome)
-        out << outcome.value() << ' ' << outcome.key() << '\n';
-    return findings == 0 && !outcomes.isEmpty() ? 0 : 1;
+    for (const auto& [outcome, count] : outcomes)
+        std::printf("%d %s\n", count, qPrintable(outcome));
+    return isFine && !outcomes.empty() ? 0 : 1;
 }

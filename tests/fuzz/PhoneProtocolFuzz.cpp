@@ -4,9 +4,9 @@
 
 using namespace kopertal;
 
-namespace {
-
-void checkDecision(std::string_view bytes) {
+/// Any bytes as a connection's first read, and the same bytes as an upload's body.
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
     const Decision decision = decide(bytes);
     const std::size_t end = bytes.find("\r\n\r\n");
     const bool isReadable = end != std::string_view::npos && isUtf8(bytes.substr(0, end));
@@ -17,32 +17,9 @@ void checkDecision(std::string_view bytes) {
         require(upload->length >= 1 && upload->length <= maxUploadBytes, "its length is in bounds");
         require(upload->bodyStart == bytes.substr(end + 4), "its body begins after the header");
     }
-    if (const Answer* answer = std::get_if<Answer>(&decision)) {
-        require(*answer != Answer::accepted, "nothing is accepted unread");
-        require(answerBytes(*answer, {}).starts_with("HTTP/1.1 "), "an answer is HTTP");
-    }
     if (isReadable)
         require(decide(bytes.substr(0, end + 4)).index() == decision.index(),
                 "what follows the header decides nothing");
-}
-
-void checkPhoto(std::string_view body) {
-    const std::size_t start = photoStart(body);
-    require(start <= body.size(), "a photo begins in the body");
-    const std::string_view photo = body.substr(start);
-    if (start > 0)
-        require(photo.starts_with("\xFF\xD8") || photo.starts_with("\x89PNG"),
-                "it begins with a marker");
-    if (!photo.starts_with("\xFF\xD8"))
-        require(body.find("\xFF\xD8") == std::string_view::npos, "the JPEG marker is preferred");
-}
-
-} // namespace
-
-/// Any bytes as a connection's first read, and the same bytes as an upload's body.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
-    checkDecision(bytes);
-    checkPhoto(bytes);
+    require(photoStart(bytes) <= bytes.size(), "a photo begins in the body");
     return 0;
 }

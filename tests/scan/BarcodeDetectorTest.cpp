@@ -14,29 +14,27 @@ using namespace kopertal::test;
 
 namespace {
 
-QString textOf(const Barcode& code) {
-    return code.format + u' ' + code.text;
-}
-
-QString textOf(const PlacedCode& placed) {
-    return placed.code.format + u' ' + placed.code.text;
-}
-
-QStringList sortedTexts(const auto& codes) {
+QStringList sortedTexts(const QList<Barcode>& codes) {
     QStringList result;
-    for (const auto& code : codes)
-        result.append(textOf(code));
+    for (const Barcode& code : codes)
+        result.append(code.format + u' ' + code.text);
     result.sort();
     return result;
 }
 
 /// Where the printed code is, as the detector says it.
-QRectF placeOf(const PlacedCode& placed, const QSize& photo) {
-    const auto [left, right] = std::ranges::minmax(placed.corners, {}, &cv::Point2f::x);
-    const auto [top, bottom] = std::ranges::minmax(placed.corners, {}, &cv::Point2f::y);
-    const QSizeF size(photo);
-    return QRectF(QPointF(double(left.x) / size.width(), 1 - double(bottom.y) / size.height()),
-                  QPointF(double(right.x) / size.width(), 1 - double(top.y) / size.height()));
+QRectF placeOf(const PlacedCode& placed, const QSizeF& photo) {
+    const cv::Rect2d place = cv::boundingRect(placed.corners);
+    return {place.x / photo.width(), 1 - place.br().y / photo.height(), place.width / photo.width(),
+            place.height / photo.height()};
+}
+
+/// The code on paper.
+cv::Mat pageWith(const CodeText& code) {
+    cv::Mat page(500, 900, CV_8U, cv::Scalar(235));
+    const cv::Mat bars = drawCode(code, 3, 120);
+    bars.copyTo(page({cv::Point(200, 180), bars.size()}));
+    return page;
 }
 
 /// What the detector reads on a picture of grey values.
@@ -74,9 +72,11 @@ private Q_SLOTS:
         for (const PhotoRecipe& recipe : recipes) {
             const RegisterPhoto photo = makeRegisterPhoto(recipe);
             const QList<Barcode> codes = detectBarcodes(decodePhoto(photo.jpeg));
-            QCOMPARE(sortedTexts(codes), sortedTexts(photo.codes));
+            QCOMPARE(codes.size(), photo.codes.size());
             for (const PlacedCode& placed : photo.codes) {
                 const auto found = std::ranges::find(codes, placed.code.text, &Barcode::text);
+                QVERIFY2(found != codes.end(), qPrintable(placed.code.text));
+                QCOMPARE(found->format, placed.code.format);
                 const QRectF place = placeOf(placed, photo.size);
                 const QRectF common = found->box & place;
                 QVERIFY2(common.width() * common.height() > 0.6 * place.width() * place.height(),
@@ -89,9 +89,8 @@ private Q_SLOTS:
     void readsAllWaysUp() {
         cv::RNG random(3);
         const CodeText letter = registeredLetter(random);
-        const cv::Mat bars = drawCode(letter, 4, 150);
-        cv::Mat upright(1400, 1400, CV_8U, cv::Scalar(240));
-        bars.copyTo(upright({cv::Point(380, 600), bars.size()}));
+        cv::Mat upright;
+        cv::copyMakeBorder(pageWith(letter), upright, 450, 450, 250, 250, cv::BORDER_REPLICATE);
         for (const int degrees : {0, 30, 90, 135, 180, 270}) {
             cv::Mat page;
             cv::warpAffine(upright, page, cv::getRotationMatrix2D({700, 700}, degrees, 1),
@@ -101,28 +100,15 @@ private Q_SLOTS:
         }
     }
 
-    void readsThroughAStamp() {
+    void readsUnderStamps() {
         cv::RNG random(5);
         const CodeText letter = internationalLetter(random);
-        cv::Mat page(500, 900, CV_8U, cv::Scalar(235));
-        const cv::Mat bars = drawCode(letter, 3, 120);
-        bars.copyTo(page({cv::Point(200, 180), bars.size()}));
-        for (const int radius : {110, 75, 40}) // no line across is free of ink
-            cv::circle(page, {430, 240}, radius, cv::Scalar(60), 9, cv::LINE_AA);
-        QCOMPARE(textsOn(page), QStringList{"Code128 " + letter.text});
-    }
-
-    void readsBesideAStamp() {
-        cv::RNG random(5);
-        const CodeText letter = internationalLetter(random);
-        cv::Mat page(500, 900, CV_8U, cv::Scalar(235));
-        const cv::Mat bars = drawCode(letter, 3, 120);
-        const cv::Rect place({200, 180}, bars.size());
-        bars.copyTo(page(place));
+        cv::Mat page = pageWith(letter);
+        const int end = 200 + drawCode(letter, 3, 1).cols;
         for (const int radius : {110, 75, 40}) // no line across is free of ink
             cv::circle(page, {430, 240}, radius, cv::Scalar(60), 9, cv::LINE_AA);
         for (const int gap : {12, 24}) // and the quiet zone looks like more bars
-            cv::circle(page, {place.br().x + gap - 300, 240}, 300, cv::Scalar(60), 6, cv::LINE_AA);
+            cv::circle(page, {end + gap - 300, 240}, 300, cv::Scalar(60), 6, cv::LINE_AA);
         QCOMPARE(textsOn(page), QStringList{"Code128 " + letter.text});
     }
 
@@ -132,9 +118,7 @@ private Q_SLOTS:
                                                   {{"Code128", "PX1234567890"}, 270},
                                                   {{"EAN-13", "5901234123457"}, 240}};
         for (const auto& [code, x] : codes) {
-            cv::Mat page(500, 900, CV_8U, cv::Scalar(235));
-            const cv::Mat bars = drawCode(code, 3, 120);
-            bars.copyTo(page({cv::Point(200, 180), bars.size()}));
+            cv::Mat page = pageWith(code);
             // Along the bars, so that it lies on the same spaces on every line across.
             cv::Mat ink(page.size(), CV_8U, cv::Scalar(255));
             cv::line(ink, {x, 100}, {x + 10, 400}, cv::Scalar(90), 14, cv::LINE_AA);
@@ -146,9 +130,12 @@ private Q_SLOTS:
 
     void seesEqualCodesEach() {
         const CodeText twice{"Code128", "RR473124829PL"};
-        const RegisterPhoto shot = makeScreenshot({twice, {"Code39", "ABC-1234"}, twice});
-        const QFuture<QStringList> texts = detectBarcodesStatic(decodePhoto(shot.jpeg));
-        QCOMPARE(texts.result(), QStringList({"RR473124829PL", "ABC-1234", "RR473124829PL"}));
+        const RegisterPhoto shot = makeScreenshot({twice, twice, {"Code39", "ABC-1234"}});
+        const QImage picture = decodePhoto(shot.jpeg);
+        // From the top, or from the left where they stand beside each other.
+        for (const QImage& each : {picture, picture.transformed(QTransform().rotate(-90))})
+            QCOMPARE(detectBarcodesStatic(each).result(),
+                     QStringList({"RR473124829PL", "RR473124829PL", "ABC-1234"}));
         QCOMPARE(recognizePhoto(shot.jpeg).entries(),
                  QList<ScannedEntry>({{"ABC-1234", {}}, {"RR473124829PL", {}}}));
     }

@@ -5,7 +5,6 @@
 #include <QBuffer>
 #include <QFile>
 #include <QTest>
-#include <QtEndian>
 #include <opencv2/imgproc.hpp>
 
 using namespace kopertal;
@@ -23,11 +22,6 @@ cv::Mat picture() {
     return grey + noise;
 }
 
-/// One frame of 2 × 1 pixels, black and white.
-const QByteArray gif = QByteArray::fromHex("47494638396102000100800000000000ffffff"
-                                           "2c000000000200010000020244"
-                                           "0a003b");
-
 /// The picture; what only few can write is kept as a file.
 QByteArray encoded(const QByteArray& format) {
     QFile kept(QStringLiteral(KOPERTAL_SOURCE_DIR "/tests/fuzz/corpus/Photo/half-dark.") + format);
@@ -42,19 +36,8 @@ QByteArray withOrientation(QByteArray jpeg, char orientation) {
     return jpeg.insert(2, exif);
 }
 
-QByteArray pngClaiming(quint32 width, quint32 height) {
-    QByteArray png = encodePage(picture(), "png");
-    qToBigEndian(width, png.data() + 16);
-    qToBigEndian(height, png.data() + 20);
-    return png;
-}
-
-QByteArray jpegClaiming(quint16 width, quint16 height) {
-    QByteArray jpeg = encodePage(picture(), "jpeg");
-    const qsizetype frame = jpeg.indexOf("\xff\xc0");
-    qToBigEndian(height, jpeg.data() + frame + 5);
-    qToBigEndian(width, jpeg.data() + frame + 7);
-    return jpeg;
+QByteArray overwritten(QByteArray bytes, qsizetype at, const QByteArray& hex) {
+    return bytes.replace(at, hex.size() / 2, QByteArray::fromHex(hex));
 }
 
 } // namespace
@@ -65,7 +48,7 @@ class PhotoDecodingTest : public QObject {
 private Q_SLOTS:
     void decodesToGrey_data() {
         QTest::addColumn<QByteArray>("bytes");
-        for (const char* format : {"jpeg", "png", "webp", "tiff", "bmp", "heic", "avif"})
+        for (const char* format : {"jpeg", "png", "webp", "tiff", "bmp", "gif", "heic", "avif"})
             QTest::newRow(format) << encoded(format);
     }
     void decodesToGrey() {
@@ -82,36 +65,26 @@ private Q_SLOTS:
         }
     }
 
-    void decodesGif() {
-        const QImage photo = decodePhoto(gif);
-        QCOMPARE(photo.size(), QSize(2, 1));
-        QVERIFY(decodePhoto(gif.chopped(3)).isNull());
-    }
-
-    void refusesDamagedJpeg() {
-        QByteArray bytes = encoded("jpeg");
-        const qsizetype middle = bytes.size() / 2;
-        bytes.remove(middle, bytes.size() / 4);
-        QVERIFY2(decodePhoto(bytes).isNull(), "a part is missing in the middle");
-    }
-
     void takesWhatCamerasAppend() {
         QVERIFY(!decodePhoto(encoded("jpeg") + "\r\n--boundary--\r\n").isNull());
     }
 
     void refusesOtherFiles() {
-        const QByteArray files[] = {"",
-                                    "RR473124829PL",
-                                    "<svg xmlns=\"http://www.w3.org/2000/svg\" width=\"9\" "
-                                    "height=\"9\"><rect width=\"9\" height=\"9\"/></svg>",
-                                    "P5 2 2 255 abcd",
-                                    "\xff\xd8\xff",
-                                    pngClaiming(100'000, 100'000),
-                                    jpegClaiming(65'500, 65'500),
-                                    pngClaiming(8'001, 8'000)};
+        const QByteArray png = encoded("png");
+        const QByteArray jpeg = encoded("jpeg");
+        const qsizetype frame = jpeg.indexOf("\xff\xc0");
+        const QByteArray files[] = {
+            "",
+            "RR473124829PL",
+            R"(<svg xmlns="http://www.w3.org/2000/svg" width="9" height="9"><rect width="9"/></svg>)",
+            "P5 2 2 255 abcd",
+            "\xff\xd8\xff",
+            overwritten(png, 16, "000186a0000186a0"), // 100 000 × 100 000 pixels
+            overwritten(png, 16, "00001f4100001f40"), // 8 001 × 8 000
+            overwritten(jpeg, frame + 5, "ffdcffdc"), // 65 500 × 65 500
+            QByteArray(jpeg).remove(jpeg.size() / 2, jpeg.size() / 4)};
         for (const QByteArray& file : files)
-            QVERIFY2(decodePhoto(file).isNull(),
-                     file.first(qMin<qsizetype>(file.size(), 24)).toHex());
+            QVERIFY2(decodePhoto(file).isNull(), file.first(qMin(file.size(), 24)).toHex());
     }
 
     void turnsPhotosUpright() {

@@ -1,53 +1,50 @@
 #include "scan/QrCode.h"
 
-#include <QProcess>
+#include "tests/support/RunCommand.h"
+
+#include <QPainter>
 #include <QTemporaryDir>
 #include <QTest>
+#define ZX_USE_UTF8
+#include <ZXing/ReadBarcode.h>
 
 using namespace kopertal;
+using namespace kopertal::test;
 
 namespace {
 
 /// What an independent reader finds in the picture.
 QString readBack(const QImage& image) {
     const QTemporaryDir folder;
-    const QString path = folder.filePath(QStringLiteral("code.png"));
+    const QString path = folder.filePath("code.png");
     if (!image.save(path))
-        return QStringLiteral("not saved");
-    QProcess reader;
-    reader.start(QStringLiteral("zbarimg"), {"--quiet", "--raw", "--nodbus", path});
-    reader.waitForFinished();
-    QString text = QString::fromUtf8(reader.readAllStandardOutput());
-    text.chop(1); // its line end
-    return text;
+        return "not saved";
+    return runCommand("zbarimg", {"--quiet", "--raw", "--nodbus", path}).output.chopped(1);
 }
 
-/// The width of the finder pattern's outer row, which is seven modules.
-int finderWidth(const QImage& image) {
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            int end = x;
-            while (end < image.width() && image.pixel(end, y) == 0xFF000000)
-                ++end;
-            if (end > x)
-                return end - x;
+constexpr QRgb black = 0xFF000000;
+constexpr QRgb white = 0xFFFFFFFF;
+
+/// The code as a terminal shows it, a pixel each module, with its quiet zone.
+QImage onATerminal(const QString& text) {
+    const QStringList lines = qrCodeLines(text);
+    const auto side = static_cast<int>(lines.value(0).size());
+    QImage screen(side, static_cast<int>(lines.size()) * 2, QImage::Format_RGB32);
+    for (int y = 0; y < screen.height(); ++y) {
+        for (int x = 0; x < side; ++x) {
+            const QChar cell = lines[y / 2].at(x);
+            const bool isDark = cell == u'█' || cell == (y % 2 == 0 ? u'▀' : u'▄');
+            screen.setPixel(x, y, isDark ? black : white);
         }
     }
-    return 0;
+    return screen.copy(0, 0, side, side);
 }
 
-/// The level in the format information beside the upper left finder pattern, unmasked.
-int correctionLevel(const QImage& image) {
-    const int module = finderWidth(image) / 7;
-    int left = 0;
-    while (image.pixel(left, left) != 0xFF000000)
-        ++left; // the corner lies on the diagonal
-    const auto isDark = [&](int x, int y) {
-        return image.pixel(left + x * module + module / 2, left + y * module + module / 2) ==
-               0xFF000000;
-    };
-    const int bits = (isDark(0, 8) ? 2 : 0) | (isDark(1, 8) ? 1 : 0);
-    return bits ^ 0b10; // the mask 101010000010010 begins with 10
+/// The level of error correction that a reader finds.
+std::string levelOf(const QImage& image) {
+    const ZXing::ImageView pixels(image.constBits(), image.width(), image.height(),
+                                  ZXing::ImageFormat::BGRX);
+    return ZXing::ReadBarcode(pixels).ecLevel();
 }
 
 } // namespace
@@ -74,50 +71,36 @@ private Q_SLOTS:
             const QImage image = makeQRCode(text, size);
             QCOMPARE(image.size(), QSize(size, size));
             QCOMPARE(readBack(image), text);
-            QCOMPARE(correctionLevel(image), 0b10); // H
+            QCOMPARE(levelOf(image), "H");
         }
+        const QImage screen = onATerminal(cases[0].first);
+        QCOMPARE(readBack(screen.scaled(screen.size() * 8)), cases[0].first);
     }
 
     void isCrispOnAQuietZone() {
-        const QImage image = makeQRCode(QStringLiteral("http://192.168.100.200:54321"), 400);
-        const int finder = finderWidth(image);
-        QCOMPARE(finder % 7, 0);
-        for (int y = 0; y < 400; ++y) {
-            for (int x = 0; x < 400; ++x) {
-                const QRgb pixel = image.pixel(x, y);
-                const bool isEdge = std::min({x, y, 399 - x, 399 - y}) < 4 * finder / 7;
-                QVERIFY(pixel == 0xFFFFFFFF || (pixel == 0xFF000000 && !isEdge));
-            }
+        const QString text = QStringLiteral("http://192.168.100.200:54321");
+        const QImage modules = onATerminal(text);
+        QCOMPARE(modules.pixel(3, 3), white);
+        QCOMPARE(modules.pixel(4, 4), black); // a finder pattern's corner
+        const int side = modules.width();
+        for (const int size : {side, 2 * side - 1, 3 * side, 400}) {
+            const int pixels = size / side; // a module
+            QImage expected(size, size, QImage::Format_RGB32);
+            expected.fill(Qt::white);
+            QPainter(&expected).drawImage(QPoint(1, 1) * ((size - side * pixels) / 2),
+                                          modules.scaled(modules.size() * pixels));
+            QCOMPARE(makeQRCode(text, size), expected);
         }
     }
 
     void isNullWhereThereCanBeNone() {
-        QVERIFY(makeQRCode({}, 400).isNull());
-        QVERIFY(makeQRCode(QStringLiteral("http://1.2.3.4:1"), 0).isNull());
-        QVERIFY(makeQRCode(QStringLiteral("http://1.2.3.4:1"), -5).isNull());
-        QVERIFY(makeQRCode(QStringLiteral("http://1.2.3.4:1"), 28).isNull()); // 21 + 2 × 4 modules
+        QVERIFY(!makeQRCode("x", 29).isNull()); // 21 + 2 × 4 modules
+        for (const int size : {28, 0, -5})
+            QVERIFY(makeQRCode("x", size).isNull());
         QVERIFY(!makeQRCode(QString(1273, u'x'), 400).isNull());
         QVERIFY(makeQRCode(QString(1274, u'x'), 400).isNull());
+        QVERIFY(makeQRCode({}, 400).isNull());
         QVERIFY(qrCodeLines({}).isEmpty());
-    }
-
-    void isReadBackFromATerminal() {
-        const QString text = QStringLiteral("http://192.168.100.200:54321");
-        const QStringList lines = qrCodeLines(text);
-        QImage screen(static_cast<int>(lines[0].size()), static_cast<int>(lines.size()) * 2,
-                      QImage::Format_RGB32);
-        screen.fill(Qt::white);
-        for (int row = 0; row < lines.size(); ++row) {
-            QCOMPARE(lines[row].size(), lines[0].size());
-            for (int x = 0; x < screen.width(); ++x) {
-                const QChar cell = lines[row][x];
-                if (cell == u'▀' || cell == u'█')
-                    screen.setPixel(x, 2 * row, 0xFF000000);
-                if (cell == u'▄' || cell == u'█')
-                    screen.setPixel(x, 2 * row + 1, 0xFF000000);
-            }
-        }
-        QCOMPARE(readBack(screen.scaled(screen.size() * 8)), text);
     }
 };
 

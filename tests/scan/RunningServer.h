@@ -19,10 +19,7 @@ namespace kopertal::test {
 inline const std::string accepted = answerBytes(Answer::accepted, {});
 inline const std::string tooLarge = answerBytes(Answer::tooLarge, {});
 inline const std::string probe = answerBytes(Answer::probe, {});
-
-inline std::string uploadHead(std::size_t length) {
-    return "POST /upload HTTP/1.1\r\nContent-Length: " + std::to_string(length) + "\r\n\r\n";
-}
+inline const std::string ping = "GET /ping\r\n\r\n";
 
 inline std::string upload(const std::string& body) {
     return uploadHead(body.size()) + body;
@@ -33,13 +30,27 @@ inline void letItRead() {
     std::this_thread::sleep_for(std::chrono::milliseconds(60));
 }
 
+/// What `work` gives on another thread, while photos are taken on this one: they hold room until
+/// then.
+auto whileServing(const auto& work) {
+    auto result = std::async(std::launch::async, work);
+    while (result.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
+        QTest::qWait(5);
+    return result.get();
+}
+
+/// The whole answer, while photos are taken.
+inline std::string answerTo(RawClient& client) {
+    return whileServing([&] { return client.readAll(); }).value_or("still open");
+}
+
 /// A server with what it has handed over.
 struct RunningServer {
     explicit RunningServer(const ServerLimits& limits = {}, bool holdsPhotos = false)
         : server(std::make_unique<ScanServer>(limits)) {
         server->onPhotoReceived([this, holdsPhotos](const ReceivedPhoto& photo) {
-            isOnMainThread = isOnMainThread &&
-                             QThread::currentThread() == QCoreApplication::instance()->thread();
+            if (QThread::currentThread() != QCoreApplication::instance()->thread())
+                qFatal("A photo came on another thread");
             photos.emplace_back(photo.photo());
             if (holdsPhotos)
                 held.push_back(photo);
@@ -48,21 +59,20 @@ struct RunningServer {
         port = server->port();
     }
 
-    bool waitForPhotos(std::size_t count) {
-        return QTest::qWaitFor([&] { return photos.size() >= count; }, 20'000);
+    /// A connection whose first bytes the server has read.
+    RawClient begin(const std::string& bytes) const {
+        RawClient client(port);
+        client.send(bytes);
+        letItRead();
+        return client;
     }
 
-    /// The whole answer, while photos are taken: they hold room until then.
-    static std::string answerTo(RawClient& client) {
-        auto answer = std::async(std::launch::async, [&] { return client.readAll(); });
-        while (answer.wait_for(std::chrono::seconds(0)) != std::future_status::ready)
-            QTest::qWait(5);
-        return answer.get().value_or("still open");
+    bool waitForPhotos(std::size_t count) const {
+        return QTest::qWaitFor([&] { return photos.size() >= count; }, 20'000);
     }
 
     std::vector<std::string> photos;
     std::vector<ReceivedPhoto> held; ///< so that they go on counting against the limit
-    bool isOnMainThread = true;
     std::uint16_t port = 0;
     std::unique_ptr<ScanServer> server;
 };

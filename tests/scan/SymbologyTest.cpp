@@ -53,37 +53,29 @@ private Q_SLOTS:
         QString pairs;
         for (int i = 0; i < 40; ++i)
             pairs += QString::number(i).rightJustified(2, u'0');
+        const QString functionCharacter = u"\u00f1"_qs; // is left out
         for (const QString& text :
              {QString("0123456789"), pairs, QString("RR473124829PL"), QString("abcxyz~"),
-              QString(" !\"#$%&'()*+,-./"), QString("a1234567b12"), QString("A\u0001B\u001d")}) {
+              QString(" !\"#$%&'()*+,-./"), QString("a1234567b12"), QString("A\u0001B\u001d"),
+              functionCharacter + "00559007734000000013"}) {
             std::vector<int> symbols = printed(text.toStdWString());
-            QCOMPARE(code128Text(symbols).value_or(QString()), text);
+            QCOMPARE(code128Text(symbols).value_or("none"),
+                     QString(text).remove(functionCharacter));
             symbols[1] = (symbols[1] + 1) % 90;
             QVERIFY2(!code128Text(symbols), "the check symbol is held against the text");
         }
-    }
-
-    void leavesFunctionCharactersOut() {
-        QCOMPARE(code128Text(printed(L"\u00f100559007734000000013")).value_or(QString()),
-                 QStringLiteral("00559007734000000013"));
-    }
-
-    void refusesSymbolsWithoutSense() {
-        QVERIFY(!code128Text({}));
-        QVERIFY(!code128Text({105, 105}));
-        QVERIFY(!code128Text({12, 34, 46}));
+        const std::vector<int> senseless[] = {{}, {105, 105}, {12, 34, 46}};
+        for (const std::vector<int>& symbols : senseless)
+            QVERIFY(!code128Text(symbols));
     }
 
     void believesOnlyAgreeingLines() {
         const struct {
             QString format, text;
             int enough;
-        } cases[] = {{"Code128", "RR473124829PL", 2},
+        } cases[] = {{"Code128", "RR473124829PL", 2}, // with its check digit
                      {"Code128", "PX12345678", 4},
-                     {"ITF", "15901234567899", 8},
-                     {"ITF", "15901234123454", 4}, // with its check digit
                      {"ITF", "1590", 14},
-                     {"EAN-13", "5901234123457", 4},
                      {"Codabar", "1234567", 10}};
         for (const auto& [format, text, enough] : cases) {
             LineVotes votes;

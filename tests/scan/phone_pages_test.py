@@ -1,7 +1,6 @@
 """Drives the phone's pages in a real browser against the real server: phone_pages_test.py PROGRAM"""
 
 import os
-import re
 import signal
 import socket
 import subprocess
@@ -166,30 +165,19 @@ class PhonePagesTest(unittest.TestCase):
 
     # The tests.
 
-    def test_scan_page_says_what_it_should(self):
+    def test_scan_page_takes_pictures(self):
         self.open()
         self.await_status(READY)
         self.assertEqual(self.browser.title, 'Kopertal')
-        self.assertEqual(
-            self.element('body').text.split('\n'),
-            ['Morvik', 'Skanuj kod kreskowy', 'Zrób zdjęcie kopertal.',
-             'Kody kreskowe zostaną rozpoznane automatycznie.', 'Zrób zdjęcie', READY, 'Kopertal'])
         self.assertEqual(self.element('#photo').get_attribute('accept'), 'image/*')
         self.assertEqual(self.element('#photo').get_attribute('capture'), 'environment')
         self.assertFalse(self.element('#progress').is_displayed())
         self.assertFalse(self.element('#retry').is_displayed())
         self.assert_no_complaints()
 
-    def test_pairing_page_says_what_it_should(self):
+    def test_pairing_page_leads_to_the_home_screen(self):
         self.open('/pair?x=1')
         self.assertEqual(self.browser.title, "Sparuj iPhone'a — Kopertal")
-        text = re.sub(r'\s*↑\s*', ' ↑ ', self.element('body').text)
-        self.assertEqual(
-            text.split('\n'),
-            ['Morvik', "Sparuj iPhone'a", 'Dodaj tę stronę do ekranu głównego,',
-             'aby skanować bez kodu QR.', 'Kliknij ikonę udostępniania ↑ w przeglądarce',
-             'Wybierz „Dodaj do ekranu głównego”', 'Kliknij „Dodaj” — gotowe!',
-             "Ikona pojawi się na ekranie głównym iPhone'a", 'Kopertal'])
         self.assertEqual([bold.text for bold in self.browser.find_elements(By.TAG_NAME, 'b')],
                          ['„Dodaj do ekranu głównego”', '„Dodaj”'])
         self.assertEqual(self.browser.find_elements(By.TAG_NAME, 'script'), [])

@@ -8,36 +8,17 @@
 #include <unistd.h>
 #include <utility>
 
-namespace {
-
-bool connectTo(int socket, const auto& address) {
-    return connect(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address) == 0;
-}
-
-} // namespace
-
 RawClient::RawClient(std::uint16_t port, Family family) {
-    bool isConnected = false;
-    if (family != Family::v6) {
-        m_socket = socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        if (family == Family::otherV4) {
-            address.sin_addr.s_addr = htonl(INADDR_LOOPBACK + 1);
-            bind(m_socket, reinterpret_cast<const sockaddr*>(&address), sizeof address);
-        }
-        address.sin_port = htons(port);
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        isConnected = connectTo(m_socket, address);
-    } else {
-        m_socket = socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0);
-        sockaddr_in6 address{};
-        address.sin6_family = AF_INET6;
-        address.sin6_port = htons(port);
-        address.sin6_addr = in6addr_loopback;
-        isConnected = connectTo(m_socket, address);
-    }
-    if (!isConnected && m_socket >= 0)
+    const sockaddr_in from{AF_INET, 0, {htonl(INADDR_LOOPBACK + 1)}, {}};
+    const sockaddr_in v4{AF_INET, htons(port), {htonl(INADDR_LOOPBACK)}, {}};
+    const sockaddr_in6 v6{AF_INET6, htons(port), 0, in6addr_loopback, 0};
+    const bool isV6 = family == Family::v6;
+    m_socket = socket(isV6 ? AF_INET6 : AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (family == Family::otherV4)
+        bind(m_socket, reinterpret_cast<const sockaddr*>(&from), sizeof from);
+    const auto* const to =
+        isV6 ? reinterpret_cast<const sockaddr*>(&v6) : reinterpret_cast<const sockaddr*>(&v4);
+    if (connect(m_socket, to, isV6 ? sizeof v6 : sizeof v4) != 0 && m_socket >= 0)
         close(std::exchange(m_socket, -1));
 }
 
@@ -47,11 +28,6 @@ RawClient::~RawClient() {
 }
 
 RawClient::RawClient(RawClient&& other) noexcept : m_socket(std::exchange(other.m_socket, -1)) {
-}
-
-RawClient& RawClient::operator=(RawClient&& other) noexcept {
-    std::swap(m_socket, other.m_socket);
-    return *this;
 }
 
 bool RawClient::send(std::string_view bytes) {

@@ -15,7 +15,6 @@ public:
     explicit RawClient(std::uint16_t port, Family family = Family::v4);
     ~RawClient();
     RawClient(RawClient&& other) noexcept;
-    RawClient& operator=(RawClient&& other) noexcept;
 
     bool isOpen() const { return m_socket >= 0; }
 
@@ -36,3 +35,8 @@ public:
 private:
     int m_socket = -1;
 };
+
+/// What comes before a photo of that many bytes.
+inline std::string uploadHead(std::size_t length) {
+    return "POST /upload HTTP/1.1\r\nContent-Length: " + std::to_string(length) + "\r\n\r\n";
+}

@@ -3,7 +3,6 @@
 #include <opencv2/imgproc.hpp>
 
 #include <cmath>
-#include <vector>
 
 namespace kopertal::test {
 namespace {
@@ -16,10 +15,8 @@ cv::Mat view(const cv::Size& sheet, const Shot& shot, cv::RNG& random) {
     const double scale =
         shot.fill * std::min(shot.size.width / (sheet.width * c + sheet.height * s),
                              shot.size.height / (sheet.width * s + sheet.height * c));
-    const std::array<cv::Point2f, 4> from{cv::Point2f(0, 0), cv::Point2f(float(sheet.width), 0),
-                                          cv::Point2f(float(sheet.width), float(sheet.height)),
-                                          cv::Point2f(0, float(sheet.height))};
-    std::array<cv::Point2f, 4> to;
+    const Corners from = cornersOf({{0, 0}, cv::Size2f(sheet)});
+    Corners to;
     const double slackX = (1 - shot.fill) * shot.size.width * 0.4;
     const double slackY = (1 - shot.fill) * shot.size.height * 0.4;
     const cv::Point2d middle(shot.size.width / 2.0 + random.uniform(-1.0, 1.0) * slackX,
@@ -39,15 +36,12 @@ cv::Mat view(const cv::Size& sheet, const Shot& shot, cv::RNG& random) {
 cv::Mat softEdge(const cv::Size& size, double softness, cv::RNG& random) {
     const double angle = random.uniform(0.0, 2 * CV_PI);
     const double offset = random.uniform(-0.25, 0.25);
-    cv::Mat small(64, 64, CV_32F);
-    for (int y = 0; y < 64; ++y) {
-        for (int x = 0; x < 64; ++x) {
-            const double d =
-                (x / 64.0 - 0.5) * std::cos(angle) + (y / 64.0 - 0.5) * std::sin(angle);
-            small.at<float>(y, x) =
-                static_cast<float>(1 / (1 + std::exp(-(d - offset) / softness)));
-        }
-    }
+    cv::Mat_<float> small(64, 64);
+    small.forEach([&](float& value, const int* at) {
+        const double d =
+            (at[1] / 64.0 - 0.5) * std::cos(angle) + (at[0] / 64.0 - 0.5) * std::sin(angle);
+        value = static_cast<float>(1 / (1 + std::exp(-(d - offset) / softness)));
+    });
     cv::Mat mask;
     cv::resize(small, mask, size, 0, 0, cv::INTER_CUBIC);
     return mask;
@@ -93,37 +87,28 @@ Page photograph(const Page& sheet, const Shot& shot, cv::RNG& random) {
                         cv::BORDER_CONSTANT, cv::Scalar(table));
     photo.convertTo(photo, CV_32F);
 
-    Page result;
-    for (PlacedCode placed : sheet.codes) {
-        const std::vector<cv::Point2f> corners(placed.corners.begin(), placed.corners.end());
-        std::vector<cv::Point2f> seen;
-        cv::perspectiveTransform(corners, seen, transform);
-        std::copy(seen.begin(), seen.end(), placed.corners.begin());
-        result.codes.append(placed);
-    }
+    Page result{{}, sheet.codes};
+    for (PlacedCode& placed : result.codes)
+        cv::perspectiveTransform(placed.corners, placed.corners, transform);
     if (shot.bend > 0) {
         // A fold across the frame: rows move sideways along one wave.
         const double phase = random.uniform(0.0, 2 * CV_PI);
-        const auto shift = [&](double y) {
-            return shot.bend * std::sin(2 * CV_PI * y / shot.size.height + phase);
+        const auto shift = [&](double x, double y) {
+            const auto wave = [&](double at) {
+                return shot.bend * std::sin(2 * CV_PI * at / shot.size.height + phase);
+            };
+            return cv::Point2d(wave(y), wave(x) / 2);
         };
-        cv::Mat mapX(shot.size, CV_32F);
-        cv::Mat mapY(shot.size, CV_32F);
-        for (int y = 0; y < shot.size.height; ++y) {
-            for (int x = 0; x < shot.size.width; ++x) {
-                mapX.at<float>(y, x) = static_cast<float>(x - shift(y));
-                mapY.at<float>(y, x) = static_cast<float>(y - shift(x) / 2);
-            }
-        }
+        cv::Mat_<cv::Point2f> sources(shot.size);
+        sources.forEach([&](cv::Point2f& source, const int* at) {
+            source = cv::Point2d(at[1], at[0]) - shift(at[1], at[0]);
+        });
         cv::Mat bent;
-        cv::remap(photo, bent, mapX, mapY, cv::INTER_LINEAR, cv::BORDER_REPLICATE);
+        cv::remap(photo, bent, sources, {}, cv::INTER_LINEAR, cv::BORDER_REPLICATE);
         photo = bent;
         for (PlacedCode& placed : result.codes) {
-            for (cv::Point2f& corner : placed.corners) {
-                const cv::Point2f was = corner;
-                corner.x += static_cast<float>(shift(was.y));
-                corner.y += static_cast<float>(shift(was.x) / 2);
-            }
+            for (cv::Point2f& corner : placed.corners)
+                corner += cv::Point2f(shift(corner.x, corner.y));
         }
     }
     light(photo, shot, random);

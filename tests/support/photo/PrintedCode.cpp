@@ -5,9 +5,7 @@
 #include <ZXing/MultiFormatWriter.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
-#include <vector>
 
 namespace kopertal::test {
 namespace {
@@ -22,26 +20,22 @@ QString digits(cv::RNG& random, int count) {
     return text;
 }
 
-/// GS1's digit: weights 3 and 1 from the right.
-QChar gs1Digit(const QString& payload) {
-    int sum = 0;
-    for (qsizetype i = 0; i < payload.size(); ++i)
-        sum += payload[payload.size() - 1 - i].digitValue() * (i % 2 == 0 ? 3 : 1);
-    return QChar(u'0' + (10 - sum % 10) % 10);
-}
-
-/// The digit of the postal union's numbers, over their eight digits.
-QChar postalDigit(const QString& payload) {
-    static constexpr std::array weights{8, 6, 4, 2, 3, 5, 9, 7};
-    int sum = 0;
-    for (qsizetype i = 0; i < payload.size(); ++i)
-        sum += payload[i].digitValue() * weights[static_cast<size_t>(i)];
-    const int rest = 11 - sum % 11;
-    return QChar(u'0' + (rest == 10 ? 0 : rest == 11 ? 5 : rest));
-}
-
+/// With GS1's check digit: weights 3 and 1 from the right.
 QString withDigit(const QString& payload) {
-    return payload + gs1Digit(payload);
+    int sum = 0;
+    for (qsizetype i = 1; i <= payload.size(); ++i)
+        sum += payload[payload.size() - i].digitValue() * (i % 2 == 0 ? 1 : 3);
+    return payload + QChar(u'0' + (10 - sum % 10) % 10);
+}
+
+/// With the check digit of the postal union's numbers, over their eight digits.
+QString withPostalDigit(const QString& payload) {
+    static constexpr int weights[] = {8, 6, 4, 2, 3, 5, 9, 7};
+    int sum = 0;
+    for (qsizetype i = 0; i < payload.size(); ++i)
+        sum += payload[i].digitValue() * weights[i];
+    const int rest = 11 - sum % 11;
+    return payload + QChar(u'0' + (rest == 10 ? 0 : rest == 11 ? 5 : rest));
 }
 
 ZXing::BitMatrix encode(const CodeText& code) {
@@ -53,18 +47,14 @@ ZXing::BitMatrix encode(const CodeText& code) {
         .encode(text, 0, 0);
 }
 
-/// How much of [from, to) is dark, in modules of the row.
-double darkness(const std::vector<bool>& modules, double from, double to) {
+/// The grey of [from, to) on a row, in its modules.
+uchar shade(const ZXing::BitMatrix& matrix, int row, double from, double to) {
     double dark = 0;
-    for (int i = std::max(0, static_cast<int>(from)); i < to; ++i) {
-        if (static_cast<size_t>(i) < modules.size() && modules[static_cast<size_t>(i)])
-            dark += std::min(to, i + 1.0) - std::max(from, static_cast<double>(i));
+    for (int i = static_cast<int>(from); i < std::min<double>(to, matrix.width()); ++i) {
+        if (matrix.get(i, row))
+            dark += std::min(to, i + 1.0) - std::max<double>(from, i);
     }
-    return dark / (to - from);
-}
-
-uchar shade(double dark) {
-    return cv::saturate_cast<uchar>(paper - dark * (paper - ink));
+    return cv::saturate_cast<uchar>(paper - dark / (to - from) * (paper - ink));
 }
 
 } // namespace
@@ -75,56 +65,45 @@ bool isLinear(const CodeText& code) {
 }
 
 CodeText registeredLetter(cv::RNG& random) {
-    return {QStringLiteral("Code128"),
-            QStringLiteral("00") + withDigit(QStringLiteral("559007734") + digits(random, 8))};
+    return {"Code128", "00" + withDigit("559007734" + digits(random, 8))};
 }
 
 CodeText internationalLetter(cv::RNG& random) {
-    const QString payload = digits(random, 8);
-    return {QStringLiteral("Code128"), QStringLiteral("R") + QChar(u'A' + random.uniform(0, 26)) +
-                                           payload + postalDigit(payload) + QStringLiteral("PL")};
+    const QString number = withPostalDigit(digits(random, 8));
+    return {"Code128", QStringLiteral("R") + QChar(u'A' + random.uniform(0, 26)) + number + "PL"};
 }
 
 CodeText otherLinear(cv::RNG& random) {
-    switch (random.uniform(0, 6)) {
-    case 0:
-        return {QStringLiteral("EAN-13"), withDigit(QStringLiteral("590") + digits(random, 9))};
-    case 1:
-        return {QStringLiteral("ITF"), withDigit(QStringLiteral("1590") + digits(random, 9))};
-    case 2:
-        return {QStringLiteral("Code39"), QStringLiteral("KP-") + digits(random, 7)};
-    case 3:
-        return {QStringLiteral("Code93"), QStringLiteral("KP") + digits(random, 8)};
-    case 4:
-        return {QStringLiteral("EAN-8"), withDigit(QStringLiteral("590") + digits(random, 4))};
-    default:
-        return {QStringLiteral("Code128"), QStringLiteral("PX") + digits(random, 10)};
-    }
+    static constexpr struct {
+        const char* format;
+        const char* start;
+        int digits;
+        bool hasCheckDigit;
+    } kinds[] = {{"EAN-13", "590", 9, true},  {"ITF", "1590", 9, true},
+                 {"Code39", "KP-", 7, false}, {"Code93", "KP", 8, false},
+                 {"EAN-8", "590", 4, true},   {"Code128", "PX", 10, false}};
+    const auto& kind = kinds[random.uniform(0, 6)];
+    const QString text = kind.start + digits(random, kind.digits);
+    return {kind.format, kind.hasCheckDigit ? withDigit(text) : text};
 }
 
 CodeText otherMatrix(cv::RNG& random) {
-    static const std::array<QString, 4> formats{QStringLiteral("QRCode"),
-                                                QStringLiteral("DataMatrix"),
-                                                QStringLiteral("PDF417"), QStringLiteral("Aztec")};
-    return {formats[static_cast<size_t>(random.uniform(0, 4))],
-            QStringLiteral("ZNACZEK") + digits(random, 14)};
+    static constexpr const char* formats[] = {"QRCode", "DataMatrix", "PDF417", "Aztec"};
+    return {formats[random.uniform(0, 4)], "ZNACZEK" + digits(random, 14)};
 }
 
 cv::Mat drawCode(const CodeText& code, double moduleSize, int height) {
     const ZXing::BitMatrix matrix = encode(code);
-    const int rows = isLinear(code) ? 1 : matrix.height();
-    const int width = static_cast<int>(std::ceil(matrix.width() * moduleSize));
-    const int rowHeight = isLinear(code) ? height : 0;
-    cv::Mat picture(rows == 1 ? rowHeight : static_cast<int>(std::ceil(rows * moduleSize)), width,
-                    CV_8U, cv::Scalar(paper));
-    std::vector<bool> modules(static_cast<size_t>(matrix.width()));
+    const auto pixels = [&](int modules) {
+        return static_cast<int>(std::ceil(modules * moduleSize));
+    };
+    cv::Mat picture(isLinear(code) ? height : pixels(matrix.height()), pixels(matrix.width()),
+                    CV_8U);
     for (int y = 0; y < picture.rows; ++y) {
-        const int row = rows == 1 ? 0 : std::min(rows - 1, static_cast<int>(y / moduleSize));
-        for (int x = 0; x < matrix.width(); ++x)
-            modules[static_cast<size_t>(x)] = matrix.get(x, row);
-        for (int x = 0; x < width; ++x)
-            picture.at<uchar>(y, x) =
-                shade(darkness(modules, x / moduleSize, (x + 1) / moduleSize));
+        const int row =
+            isLinear(code) ? 0 : std::min(matrix.height() - 1, static_cast<int>(y / moduleSize));
+        for (int x = 0; x < picture.cols; ++x)
+            picture.at<uchar>(y, x) = shade(matrix, row, x / moduleSize, (x + 1) / moduleSize);
     }
     return picture;
 }

@@ -16,12 +16,6 @@ constexpr double numberColumn = 123;
 constexpr double numberColumnWidth = 38;
 constexpr uchar paper = 245;
 
-struct Label {
-    cv::Mat picture;
-    cv::Rect code; // in the picture
-    CodeText text;
-};
-
 int toPixels(double millimetres, double scale) {
     return static_cast<int>(std::lround(millimetres * scale));
 }
@@ -55,8 +49,8 @@ std::string words(cv::RNG& random, int count) {
 }
 
 /// The label of one letter: the office above, the bars, the number below.
-Label makeLabel(const CodeText& text, double moduleSize, double barHeight, double scale,
-                cv::RNG& random) {
+Page makeLabel(const CodeText& text, double moduleSize, double barHeight, double scale,
+               cv::RNG& random) {
     const cv::Mat code =
         drawCode(text, moduleSize * scale, isLinear(text) ? toPixels(barHeight, scale) : 0);
     const int quiet = toPixels(std::max(2.0, 10 * moduleSize), scale);
@@ -69,38 +63,19 @@ Label makeLabel(const CodeText& text, double moduleSize, double barHeight, doubl
     write(picture, text.text.toStdString(), {quiet / scale + 1, picture.rows / scale - 0.8}, 1.7,
           scale);
     cv::rectangle(picture, {0, 0, picture.cols, picture.rows}, cv::Scalar(150), 1);
-    return {picture, place, text};
+    return {picture, {{text, cornersOf(place)}}};
 }
 
-void stick(Page& page, const Label& label, cv::Point2d centre, double degrees) {
-    const cv::Point2f middle(static_cast<float>(label.picture.cols) / 2,
-                             static_cast<float>(label.picture.rows) / 2);
+void stick(Page& page, const Page& label, cv::Point2d centre, double degrees) {
+    const cv::Point2f middle(static_cast<float>(label.ink.cols) / 2,
+                             static_cast<float>(label.ink.rows) / 2);
     cv::Mat turn = cv::getRotationMatrix2D(middle, degrees, 1);
     turn.at<double>(0, 2) += centre.x - middle.x;
     turn.at<double>(1, 2) += centre.y - middle.y;
-    cv::warpAffine(label.picture, page.ink, turn, page.ink.size(), cv::INTER_LINEAR,
+    cv::warpAffine(label.ink, page.ink, turn, page.ink.size(), cv::INTER_LINEAR,
                    cv::BORDER_TRANSPARENT);
-    const cv::Rect& code = label.code;
-    const std::array<cv::Point2d, 4> corners{cv::Point2d(code.tl()),
-                                             {double(code.br().x), double(code.y)},
-                                             cv::Point2d(code.br()),
-                                             {double(code.x), double(code.br().y)}};
-    PlacedCode placed{label.text, {}};
-    for (size_t i = 0; i < 4; ++i) {
-        const cv::Vec3d p(corners[i].x, corners[i].y, 1);
-        placed.corners[i] = {static_cast<float>(turn.row(0).dot(cv::Mat(p).t())),
-                             static_cast<float>(turn.row(1).dot(cv::Mat(p).t()))};
-    }
-    page.codes.append(placed);
-}
-
-/// Ink that lets what is below show through.
-void press(cv::Mat& page, const cv::Mat& ink, cv::Point at) {
-    const cv::Rect where = cv::Rect(at, ink.size()) & cv::Rect({0, 0}, page.size());
-    if (where.empty())
-        return;
-    cv::Mat below = page(where);
-    cv::multiply(below, ink(where - at), below, 1.0 / 255);
+    page.codes.append(label.codes);
+    cv::transform(page.codes.last().corners, page.codes.last().corners, turn);
 }
 
 void stampOffice(cv::Mat& page, cv::Point2d centre, double scale, cv::RNG& random) {
@@ -118,8 +93,10 @@ void stampOffice(cv::Mat& page, cv::Point2d centre, double scale, cv::RNG& rando
     cv::Mat turned;
     cv::warpAffine(stamp, turned, cv::getRotationMatrix2D(middle, random.uniform(-40.0, 40.0), 1),
                    stamp.size(), cv::INTER_LINEAR, cv::BORDER_CONSTANT, cv::Scalar(255));
-    press(page, turned,
-          {toPixels(centre.x, scale) - side / 2, toPixels(centre.y, scale) - side / 2});
+    // Ink lets what is below show through.
+    cv::Mat below = page(
+        {toPixels(centre.x, scale) - side / 2, toPixels(centre.y, scale) - side / 2, side, side});
+    cv::multiply(below, turned, below, 1.0 / 255);
 }
 
 void drawForm(cv::Mat& page, double scale, cv::RNG& random) {
@@ -144,12 +121,12 @@ void drawForm(cv::Mat& page, double scale, cv::RNG& random) {
     }
 }
 
-CodeText anyCode(cv::RNG& random, const PageOptions& options) {
+CodeText anyCode(cv::RNG& random, bool isMatrix) {
     const int kind = random.uniform(0, 100);
-    if (kind < options.otherPercent)
-        return otherLinear(random);
-    if (kind < options.otherPercent + options.matrixPercent)
+    if (isMatrix || (kind >= 8 && kind < 12))
         return otherMatrix(random);
+    if (kind < 8)
+        return otherLinear(random);
     return kind < 70 ? registeredLetter(random) : internationalLetter(random);
 }
 
@@ -158,6 +135,10 @@ double modulesOf(const CodeText& text) {
 }
 
 } // namespace
+
+Corners cornersOf(const cv::Rect2f& place) {
+    return {place.tl(), {place.br().x, place.y}, place.br(), {place.x, place.br().y}};
+}
 
 Page registerPage(cv::RNG& random, const PageOptions& options) {
     const double scale = options.scale;
@@ -170,14 +151,12 @@ Page registerPage(cv::RNG& random, const PageOptions& options) {
         std::swap(rows[i - 1], rows[static_cast<size_t>(random.uniform(0, static_cast<int>(i)))]);
     std::sort(rows.begin(), rows.begin() + options.labels);
     for (int i = 0; i < options.labels; ++i) {
-        const CodeText text = anyCode(random, options);
-        const double fitting = std::min(0.33, (numberColumnWidth + random.uniform(-3.0, 6.0)) /
-                                                  (modulesOf(text) + 20));
-        const double moduleSize =
-            isLinear(text) ? (options.moduleSize > 0 ? options.moduleSize : fitting)
-                           : std::min(0.4, (text.format == QLatin1String("PDF417") ? 40 : 11) /
-                                               modulesOf(text));
-        const Label label = makeLabel(text, moduleSize, random.uniform(6.0, 8.5), scale, random);
+        const CodeText text = anyCode(random, options.hasOnlyMatrices);
+        const double width = numberColumnWidth + random.uniform(-3.0, 6.0);
+        const int matrixWidth = text.format == QLatin1String("PDF417") ? 40 : 11;
+        const double moduleSize = isLinear(text) ? std::min(0.33, width / (modulesOf(text) + 20))
+                                                 : std::min(0.4, matrixWidth / modulesOf(text));
+        const Page label = makeLabel(text, moduleSize, random.uniform(6.0, 8.5), scale, random);
         const cv::Point2d centre(numberColumn + numberColumnWidth / 2 + random.uniform(-2.0, 2.0),
                                  firstRow + (rows[static_cast<size_t>(i)] + 0.5) * rowHeight +
                                      random.uniform(-0.8, 0.8));
@@ -202,18 +181,13 @@ Page labelSheet(cv::RNG& random, double scale) {
     Page page{cv::Mat(toPixels(30, scale), toPixels(62, scale), CV_8U, cv::Scalar(paper)), {}};
     const CodeText text =
         random.uniform(0, 3) > 0 ? registeredLetter(random) : internationalLetter(random);
-    const Label label = makeLabel(text, 42 / modulesOf(text), 9, scale, random);
+    const Page label = makeLabel(text, 42 / modulesOf(text), 9, scale, random);
     stick(page, label, cv::Point2d(31, 15) * scale, random.uniform(-3.0, 3.0));
     return page;
 }
 
 Page codelessPage(cv::RNG& random, double scale) {
-    PageOptions options;
-    options.scale = scale;
-    options.labels = 0;
-    options.stamps = 3;
-    options.strokes = 5;
-    Page page = registerPage(random, options);
+    Page page = registerPage(random, {.scale = scale, .stamps = 3, .strokes = 5});
     // What looks like bars and is none: hatching, a ruler's marks, a grille.
     for (int patch = 0; patch < 3; ++patch) {
         const cv::Point2d at(random.uniform(12.0, 150.0), random.uniform(230.0, 270.0));

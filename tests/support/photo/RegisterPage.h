@@ -8,9 +8,14 @@
 
 namespace kopertal::test {
 
+using Corners = std::array<cv::Point2f, 4>;
+
+/// From the upper left one on, clockwise.
+Corners cornersOf(const cv::Rect2f& place);
+
 struct PlacedCode {
     CodeText code;
-    std::array<cv::Point2f, 4> corners; ///< Around the printed code.
+    Corners corners; ///< Around the printed code.
 };
 
 /// A flat sheet before it is photographed: 8-bit grey, and where its codes are, in its pixels.
@@ -20,14 +25,12 @@ struct Page {
 };
 
 struct PageOptions {
-    double scale = 14;     ///< Pixels a millimetre.
-    int labels = 10;       ///< At most ten, one a row of the form.
-    double tilt = 2;       ///< Labels are stuck on by hand: up to so many degrees off.
-    double moduleSize = 0; ///< Millimetres; 0 for what fits the form's column.
-    int stamps = 1;        ///< Round office stamps pressed half over labels, and
-    int strokes = 0;       ///< pen strokes across them.
-    int otherPercent = 8;  ///< Codes of other kinds than letters carry: linear
-    int matrixPercent = 4; ///< and two-dimensional.
+    double scale;                 ///< Pixels a millimetre.
+    int labels = 0;               ///< At most ten, one a row of the form.
+    double tilt = 0;              ///< Labels are stuck on by hand: up to so many degrees off.
+    int stamps = 0;               ///< Round office stamps pressed half over labels, and
+    int strokes = 0;              ///< pen strokes across them.
+    bool hasOnlyMatrices = false; ///< Otherwise few codes are not what letters carry.
 };
 
 /// The dispatch register of ten rows, A4, with a label stuck on `labels` of them.

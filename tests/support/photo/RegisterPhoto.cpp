@@ -4,68 +4,43 @@
 
 #include <QBuffer>
 #include <QImage>
-#include <QImageWriter>
 #include <opencv2/imgproc.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 
 namespace kopertal::test {
 namespace {
 
-constexpr double photoRatio = 4.0 / 3;
-
-struct Span {
-    double low;
-    double high;
+/// What shots are drawn from, at 12 megapixels: a span for each level of difficulty.
+const struct {
+    double Shot::*value;
+    double spans[3][2];
+} conditions[] = {
+    {&Shot::fill, {{0.9, 1.0}, {0.85, 1.0}, {0.85, 1.0}}},
+    {&Shot::turn, {{-3, 3}, {-20, 20}, {-25, 25}}},
+    {&Shot::perspective, {{0, 0.04}, {0.02, 0.12}, {0.05, 0.15}}},
+    {&Shot::bend, {{0, 0}, {0, 12}, {0, 25}}},
+    {&Shot::blur, {{0.4, 0.9}, {0.4, 0.75}, {0.6, 1.1}}},
+    {&Shot::motion, {{0, 0}, {0, 1.2}, {0, 2}}},
+    {&Shot::noise, {{1, 4}, {3, 7}, {4, 10}}},
+    {&Shot::shadow, {{0, 0.2}, {0.1, 0.5}, {0.2, 0.6}}},
+    {&Shot::vignette, {{0.1, 0.1}, {0.1, 0.3}, {0.1, 0.4}}},
+    {&Shot::exposure, {{0.85, 1}, {0.7, 1}, {0.55, 0.95}}},
+    {&Shot::contrast, {{1, 1}, {0.7, 1}, {0.5, 0.9}}},
+    {&Shot::sharpening, {{0, 0.6}, {0, 0}, {0, 0}}},
 };
+constexpr int mostGlares[] = {0, 1, 3};
+const cv::Range qualities[] = {{88, 96}, {75, 92}, {60, 88}}; // of the JPEG
 
-/// What a level of difficulty draws its shots from, at 12 megapixels.
-struct Conditions {
-    Span fill, turn, perspective, bend;
-    Span blur, motion, noise;
-    Span shadow, vignette, exposure, contrast, sharpening;
-    int mostGlares;
-    cv::Range quality; ///< Of the JPEG.
-};
-
-// clang-format off
-/// From easy to hard, in the order above.
-const std::array<Conditions, 3> levels{{
-    {{0.9, 1.0}, {-3, 3}, {0, 0.04}, {0, 0},
-     {0.4, 0.9}, {0, 0}, {1, 4},
-     {0, 0.2}, {0.1, 0.1}, {0.85, 1}, {1, 1}, {0, 0.6},
-     0, {88, 96}},
-    {{0.85, 1.0}, {-20, 20}, {0.02, 0.12}, {0, 12},
-     {0.4, 0.75}, {0, 1.2}, {3, 7},
-     {0.1, 0.5}, {0.1, 0.3}, {0.7, 1}, {0.7, 1}, {0, 0},
-     1, {75, 92}},
-    {{0.85, 1.0}, {-25, 25}, {0.05, 0.15}, {0, 25},
-     {0.6, 1.1}, {0, 2}, {4, 10},
-     {0.2, 0.6}, {0.1, 0.4}, {0.55, 0.95}, {0.5, 0.9}, {0, 0},
-     3, {60, 88}},
-}};
-// clang-format on
-
-Shot drawShot(const Conditions& level, cv::RNG& random) {
-    const auto within = [&](const Span& span) {
-        return span.low < span.high ? random.uniform(span.low, span.high) : span.low;
-    };
-    Shot shot;
-    shot.fill = within(level.fill);
-    shot.turn = within(level.turn);
-    shot.perspective = within(level.perspective);
-    shot.bend = within(level.bend);
-    shot.blur = within(level.blur);
-    shot.motion = within(level.motion);
-    shot.noise = within(level.noise);
-    shot.shadow = within(level.shadow);
-    shot.vignette = within(level.vignette);
-    shot.exposure = within(level.exposure);
-    shot.contrast = within(level.contrast);
-    shot.glares = level.mostGlares > 0 ? random.uniform(0, level.mostGlares + 1) : 0;
-    shot.sharpening = within(level.sharpening);
+Shot drawShot(size_t level, cv::RNG& random) {
+    Shot shot{};
+    for (const auto& [value, spans] : conditions) {
+        const auto [least, most] = spans[level];
+        shot.*value = least < most ? random.uniform(least, most) : least;
+    }
+    if (mostGlares[level] > 0)
+        shot.glares = random.uniform(0, mostGlares[level] + 1);
     return shot;
 }
 
@@ -76,18 +51,13 @@ Page drawSheet(const PhotoRecipe& recipe, cv::RNG& random) {
     const double scale = std::clamp(14 * detail, 8.0, 28.0);
     if (recipe.subject == Subject::codeless)
         return codelessPage(random, scale);
-    PageOptions options;
-    options.scale = scale;
-    options.labels = random.uniform(1, 11);
     const auto level = static_cast<int>(recipe.difficulty);
-    options.tilt = 2 + 3 * level;
-    options.stamps = random.uniform(0, 2 + 2 * level);
-    options.strokes = level * random.uniform(0, 3);
-    if (recipe.subject == Subject::matrices) {
-        options.otherPercent = 0;
-        options.matrixPercent = 100;
-    }
-    return registerPage(random, options);
+    return registerPage(random, {.scale = scale,
+                                 .labels = random.uniform(1, 11),
+                                 .tilt = 2.0 + 3 * level,
+                                 .stamps = random.uniform(0, 2 + 2 * level),
+                                 .strokes = level * random.uniform(0, 3),
+                                 .hasOnlyMatrices = recipe.subject == Subject::matrices});
 }
 
 } // namespace
@@ -100,11 +70,11 @@ RegisterPhoto makeRegisterPhoto(const PhotoRecipe& recipe) {
         random.next();
     const double detail = std::sqrt(recipe.megapixels / 12);
     const Page sheet = drawSheet(recipe, random);
-    const Conditions& level = levels[static_cast<size_t>(recipe.difficulty)];
+    const auto level = static_cast<size_t>(recipe.difficulty);
     Shot shot = drawShot(level, random);
-    const int longSide =
-        static_cast<int>(std::lround(std::sqrt(recipe.megapixels * 1e6 * photoRatio)));
-    const int shortSide = static_cast<int>(std::lround(longSide / photoRatio));
+    constexpr double ratio = 4.0 / 3;
+    const auto longSide = static_cast<int>(std::lround(std::sqrt(recipe.megapixels * 1e6 * ratio)));
+    const auto shortSide = static_cast<int>(std::lround(longSide / ratio));
     shot.size = recipe.subject == Subject::closeUp ? cv::Size(longSide, shortSide)
                                                    : cv::Size(shortSide, longSide);
     shot.bend *= detail;
@@ -114,9 +84,10 @@ RegisterPhoto makeRegisterPhoto(const PhotoRecipe& recipe) {
         shot.turn += 90 * random.uniform(1, 4);
     }
     const Page photo = photograph(sheet, shot, random);
-    return {encodePage(photo.ink, "jpeg", random.uniform(level.quality.start, level.quality.end)),
-            {photo.ink.cols, photo.ink.rows},
-            photo.codes};
+    return {
+        encodePage(photo.ink, "jpeg", random.uniform(qualities[level].start, qualities[level].end)),
+        {photo.ink.cols, photo.ink.rows},
+        photo.codes};
 }
 
 QByteArray encodePage(const cv::Mat& grey, const char* format, int quality) {
@@ -128,11 +99,7 @@ QByteArray encodePage(const cv::Mat& grey, const char* format, int quality) {
                          QImage::Format_RGB888);
     QBuffer buffer;
     buffer.open(QIODevice::WriteOnly);
-    QImageWriter writer(&buffer, format);
-    writer.setQuality(quality);
-    if (!writer.write(picture))
-        return {};
-    return buffer.data();
+    return picture.save(&buffer, format, quality) ? buffer.data() : QByteArray();
 }
 
 RegisterPhoto makeScreenshot(const QList<CodeText>& codes, const char* format) {
@@ -142,12 +109,7 @@ RegisterPhoto makeScreenshot(const QList<CodeText>& codes, const char* format) {
         const cv::Mat picture = drawCode(code, isLinear(code) ? 3 : 4, 80);
         const cv::Rect place(120, y, picture.cols, picture.rows);
         picture.copyTo(page.ink(place));
-        const cv::Point2f corner(place.tl());
-        const auto width = static_cast<float>(place.width);
-        const auto height = static_cast<float>(place.height);
-        page.codes.append({code,
-                           {corner, corner + cv::Point2f(width, 0),
-                            corner + cv::Point2f(width, height), corner + cv::Point2f(0, height)}});
+        page.codes.append({code, cornersOf(place)});
         y += 160;
     }
     return {encodePage(page.ink, format), {page.ink.cols, page.ink.rows}, page.codes};

@@ -1,0 +1,51 @@
+#pragma once
+
+#include "tests/support/RawClient.h"
+
+#include <random>
+
+namespace kopertal::test {
+
+/// Anything that a phone or a stranger may do, drawn by chance. True when it was an upload and its
+/// answer says that it was accepted; then it was whole, but for an early end, and all 'x'.
+inline bool makeRandomRequest(std::uint16_t port, std::mt19937& random) {
+    RawClient client(port);
+    if (!client.isOpen())
+        return false;
+    std::string photo(1 + random() % 200'000, 'x');
+    switch (random() % 12) {
+    case 0: // never says anything
+        return false;
+    case 1: // does not wait for the answer
+        client.send("GET / HTTP/1.1\r\n\r\n");
+        return false;
+    case 2: // aborted in the header
+        client.send("POST /upl");
+        client.reset();
+        return false;
+    case 3: // aborted in the body
+        client.send(uploadHead(photo.size() + 1'000'000) + photo);
+        client.reset();
+        return false;
+    case 4:
+        client.send(uploadHead(60'000'000) + photo);
+        break;
+    case 5:
+        client.send("POST /upload HTTP/1.1\r\nContent-Length: -7\r\n\r\n");
+        break;
+    case 6: // noise
+        for (char& c : photo)
+            c = static_cast<char>(random());
+        client.send(photo);
+        break;
+    case 7: // ends early, and still counts
+        client.send(uploadHead(photo.size() + 1) + photo);
+        client.finish();
+        break;
+    default:
+        client.send(uploadHead(photo.size()) + photo);
+    }
+    return client.readAll().value_or("").starts_with("HTTP/1.1 200");
+}
+
+} // namespace kopertal::test
