@@ -1,6 +1,5 @@
 // What the system refuses: memory, and the watching of descriptors.
-#include "net/HttpClient.h"
-#include "tests/support/TrackingStandIn.h"
+#include "tests/support/HttpRequests.h"
 
 #include <QElapsedTimer>
 #include <QTest>
@@ -67,13 +66,10 @@ private Q_SLOTS:
             bool wasRefused = true;
             int failed = 0;
             for (int n = 0; wasRefused; ++n) {
-                HttpClient client(options());
+                HttpClient client(trusting(m_standIn));
                 allocationsLeft = n;
-                QList<QFuture<HttpAnswer>> answers;
-                for (int i = 0; i < 3; ++i)
-                    answers.append(client.send(request(listener)));
                 int without = 0;
-                for (QFuture<HttpAnswer>& answer : answers)
+                for (QFuture<HttpAnswer>& answer : sendMany(client, request(listener), 3))
                     without += hasFailed(answer);
                 wasRefused = allocationsLeft.exchange(never) < 0;
                 QVERIFY(without <= 1);
@@ -85,7 +81,7 @@ private Q_SLOTS:
     }
 
     void aDescriptorThatCannotBeWatchedFailsTheRequest() {
-        HttpClient client(options());
+        HttpClient client;
         QElapsedTimer clock;
         clock.start();
         refusesToWatch = true;
@@ -98,15 +94,8 @@ private Q_SLOTS:
     }
 
 private:
-    HttpOptions options() const {
-        HttpOptions result;
-        result.authorityFile = m_standIn.authority().toStdString();
-        return result;
-    }
-
     HttpRequest request(const QString& listener) const {
-        HttpRequest result;
-        result.url = m_standIn.address(listener, "open").toStdString();
+        HttpRequest result = requestTo(m_standIn.address(listener, "open"));
         result.body = "no number";
         result.bodyHeaders = {"Content-Type: text/xml"};
         return result;
