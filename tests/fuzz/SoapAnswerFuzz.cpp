@@ -2,25 +2,20 @@
 #include "tracking/SoapAnswer.h"
 #include "tracking/SoapText.h"
 
+#include <QRegularExpression>
+
 using namespace kopertal;
 
 namespace {
 
 /// As extractAllBlocks(), but plain and slow.
-QStringList plainBlocks(const QString& tag, QString xml) {
+QStringList plainBlocks(const QString& tag, const QString& xml) {
+    const QRegularExpression block("<" + tag + ".*?</" + tag + ">",
+                                   QRegularExpression::DotMatchesEverythingOption);
     QStringList blocks;
-    for (;;) {
-        const qsizetype begin = xml.indexOf(u'<' + tag);
-        if (begin < 0)
-            return blocks;
-        xml = xml.sliced(begin);
-        const QString closing = QStringLiteral("</") + tag + u'>';
-        const qsizetype end = xml.indexOf(closing, tag.size() + 1);
-        if (end < 0)
-            return blocks;
-        blocks << xml.first(end + closing.size());
-        xml = xml.sliced(end + closing.size());
-    }
+    for (const QRegularExpressionMatch& match : block.globalMatch(xml))
+        blocks << match.captured();
+    return blocks;
 }
 
 void checkTag(const QString& tag, const QString& xml) {

@@ -59,11 +59,16 @@ Status welcome(SmsConn connection, SmPointer, unsigned long* mask, SmsCallbacks*
                char**) {
     client = connection;
     *mask = SmsRegisterClientProcMask | SmsSaveYourselfDoneProcMask | SmsCloseConnectionProcMask |
-            SmsSetPropertiesProcMask; // what the toolkit needs
+            SmsSetPropertiesProcMask | SmsDeletePropertiesProcMask; // what the toolkit uses
     callbacks->register_client.callback = registerClient;
     callbacks->save_yourself_done.callback = saved;
     callbacks->close_connection.callback = closed;
     callbacks->set_properties.callback = setProperties;
+    callbacks->delete_properties.callback = [](SmsConn, SmPointer, int count, char** names) {
+        while (count > 0)
+            std::free(names[--count]);
+        std::free(names);
+    };
     return 1;
 }
 
@@ -81,8 +86,9 @@ int main(int argc, char** argv) {
         std::fprintf(stderr, "kopertal_session PROGRAM: %s\n", error.data());
         return 1;
     }
-    IceSetHostBasedAuthProc(listeners[0], acceptAll);
-    setenv("SESSION_MANAGER", IceComposeNetworkIdList(1, listeners), 1);
+    IceListenObj& local = listeners[count - 1]; // the first is one for other computers
+    IceSetHostBasedAuthProc(local, acceptAll);
+    setenv("SESSION_MANAGER", IceComposeNetworkIdList(1, &local), 1);
     const pid_t program = fork();
     if (program == 0) {
         execl(argv[1], argv[1], static_cast<char*>(nullptr));
@@ -96,7 +102,7 @@ int main(int argc, char** argv) {
     sigprocmask(SIG_BLOCK, &end, &others);
     std::signal(SIGUSR1, [](int) {});
     IceAcceptStatus accepted{};
-    IceConn connection = IceAcceptConnection(listeners[0], &accepted);
+    IceConn connection = IceAcceptConnection(local, &accepted);
     pollfd wait{IceConnectionNumber(connection), POLLIN, 0};
     for (bool isOpen = true; isOpen;) {
         if (ppoll(&wait, 1, nullptr, &others) < 0) {

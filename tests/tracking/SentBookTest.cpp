@@ -27,19 +27,16 @@ class SentBookTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void isStoredCompactlyWithUpperCaseIdentifiersAndEscapedSlashes() {
+    void isStoredAsCompactJson() {
         QCOMPARE(QString::fromUtf8(encodeSentBooks({book})), u'[' + stored + u']');
         QCOMPARE(encodeSentBooks({}), "[]");
-    }
-
-    void readsKeysInAnyOrderAndPassesOverOthers() {
-        QString other = stored;
+        QCOMPARE(decodeSentBooks("[]"), QList<SentBook>());
+        QString other = stored; // its keys in another order, and one that is unknown
         other.replace("\"date\":\"2025-03\",", "\"more\":{\"x\":[1]},");
         other.chop(1);
         other += ",\"date\":\"2025-03\"}";
         QCOMPARE(decodeSentBooks((u'[' + stored + u',' + other + u']').toUtf8()),
                  (QList<SentBook>{book, book}));
-        QCOMPARE(decodeSentBooks("[]"), QList<SentBook>());
     }
 
     void anythingWrongMakesItUnreadable() {
