@@ -1,5 +1,6 @@
 #include "tracking/TrackingService.h"
 
+#include "tests/support/Files.h"
 #include "tests/support/HttpRequests.h"
 
 #include <QTest>
@@ -50,27 +51,23 @@ private Q_SLOTS:
         options.userAgent = "Test/1";
         HttpClient client(options);
         const TrackingService service(client, access());
-        const std::pair<QString, QString> cases[] = {
-            {" (00)00990011223344556677\n", "00990011223344556677"},
-            {"1</sled:numer><sled:numer a=\"b\">&lt;<!-- ]]>&b;", {}}, // as they are
-            {"%1%2%3\\n$0", {}},
-            {"zażółć \U0001F4E6", {}},
-            {QString(2'000'000, u'9'), {}}};
-        for (const auto& [number, sent] : cases) {
-            service.fetch(number).waitForFinished();
-            const QByteArray body = envelopeOf(sent.isEmpty() ? number : sent);
-            const QString expected = "POST /service HTTP/1.1\r\n"
-                                     "Host: " +
-                                     m_standIn.address("http").section(u'/', 2, 2) +
-                                     "\r\n"
-                                     "User-Agent: Test/1\r\n"
-                                     "Accept: */*\r\n"
-                                     "Accept-Encoding: gzip, deflate\r\n"
-                                     "Content-Type: text/xml; charset=utf-8\r\n"
-                                     "SOAPAction: \"\"\r\n"
-                                     "Content-Length: " +
-                                     QString::number(body.size()) + "\r\n\r\n" + body;
-            QVERIFY2(m_standIn.recorded() == expected.toUtf8(), m_standIn.recorded().left(2'000));
+        const QByteArray envelope =
+            test::contentsOf(KOPERTAL_SOURCE_DIR "/tests/tracking/envelope.xml").trimmed();
+        for (const QString& number : {QString("00990011223344556677"), QString("zażółć \U0001F4E6"),
+                                      QString("1</sled:numer><sled:numer a=\"b\">&lt;<!-- ]]>&b;"),
+                                      QString("%1%2%3\\n$0"), QString(2'000'000, u'9')}) {
+            service.fetch(" (00)" + number + '\n').waitForFinished();
+            const QByteArray body = QByteArray(envelope).replace("NUMBER", number.toUtf8());
+            const QStringList head{"POST /service HTTP/1.1",
+                                   "Host: " + m_standIn.address("http").section(u'/', 2, 2),
+                                   "User-Agent: Test/1",
+                                   "Accept: */*",
+                                   "Accept-Encoding: gzip, deflate",
+                                   "Content-Type: text/xml; charset=utf-8",
+                                   "SOAPAction: \"\"",
+                                   "Content-Length: " + QString::number(body.size())};
+            const QByteArray expected = head.join("\r\n").toUtf8() + "\r\n\r\n" + body;
+            QVERIFY2(m_standIn.recorded() == expected, m_standIn.recorded().left(2'000));
         }
     }
 
@@ -134,29 +131,6 @@ private:
     TrackingAccess access() const {
         return {m_standIn.address("http", "service"), "http://stand-in.test/?a&b", "guest",
                 "secret"};
-    }
-
-    static QByteArray envelopeOf(const QString& number) {
-        return QStringLiteral(R"(<?xml version="1.0" encoding="UTF-8"?>
-<soapenv:Envelope xmlns:soapenv="http://schemas.xmlsoap.org/soap/envelope/"
-                  xmlns:sled="http://stand-in.test/?a&amp;b">
-  <soapenv:Header>
-    <wsse:Security xmlns:wsse="%1wssecurity-secext-1.0.xsd"
-                   soapenv:mustUnderstand="1">
-      <wsse:UsernameToken>
-        <wsse:Username>guest</wsse:Username>
-        <wsse:Password Type="%1username-token-profile-1.0#PasswordText">secret</wsse:Password>
-      </wsse:UsernameToken>
-    </wsse:Security>
-  </soapenv:Header>
-  <soapenv:Body>
-    <sled:sprawdzPrzesylkePl>
-      <sled:numer>%2</sled:numer>
-    </sled:sprawdzPrzesylkePl>
-  </soapenv:Body>
-</soapenv:Envelope>)")
-            .arg("http://docs.oasis-open.org/wss/2004/01/oasis-200401-wss-", number)
-            .toUtf8();
     }
 
     TrackingStandIn m_standIn;

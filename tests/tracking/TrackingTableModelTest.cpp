@@ -108,10 +108,12 @@ private Q_SLOTS:
             for (int i = 0; i < 30; ++i)
                 numbers << any(15);
             m_model->setRows(rowsOf(numbers));
-            m_model->setSortOrder(order);
-            view = shownRows();
             const QPersistentModelIndex selected = m_model->index(7, 0);
             const QUuid selectedId = m_model->rowAt(7).id();
+            m_model->setSortOrder(order);
+            for (const int other : {-1, 0, 2, 4, 5})
+                m_model->sort(other);
+            view = shownRows();
             for (int i = 0; i < 400; ++i) {
                 const QUuid id = m_model->rows()[random.bounded(30)].id();
                 m_model->merge(id, resultOf(any(3), any(8), any(3) + u'\n' + any(3)));

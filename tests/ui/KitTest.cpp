@@ -10,15 +10,12 @@
 #include "ui/SmallButtons.h"
 
 #include <QAccessible>
-#include <QAction>
 #include <QApplication>
 #include <QDropEvent>
 #include <QFileDialog>
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
-#include <QMainWindow>
-#include <QMenuBar>
 #include <QMimeData>
 #include <QPushButton>
 #include <QScrollArea>
@@ -237,6 +234,7 @@ private Q_SLOTS:
             QTRY_VERIFY(isSeen(button) && isFocusRingShown(button));
             pressKeys({"Tab"});
         }
+        QTRY_COMPARE(window.focusWidget(), buttons.first());
         window.resize(500, 1000);
         QTRY_VERIFY(isSeen(buttons.first()) && isSeen(buttons.last()));
         QCOMPARE(content->width(), 400);
