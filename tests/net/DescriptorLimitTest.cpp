@@ -17,6 +17,7 @@ class DescriptorLimitTest : public QObject {
 
 private Q_SLOTS:
     void initTestCase() { QVERIFY(m_standIn.isReady()); }
+    void init() { m_clock.start(); }
 
     void requestsBeyondTheDescriptorsWaitWithoutSpendingTheirTime() {
         limitDescriptors(40, 200);
@@ -24,10 +25,8 @@ private Q_SLOTS:
         QVERIFY(freeDescriptors() > 40); // raised
         HttpRequest request = askFor("open%20after%200.5");
         request.timeout = 2'500ms;
-        QElapsedTimer clock;
-        clock.start();
         QVERIFY(areAllAnswered(client, request, 800));
-        QVERIFY2(clock.elapsed() > 3'000, "they did not have to wait: nothing is shown");
+        QVERIFY2(m_clock.elapsed() > 3'000, "they did not have to wait: nothing is shown");
     }
 
     void aDescriptorTakenByOthersIsWaitedFor() {
@@ -37,10 +36,9 @@ private Q_SLOTS:
         leaveDescriptors(6);
         QVERIFY(areAllAnswered(client, request, 30));
         limitDescriptors(200, 200);
-        QElapsedTimer clock;
-        clock.start();
+        m_clock.start();
         QVERIFY(areAllAnswered(client, request, 60));
-        QVERIFY2(clock.elapsed() < 3'000, "as few at a time as in the shortage");
+        QVERIFY2(m_clock.elapsed() < 3'000, "as few at a time as in the shortage");
     }
 
     void keptConnectionsGiveWay() {
@@ -59,10 +57,8 @@ private Q_SLOTS:
     void ofFewDescriptorsNotAllAreReserved() {
         limitDescriptors(64, 64);
         HttpClient client;
-        QElapsedTimer clock;
-        clock.start();
         QVERIFY(areAllAnswered(client, askFor("open%20after%200.3"), 30));
-        QVERIFY2(clock.elapsed() < 4'500, "they were asked for one after the other");
+        QVERIFY2(m_clock.elapsed() < 4'500, "they were asked for one after the other");
         QVERIFY(spareDescriptors() < freeDescriptors());
     }
 
@@ -84,10 +80,11 @@ private:
     }
 
     static bool areAllAnswered(HttpClient& client, const HttpRequest& request, int count) {
-        return allEndWith(HttpFailure::none, sendMany(client, request, count));
+        return countOf(HttpFailure::none, sendMany(client, request, count)) == count;
     }
 
     TrackingStandIn m_standIn;
+    QElapsedTimer m_clock;
 };
 
 QTEST_GUILESS_MAIN(DescriptorLimitTest)

@@ -1,7 +1,6 @@
 // What the system refuses: memory, and the watching of descriptors.
 #include "tests/support/HttpRequests.h"
 
-#include <QElapsedTimer>
 #include <QTest>
 
 #include <atomic>
@@ -82,14 +81,11 @@ private Q_SLOTS:
 
     void aDescriptorThatCannotBeWatchedFailsTheRequest() {
         HttpClient client;
-        QElapsedTimer clock;
-        clock.start();
         refusesToWatch = true;
         const HttpAnswer answer = client.send(request("http")).result();
         refusesToWatch = false;
-        QCOMPARE(answer.failure, HttpFailure::other);
+        QCOMPARE(answer.failure, HttpFailure::other); // at once, not timedOut
         QVERIFY(!failureText(answer).isEmpty());
-        QVERIFY(clock.elapsed() < 5'000);
         QCOMPARE(client.send(request("http")).result().failure, HttpFailure::none);
     }
 

@@ -29,11 +29,10 @@ inline QList<QFuture<HttpAnswer>> sendMany(HttpClient& client, const HttpRequest
     return answers;
 }
 
-/// Waits for them.
-inline bool allEndWith(HttpFailure failure, const QList<QFuture<HttpAnswer>>& answers) {
-    return std::ranges::all_of(answers, [failure](const QFuture<HttpAnswer>& answer) {
-        return answer.result().failure == failure;
-    });
+/// So many of them end so; waits for all.
+inline qsizetype countOf(HttpFailure failure, const QList<QFuture<HttpAnswer>>& answers) {
+    return std::ranges::count(answers, failure,
+                              [](const auto& answer) { return answer.result().failure; });
 }
 
 } // namespace kopertal

@@ -18,27 +18,6 @@ namespace {
 SmsConn client = nullptr;
 bool isEnding = false;
 
-Status registerClient(SmsConn connection, SmPointer, char* previousId) {
-    std::free(previousId);
-    char* id = SmsGenerateClientID(connection);
-    SmsRegisterClientReply(connection, id);
-    std::free(id);
-    SmsSaveYourself(connection, SmSaveLocal, False, SmInteractStyleNone, False);
-    return 1;
-}
-
-void saved(SmsConn connection, SmPointer, Bool) {
-    if (isEnding)
-        SmsDie(connection);
-    else
-        SmsSaveComplete(connection);
-}
-
-void closed(SmsConn connection, SmPointer, int count, char** reasons) {
-    SmFreeReasons(count, reasons);
-    SmsCleanUp(connection);
-}
-
 void setProperties(SmsConn, SmPointer, int count, SmProp** properties) {
     for (int each = 0; each < count; ++each) {
         const SmProp& property = *properties[each];
@@ -60,9 +39,22 @@ Status welcome(SmsConn connection, SmPointer, unsigned long* mask, SmsCallbacks*
     client = connection;
     *mask = SmsRegisterClientProcMask | SmsSaveYourselfDoneProcMask | SmsCloseConnectionProcMask |
             SmsSetPropertiesProcMask | SmsDeletePropertiesProcMask; // what the toolkit uses
-    callbacks->register_client.callback = registerClient;
-    callbacks->save_yourself_done.callback = saved;
-    callbacks->close_connection.callback = closed;
+    callbacks->register_client.callback = [](SmsConn connected, SmPointer, char* previousId) {
+        std::free(previousId);
+        char* id = SmsGenerateClientID(connected);
+        SmsRegisterClientReply(connected, id);
+        std::free(id);
+        SmsSaveYourself(connected, SmSaveLocal, False, SmInteractStyleNone, False);
+        return Status(1);
+    };
+    callbacks->save_yourself_done.callback = [](SmsConn connected, SmPointer, Bool) {
+        (isEnding ? SmsDie : SmsSaveComplete)(connected);
+    };
+    callbacks->close_connection.callback = [](SmsConn connected, SmPointer, int count,
+                                              char** reasons) {
+        SmFreeReasons(count, reasons);
+        SmsCleanUp(connected);
+    };
     callbacks->set_properties.callback = setProperties;
     callbacks->delete_properties.callback = [](SmsConn, SmPointer, int count, char** names) {
         while (count > 0)

@@ -53,6 +53,7 @@ private Q_SLOTS:
              R"("{F0E0D0C0-1111-4222-8333-AABBCCDDEEFF}")"},
             {"0A0B0C0D-1111-", "0A0B0C0D1-111-"},
             {"0A0B0C0D", "0A0B0C0G"},
+            {"EEFF\"", "EEFFF\""},
             {"{", ""},
             {"EEFF\"}", "EEFF\"}]"}};
         for (const QString key :

@@ -8,6 +8,7 @@
 #include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusVariant>
+#include <QElapsedTimer>
 #include <QImage>
 #include <QTest>
 
@@ -62,8 +63,11 @@ private Q_SLOTS:
 
         auto owner = std::make_unique<QObject>();
         QVariantList heard;
+        QElapsedTimer timer;
+        timer.start();
         followDesktopSettings(owner.get(), {[&](bool isWanted) { heard << isWanted; },
                                             [&](double factor) { heard << factor; }});
+        QVERIFY2(timer.elapsed() < 1000, "the window would stand still");
         QTRY_COMPARE(heard, QVariantList{1.25});
         announce(group, motionKey, false);
         announce("another", motionKey, true);
