@@ -33,11 +33,11 @@ private Q_SLOTS:
         HttpClient client;
         const HttpRequest request = askFor("open%20after%200.3");
         QVERIFY(areAllAnswered(client, request, 1));
-        leaveDescriptors(6);
+        leaveDescriptors(4);
         QVERIFY(areAllAnswered(client, request, 30));
         limitDescriptors(200, 200);
         m_clock.start();
-        QVERIFY(areAllAnswered(client, request, 60));
+        QVERIFY(areAllAnswered(client, request, 120));
         QVERIFY2(m_clock.elapsed() < 3'000, "as few at a time as in the shortage");
     }
 

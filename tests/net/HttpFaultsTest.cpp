@@ -20,9 +20,7 @@ std::atomic<int> allocationsLeft = never; // of the other threads, until one fai
 std::atomic<bool> refusesToWatch = false;
 
 bool isRefused() {
-    if (allocationsLeft == never || getpid() == gettid())
-        return false;
-    return allocationsLeft-- == 0;
+    return allocationsLeft != never && getpid() != gettid() && allocationsLeft-- == 0;
 }
 
 } // namespace

@@ -40,15 +40,11 @@ std::string valueOf(const std::string& json, const std::string& key) {
     return json.substr(begin, json.find('"', begin) - begin);
 }
 
-HttpRequest requestTo(const std::string& url) {
+/// The transfers end when all requests are answered, or in their middle.
+void askFromManyThreads(const HttpOptions& options, const std::string& url, bool waits) {
     HttpRequest request;
     request.url = url;
     request.body = "no number";
-    return request;
-}
-
-/// The transfers end when all requests are answered, or in their middle.
-void askFromManyThreads(const HttpOptions& options, const std::string& url, bool waits) {
     const std::thread::id destroyer = std::this_thread::get_id();
     std::latch left(threads * requestsPerThread);
     std::atomic<int> completed = 0;
@@ -59,7 +55,7 @@ void askFromManyThreads(const HttpOptions& options, const std::string& url, bool
             check(std::this_thread::get_id() != destroyer, "completes on the worker thread");
             ++completed;
             if (answer.failure != HttpFailure::none && failed++ == 0) // one more at the end
-                transfers.send(requestTo(url), [&](const HttpAnswer&) { ++completed; });
+                transfers.send(request, [&](const HttpAnswer&) { ++completed; });
             left.count_down();
         };
         {
@@ -67,7 +63,7 @@ void askFromManyThreads(const HttpOptions& options, const std::string& url, bool
             for (int i = 0; i < threads; ++i)
                 askers.emplace_back([&] {
                     for (int k = 0; k < requestsPerThread; ++k)
-                        transfers.send(requestTo(url), completion);
+                        transfers.send(request, completion);
                 });
         }
         if (waits)

@@ -14,8 +14,7 @@ TrackingStandIn::TrackingStandIn() {
 
 TrackingStandIn::~TrackingStandIn() {
     m_process.closeWriteChannel();
-    if (!m_process.waitForFinished(5'000))
-        m_process.kill();
+    m_process.waitForFinished(5'000); // else it is killed
 }
 
 QString TrackingStandIn::address(const QString& listener, const QString& path) const {

@@ -10,23 +10,12 @@
 #include <dlfcn.h>
 #include <pthread.h>
 #include <thread>
-#include <utility>
 
 using namespace kopertal;
 
 namespace {
 
 std::atomic<bool> refusesThreads = false;
-
-/// Leaves the completion of its last request to `held`.
-class HeldCarrier : public HttpCarrier {
-public:
-    explicit HeldCarrier(Completion& held) : m_held(held) {}
-    void send(HttpRequest, Completion completion) override { m_held = std::move(completion); }
-
-private:
-    Completion& m_held;
-};
 
 } // namespace
 
@@ -101,28 +90,24 @@ private Q_SLOTS:
     }
 
     void whoBringsAnAnswerDoesNotReadIt() {
-        for (const bool refuses : {false, true}) {
+        HttpClient client;
+        const TrackingService service(client, access());
+        const auto thread = [](const auto&) { return std::this_thread::get_id(); };
+        for (const bool refuses : {true, false}) {
             refusesThreads = refuses;
-            HttpCarrier::Completion held;
-            HttpClient client(std::make_unique<HeldCarrier>(held));
-            const TrackingService service(client, {});
-            std::atomic<std::thread::id> reader;
-            const auto read =
-                service.fetch("1").then(QtFuture::Launch::Sync, [&](const TrackingResult&) {
-                    reader = std::this_thread::get_id();
-                });
-            held(HttpAnswer());
-            QTRY_VERIFY(read.isFinished());
-            QCOMPARE(reader == std::this_thread::get_id(), refuses);
+            const auto bringer =
+                client.send(requestTo(m_standIn.address("http", "open%20after%200.2")))
+                    .then(QtFuture::Launch::Sync, thread);
+            const auto reader =
+                service.fetch("open after 0.2").then(QtFuture::Launch::Sync, thread);
+            QCOMPARE(reader.result() == bringer.result(), refuses);
         }
     }
 
     void whatIsNotReadWhenTheServiceGoesIsCancelled() {
-        HttpCarrier::Completion held;
-        HttpClient client(std::make_unique<HeldCarrier>(held));
-        const QFuture<TrackingResult> result = TrackingService(client, {}).fetch("1");
-        held(HttpAnswer());
-        QVERIFY(result.isFinished());
+        HttpClient client;
+        const auto result = TrackingService(client, access()).fetch("open after 0.2");
+        QVERIFY(!result.isFinished());
         QCOMPARE(result.result().status, TrackingStatus::networkError);
         QCOMPARE(result.result().lastEvent, "Przerwano.");
     }

@@ -164,9 +164,7 @@ private Q_SLOTS:
             QMetaObject::invokeMethod(panel, "accept");
         });
         const auto chosen = PanelHelper::chooseDirectory();
-        QVERIFY(chosen);
-        QCOMPARE(QFileInfo(chosen->toLocalFile()).canonicalFilePath(),
-                 QFileInfo(folder.path()).canonicalFilePath());
+        QVERIFY(chosen && QFileInfo(chosen->toLocalFile()) == QFileInfo(folder.path()));
         whenAPanelOpens(&QDialog::reject);
         QVERIFY(!PanelHelper::chooseDirectory());
     }
