@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <latch>
-#include <memory>
 #include <string>
 #include <thread>
 #include <unistd.h>
