@@ -1,13 +1,10 @@
 #include "net/DescriptorLimit.h"
 
-#include "net/HttpClient.h"
-#include "tests/support/TrackingStandIn.h"
+#include "tests/support/HttpRequests.h"
 
 #include <QElapsedTimer>
 #include <QTest>
 
-#include <algorithm>
-#include <fcntl.h>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -19,100 +16,75 @@ class DescriptorLimitTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void requestsBeyondTheDescriptorsWaitWithoutSpendingTheirTime() {
-        TrackingStandIn standIn;
-        QVERIFY(standIn.isReady());
-        const rlimit few{40, 200};
-        QCOMPARE(setrlimit(RLIMIT_NOFILE, &few), 0);
-        HttpClient client;
-        rlimit limit{};
-        getrlimit(RLIMIT_NOFILE, &limit);
-        QCOMPARE(limit.rlim_cur, 200U); // raised
-        QVERIFY(spareDescriptors() < 200);
+    void initTestCase() { QVERIFY(m_standIn.isReady()); }
+    void init() { m_clock.start(); }
 
-        HttpRequest request;
-        request.url = standIn.address(QStringLiteral("http"), QStringLiteral("open%20after%200.5"))
-                          .toStdString();
+    void requestsBeyondTheDescriptorsWaitWithoutSpendingTheirTime() {
+        limitDescriptors(40, 200);
+        HttpClient client;
+        QVERIFY(freeDescriptors() > 40); // raised
+        HttpRequest request = askFor("open%20after%200.5");
         request.timeout = 2'500ms;
-        QElapsedTimer clock;
-        clock.start();
         QVERIFY(areAllAnswered(client, request, 800));
-        QVERIFY2(clock.elapsed() > 3'000, "they did not have to wait: nothing is shown");
+        QVERIFY2(m_clock.elapsed() > 3'000, "they did not have to wait: nothing is shown");
     }
 
     void aDescriptorTakenByOthersIsWaitedFor() {
-        TrackingStandIn standIn;
-        QVERIFY(standIn.isReady());
         HttpClient client;
-        HttpRequest request;
-        request.url = standIn.address(QStringLiteral("http"), QStringLiteral("open%20after%200.3"))
-                          .toStdString();
-        QCOMPARE(client.send(request).result().failure, HttpFailure::none);
-        std::vector<int> taken = allDescriptors();
-        for (int i = 0; i < 6; ++i) {
-            ::close(taken.back());
-            taken.pop_back();
-        }
+        const HttpRequest request = askFor("open%20after%200.3");
+        QVERIFY(areAllAnswered(client, request, 1));
+        leaveDescriptors(4);
         QVERIFY(areAllAnswered(client, request, 30));
-        for (const int fd : taken)
-            ::close(fd);
-        QElapsedTimer clock;
-        clock.start();
-        QVERIFY(areAllAnswered(client, request, 60));
-        QVERIFY2(clock.elapsed() < 3'000, "as few at a time as in the shortage");
+        limitDescriptors(200, 200);
+        m_clock.start();
+        QVERIFY(areAllAnswered(client, request, 120));
+        QVERIFY2(m_clock.elapsed() < 3'000, "as few at a time as in the shortage");
     }
 
     void keptConnectionsGiveWay() {
-        TrackingStandIn standIn;
-        QVERIFY(standIn.isReady());
         HttpClient client;
         HttpClient other;
-        HttpRequest request;
-        request.url = standIn.address("http", "open").toStdString();
-        QCOMPARE(client.send(request).result().failure, HttpFailure::none);
-        const std::vector<int> taken = allDescriptors();
-        request.url =
-            standIn.address("http", "open").replace("localhost", "127.0.0.1").toStdString();
-        QCOMPARE(client.send(request).result().failure, HttpFailure::none);
-        QCOMPARE(other.send(request).result().failure, HttpFailure::noDescriptor);
-        for (const int fd : taken)
-            ::close(fd);
-        QCOMPARE(other.send(request).result().failure, HttpFailure::none);
+        QVERIFY(areAllAnswered(client, askFor("open"), 1));
+        leaveDescriptors(0);
+        const HttpRequest elsewhere =
+            requestTo(m_standIn.address("http", "open").replace("localhost", "127.0.0.1"));
+        QVERIFY(areAllAnswered(client, elsewhere, 1));
+        QCOMPARE(other.send(elsewhere).result().failure, HttpFailure::noDescriptor);
+        limitDescriptors(200, 200);
+        QVERIFY(areAllAnswered(other, elsewhere, 1));
     }
 
     void ofFewDescriptorsNotAllAreReserved() {
-        TrackingStandIn standIn;
-        QVERIFY(standIn.isReady());
-        const rlimit few{64, 64};
-        QCOMPARE(setrlimit(RLIMIT_NOFILE, &few), 0);
+        limitDescriptors(64, 64);
         HttpClient client;
-        HttpRequest request;
-        request.url = standIn.address(QStringLiteral("http"), QStringLiteral("open%20after%200.3"))
-                          .toStdString();
-        QElapsedTimer clock;
-        clock.start();
-        QVERIFY(areAllAnswered(client, request, 30));
-        QVERIFY2(clock.elapsed() < 4'500, "they were asked for one after the other");
+        QVERIFY(areAllAnswered(client, askFor("open%20after%200.3"), 30));
+        QVERIFY2(m_clock.elapsed() < 4'500, "they were asked for one after the other");
         QVERIFY(spareDescriptors() < freeDescriptors());
     }
 
 private:
-    /// So many of one request, sent at once.
-    static bool areAllAnswered(HttpClient& client, const HttpRequest& request, int count) {
-        QList<QFuture<HttpAnswer>> answers;
-        for (int i = 0; i < count; ++i)
-            answers.append(client.send(request));
-        return std::ranges::all_of(answers, [](const QFuture<HttpAnswer>& answer) {
-            return answer.result().failure == HttpFailure::none;
-        });
+    HttpRequest askFor(const char* path) const {
+        return requestTo(m_standIn.address("http", path));
     }
 
-    static std::vector<int> allDescriptors() {
-        std::vector<int> taken;
-        for (int fd; (fd = ::open("/dev/null", O_RDONLY | O_CLOEXEC)) >= 0;)
-            taken.push_back(fd);
-        return taken;
+    static void limitDescriptors(rlim_t now, rlim_t most) {
+        const rlimit limit{now, most};
+        QCOMPARE(setrlimit(RLIMIT_NOFILE, &limit), 0);
     }
+
+    /// As if others had opened files.
+    static void leaveDescriptors(rlim_t count) {
+        const int lowest = ::dup(0);
+        ::close(lowest);
+        limitDescriptors(static_cast<rlim_t>(lowest) + count, 200);
+    }
+
+    static bool areAllAnswered(HttpClient& client, const HttpRequest& request, int count) {
+        return countOf(HttpFailure::none, sendMany(client, request, count)) == count;
+    }
+
+    TrackingStandIn m_standIn;
+    QElapsedTimer m_clock;
 };
 
 QTEST_GUILESS_MAIN(DescriptorLimitTest)

@@ -13,11 +13,10 @@ public:
 
     /// Its address; empty when it does not come up.
     QString start() {
-        m_daemon.start(QStringLiteral("dbus-daemon"),
-                       {"--session", "--nofork", "--print-address",
-                        "--address=unix:path=" + m_folder.filePath(QStringLiteral("bus"))});
-        return m_daemon.waitForReadyRead() ? QString::fromUtf8(m_daemon.readLine().trimmed())
-                                           : QString();
+        m_daemon.start("dbus-daemon", {"--session", "--nofork", "--print-address",
+                                       "--address=unix:path=" + m_folder.filePath("bus")});
+        m_daemon.waitForReadyRead();
+        return QString::fromUtf8(m_daemon.readLine().trimmed());
     }
 
     /// The same, as the session's bus, with a connection for the stand-ins of its services.

@@ -10,43 +10,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <poll.h>
-#include <string>
-#include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <vector>
 
 namespace {
 
 SmsConn client = nullptr;
 bool isEnding = false;
-
-[[noreturn]] void fail(const char* why) {
-    std::fprintf(stderr, "%s\n", why);
-    std::exit(1);
-}
-
-Status registerClient(SmsConn connection, SmPointer, char* previousId) {
-    std::free(previousId);
-    char* id = SmsGenerateClientID(connection);
-    SmsRegisterClientReply(connection, id);
-    std::free(id);
-    SmsSaveYourself(connection, SmSaveLocal, False, SmInteractStyleNone, False);
-    return 1;
-}
-
-void saved(SmsConn connection, SmPointer, Bool) {
-    if (isEnding)
-        SmsDie(connection);
-    else
-        SmsSaveComplete(connection);
-}
-
-void closed(SmsConn connection, SmPointer, int count, char** reasons) {
-    SmFreeReasons(count, reasons);
-    SmsCleanUp(connection);
-    client = nullptr;
-}
 
 void setProperties(SmsConn, SmPointer, int count, SmProp** properties) {
     for (int each = 0; each < count; ++each) {
@@ -67,29 +37,29 @@ void setProperties(SmsConn, SmPointer, int count, SmProp** properties) {
 Status welcome(SmsConn connection, SmPointer, unsigned long* mask, SmsCallbacks* callbacks,
                char**) {
     client = connection;
-    std::memset(callbacks, 0, sizeof *callbacks);
-    *mask = SmsRegisterClientProcMask | SmsInteractRequestProcMask | SmsInteractDoneProcMask |
-            SmsSaveYourselfRequestProcMask | SmsSaveYourselfP2RequestProcMask |
-            SmsSaveYourselfDoneProcMask | SmsCloseConnectionProcMask | SmsSetPropertiesProcMask |
-            SmsDeletePropertiesProcMask | SmsGetPropertiesProcMask;
-    callbacks->register_client.callback = registerClient;
-    callbacks->interact_request.callback = [](SmsConn, SmPointer, int) {};
-    callbacks->interact_done.callback = [](SmsConn, SmPointer, Bool) {};
-    callbacks->save_yourself_request.callback = [](SmsConn, SmPointer, int, Bool, int, Bool, Bool) {
+    *mask = SmsRegisterClientProcMask | SmsSaveYourselfDoneProcMask | SmsCloseConnectionProcMask |
+            SmsSetPropertiesProcMask | SmsDeletePropertiesProcMask; // what the toolkit uses
+    callbacks->register_client.callback = [](SmsConn connected, SmPointer, char* previousId) {
+        std::free(previousId);
+        char* id = SmsGenerateClientID(connected);
+        SmsRegisterClientReply(connected, id);
+        std::free(id);
+        SmsSaveYourself(connected, SmSaveLocal, False, SmInteractStyleNone, False);
+        return Status(1);
     };
-    callbacks->save_yourself_phase2_request.callback = [](SmsConn connected, SmPointer) {
-        SmsSaveYourselfPhase2(connected);
+    callbacks->save_yourself_done.callback = [](SmsConn connected, SmPointer, Bool) {
+        (isEnding ? SmsDie : SmsSaveComplete)(connected);
     };
-    callbacks->save_yourself_done.callback = saved;
-    callbacks->close_connection.callback = closed;
+    callbacks->close_connection.callback = [](SmsConn connected, SmPointer, int count,
+                                              char** reasons) {
+        SmFreeReasons(count, reasons);
+        SmsCleanUp(connected);
+    };
     callbacks->set_properties.callback = setProperties;
     callbacks->delete_properties.callback = [](SmsConn, SmPointer, int count, char** names) {
-        for (int each = 0; each < count; ++each)
-            std::free(names[each]);
+        while (count > 0)
+            std::free(names[--count]);
         std::free(names);
-    };
-    callbacks->get_properties.callback = [](SmsConn connected, SmPointer) {
-        SmsReturnProperties(connected, 0, nullptr);
     };
     return 1;
 }
@@ -97,67 +67,44 @@ Status welcome(SmsConn connection, SmPointer, unsigned long* mask, SmsCallbacks*
 } // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 2)
-        fail("kopertal_session PROGRAM");
     IceSetIOErrorHandler([](IceConn) {}); // a program that ends closes its connection
     std::array<char, 256> error{};
     const auto acceptAll = [](char*) -> Bool { return True; };
-    if (!SmsInitialize("tests", "1", welcome, nullptr, acceptAll, error.size(), error.data()))
-        fail(error.data());
     int count = 0;
     IceListenObj* listeners = nullptr;
-    if (!IceListenForConnections(&count, &listeners, error.size(), error.data()))
-        fail(error.data());
-    for (int each = 0; each < count; ++each)
-        IceSetHostBasedAuthProc(listeners[each], acceptAll);
-    char* const network = IceComposeNetworkIdList(count, listeners);
-    setenv("SESSION_MANAGER", network, 1);
-    std::free(network);
-
-    sigset_t signals;
-    sigemptyset(&signals);
-    sigaddset(&signals, SIGUSR1);
-    sigaddset(&signals, SIGCHLD);
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    if (argc != 2 ||
+        !SmsInitialize("tests", "1", welcome, nullptr, acceptAll, error.size(), error.data()) ||
+        !IceListenForConnections(&count, &listeners, error.size(), error.data())) {
+        std::fprintf(stderr, "kopertal_session PROGRAM: %s\n", error.data());
+        return 1;
+    }
+    IceListenObj& local = listeners[count - 1]; // the first is one for other computers
+    IceSetHostBasedAuthProc(local, acceptAll);
+    setenv("SESSION_MANAGER", IceComposeNetworkIdList(1, &local), 1);
     const pid_t program = fork();
     if (program == 0) {
-        sigprocmask(SIG_UNBLOCK, &signals, nullptr);
         execl(argv[1], argv[1], static_cast<char*>(nullptr));
         _exit(127);
     }
-    const int told = signalfd(-1, &signals, SFD_CLOEXEC);
 
-    std::vector<IceConn> connections;
-    for (;;) {
-        std::vector<pollfd> waits{{told, POLLIN, 0}};
-        for (int each = 0; each < count; ++each)
-            waits.push_back({IceGetListenConnectionNumber(listeners[each]), POLLIN, 0});
-        for (IceConn connection : connections)
-            waits.push_back({IceConnectionNumber(connection), POLLIN, 0});
-        poll(waits.data(), waits.size(), -1);
-        int status = 0;
-        if (waitpid(program, &status, WNOHANG) == program)
-            return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
-        signalfd_siginfo signal{};
-        if ((waits[0].revents & POLLIN) && read(told, &signal, sizeof signal) > 0 &&
-            signal.ssi_signo == SIGUSR1 && client) {
+    sigset_t others; // SIGUSR1 comes while it waits, and at no other time
+    sigset_t end;
+    sigemptyset(&end);
+    sigaddset(&end, SIGUSR1);
+    sigprocmask(SIG_BLOCK, &end, &others);
+    std::signal(SIGUSR1, [](int) {});
+    IceAcceptStatus accepted{};
+    IceConn connection = IceAcceptConnection(local, &accepted);
+    pollfd wait{IceConnectionNumber(connection), POLLIN, 0};
+    for (bool isOpen = true; isOpen;) {
+        if (ppoll(&wait, 1, nullptr, &others) < 0) {
             isEnding = true;
             SmsSaveYourself(client, SmSaveBoth, True, SmInteractStyleNone, True);
-        }
-        const size_t known = connections.size();
-        for (size_t each = 0; each < known; ++each) {
-            if (waits[1 + static_cast<size_t>(count) + each].revents &&
-                IceProcessMessages(connections[each], nullptr, nullptr) !=
-                    IceProcessMessagesSuccess)
-                connections[each] = nullptr;
-        }
-        std::erase(connections, nullptr);
-        for (int each = 0; each < count; ++each) {
-            IceAcceptStatus accepted{};
-            if (waits[1 + static_cast<size_t>(each)].revents & POLLIN) {
-                if (IceConn connection = IceAcceptConnection(listeners[each], &accepted))
-                    connections.push_back(connection);
-            }
+        } else {
+            isOpen = IceProcessMessages(connection, nullptr, nullptr) == IceProcessMessagesSuccess;
         }
     }
+    int status = 0;
+    waitpid(program, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : 1;
 }

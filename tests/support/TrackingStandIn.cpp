@@ -6,8 +6,7 @@ namespace kopertal {
 
 TrackingStandIn::TrackingStandIn() {
     m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(QStringLiteral(KOPERTAL_SOURCE_DIR "/tests/support/tracking_service.py"),
-                    QStringList());
+    m_process.start(KOPERTAL_SOURCE_DIR "/tests/support/tracking_service.py", QStringList());
     while (!m_process.canReadLine() && m_process.waitForReadyRead(30'000)) {
     }
     m_ready = QJsonDocument::fromJson(m_process.readLine()).object();
@@ -15,32 +14,21 @@ TrackingStandIn::TrackingStandIn() {
 
 TrackingStandIn::~TrackingStandIn() {
     m_process.closeWriteChannel();
-    if (!m_process.waitForFinished(5'000))
-        m_process.kill();
+    m_process.waitForFinished(5'000); // else it is killed
 }
 
 QString TrackingStandIn::address(const QString& listener, const QString& path) const {
-    return m_ready.value(listener).toString() + path;
-}
-
-QString TrackingStandIn::authority() const {
-    return m_ready.value(QStringLiteral("authority")).toString();
-}
-
-QByteArray TrackingStandIn::recorded() const {
-    return get(QStringLiteral("recorded"));
+    return m_ready[listener].toString() + path;
 }
 
 QJsonObject TrackingStandIn::statistics() const {
-    return QJsonDocument::fromJson(get(QStringLiteral("statistics"))).object();
+    return QJsonDocument::fromJson(get("statistics")).object();
 }
 
 /// By a client that is none of ours.
 QByteArray TrackingStandIn::get(const QString& name) const {
     QProcess curl;
-    curl.start(QStringLiteral("curl"),
-               {QStringLiteral("-s"), QStringLiteral("--noproxy"), QStringLiteral("*"),
-                address(QStringLiteral("http"), name)});
+    curl.start("curl", {"-s", "--noproxy", "*", address("http", name)});
     curl.waitForFinished();
     return curl.readAllStandardOutput();
 }

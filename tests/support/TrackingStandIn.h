@@ -1,9 +1,7 @@
 #pragma once
 
-#include <QByteArray>
 #include <QJsonObject>
 #include <QProcess>
-#include <QString>
 
 namespace kopertal {
 
@@ -20,10 +18,10 @@ public:
     /// it.
     QString address(const QString& listener, const QString& path = {}) const;
     /// The PEM file of the authority that the good certificates are from.
-    QString authority() const;
+    QString authority() const { return address("authority"); }
 
     /// The bytes of the last request over HTTP/1.1.
-    QByteArray recorded() const;
+    QByteArray recorded() const { return get("recorded"); }
     /// The number of connections accepted so far, and the most at one time.
     QJsonObject statistics() const;
 

@@ -1,120 +1,124 @@
 #include "tracking/TrackingService.h"
 
-#include "tests/support/TrackingStandIn.h"
+#include "tests/support/Files.h"
+#include "tests/support/HttpRequests.h"
 
 #include <QTest>
 
-#include <memory>
+#include <atomic>
+#include <cerrno>
+#include <dlfcn.h>
+#include <pthread.h>
+#include <thread>
 
 using namespace kopertal;
+
+namespace {
+
+std::atomic<bool> refusesThreads = false;
+
+} // namespace
+
+extern "C" [[gnu::visibility("default")]] int pthread_create(pthread_t* thread,
+                                                             const pthread_attr_t* attributes,
+                                                             void* (*run)(void*),
+                                                             void* argument) noexcept {
+    static const auto create =
+        reinterpret_cast<decltype(&pthread_create)>(dlsym(RTLD_NEXT, "pthread_create"));
+    return refusesThreads ? EAGAIN : create(thread, attributes, run, argument);
+}
 
 class TrackingServiceTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    void initTestCase() {
-        m_standIn = std::make_unique<TrackingStandIn>();
-        QVERIFY(m_standIn->isReady());
-        HttpOptions options;
-        options.userAgent = "Test/1";
-        options.authorityFile = m_standIn->authority().toStdString();
-        m_client = std::make_unique<HttpClient>(options);
-    }
+    void initTestCase() { QVERIFY(m_standIn.isReady()); }
+    void cleanup() { refusesThreads = false; }
 
     void theRequestOnTheWire() {
-        fetch("http", " (00)00990011223344556677\n");
-        const QString host = m_standIn->address("http").section(u'/', 2, 2);
-        const QByteArray body = envelopeOf("00990011223344556677");
-        QCOMPARE(QString::fromUtf8(m_standIn->recorded()),
-                 QString::fromUtf8("POST /service HTTP/1.1\r\n"
-                                   "Host: " +
-                                   host.toUtf8() +
-                                   "\r\n"
-                                   "User-Agent: Test/1\r\n"
-                                   "Accept: */*\r\n"
-                                   "Accept-Encoding: gzip, deflate\r\n"
-                                   "Content-Type: text/xml; charset=utf-8\r\n"
-                                   "SOAPAction: \"\"\r\n"
-                                   "Content-Length: " +
-                                   QByteArray::number(body.size()) + "\r\n\r\n" + body));
-    }
-
-    void numbersAreSentAsTheyAre() {
-        for (const QString& number :
-             {QStringLiteral("1</sled:numer><sled:numer a=\"b\">&lt;<!-- ]]>"),
-              QStringLiteral("a&b;<"), QStringLiteral("%1%2%3\\n$0"),
-              QStringLiteral("zażółć \U0001F4E6"), QString(2'000'000, u'9')}) {
-            fetch("http", number);
-            const QByteArray recorded = m_standIn->recorded();
-            QVERIFY2(recorded.sliced(recorded.indexOf("\r\n\r\n") + 4) == envelopeOf(number),
-                     qPrintable(number.first(5)));
+        HttpOptions options;
+        options.userAgent = "Test/1";
+        HttpClient client(options);
+        const TrackingService service(client, access());
+        const QByteArray envelope =
+            test::contentsOf(KOPERTAL_SOURCE_DIR "/tests/tracking/envelope.xml").trimmed();
+        for (const QString& number : {QString("00990011223344556677"), QString("zażółć \U0001F4E6"),
+                                      QString("1</sled:numer><sled:numer a=\"b\">&lt;<!-- ]]>&b;"),
+                                      QString("%1%2%3\\n$0"), QString(2'000'000, u'9')}) {
+            service.fetch(" (00)" + number + '\n').waitForFinished();
+            const QByteArray body = QByteArray(envelope).replace("NUMBER", number.toUtf8());
+            const QStringList head{"POST /service HTTP/1.1",
+                                   "Host: " + m_standIn.address("http").section(u'/', 2, 2),
+                                   "User-Agent: Test/1",
+                                   "Accept: */*",
+                                   "Accept-Encoding: gzip, deflate",
+                                   "Content-Type: text/xml; charset=utf-8",
+                                   "SOAPAction: \"\"",
+                                   "Content-Length: " + QString::number(body.size())};
+            const QByteArray expected = head.join("\r\n").toUtf8() + "\r\n\r\n" + body;
+            QVERIFY2(m_standIn.recorded() == expected, m_standIn.recorded().left(2'000));
         }
     }
 
-    void longHistoriesAreRead() {
-        const TrackingResult result = fetch("https", "huge");
-        QCOMPARE(result.status, "Doręczono");
-        QVERIFY(result.events.size() > 10'000);
-
+    void longHistoriesAreShortened() {
         HttpOptions bounded;
         bounded.maxTotalBytes = 40'000'000; // for two at a time
         HttpClient client(bounded);
-        const TrackingService service(client, accessTo("http"));
+        const TrackingService service(client, access());
         QList<QFuture<TrackingResult>> results;
         for (int i = 0; i < 5; ++i) {
             results.append(service.fetch("flood"));
-            QCOMPARE(results.last().result().events.size(), 200); // shortened
+            QCOMPARE(results.last().result().events.size(), 200);
         }
     }
 
-    void aClientThatGoesIsANetworkError() {
-        auto client = std::make_unique<HttpClient>();
-        const TrackingService service(*client, accessTo("http"));
-        QFuture<TrackingResult> result = service.fetch("silent");
-        client.reset();
-        QCOMPARE(result.result().status, "Błąd sieci");
+    void withoutThreadsAnswersAreReadAllTheSame() {
+        HttpClient client;
+        const TrackingService service(client, access());
+        for (const bool refuses : {true, false, true}) { // the last finds the thread of the second
+            refusesThreads = refuses;
+            QList<QFuture<TrackingResult>> results;
+            for (const char* number : {"delivered", "huge", "unknown", "reset"})
+                results.append(service.fetch(number));
+            for (const QFuture<TrackingResult>& result : results)
+                QTRY_VERIFY(result.isFinished());
+            QCOMPARE(results[0].result().status, "Doręczono");
+            QVERIFY(results[1].result().events.size() > 10'000);
+            QCOMPARE(results[2].result().status, TrackingStatus::notFound);
+            QCOMPARE(results[3].result().status, TrackingStatus::networkError);
+        }
+    }
+
+    void whoBringsAnAnswerDoesNotReadIt() {
+        HttpClient client;
+        const TrackingService service(client, access());
+        const auto thread = [](const auto&) { return std::this_thread::get_id(); };
+        for (const bool refuses : {true, false}) {
+            refusesThreads = refuses;
+            const auto bringer =
+                client.send(requestTo(m_standIn.address("http", "open%20after%200.2")))
+                    .then(QtFuture::Launch::Sync, thread);
+            const auto reader =
+                service.fetch("open after 0.2").then(QtFuture::Launch::Sync, thread);
+            QCOMPARE(reader.result() == bringer.result(), refuses);
+        }
+    }
+
+    void whatIsNotReadWhenTheServiceGoesIsCancelled() {
+        HttpClient client;
+        const auto result = TrackingService(client, access()).fetch("open after 0.2");
+        QVERIFY(!result.isFinished());
+        QCOMPARE(result.result().status, TrackingStatus::networkError);
         QCOMPARE(result.result().lastEvent, "Przerwano.");
     }
 
 private:
-    TrackingAccess accessTo(const QString& listener) const {
-        return {m_standIn->address(listener, "service"), "http://stand-in.test/?a&b", "guest",
+    TrackingAccess access() const {
+        return {m_standIn.address("http", "service"), "http://stand-in.test/?a&b", "guest",
                 "secret"};
     }
 
-    TrackingResult fetch(const QString& listener, const QString& number) {
-        return TrackingService(*m_client, accessTo(listener)).fetch(number).result();
-    }
-
-    static QByteArray envelopeOf(const QString& number) {
-        return QByteArray(
-                   "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
-                   "<soapenv:Envelope xmlns:soapenv=\"http://schemas.xmlsoap.org/soap/envelope/\"\n"
-                   "                  xmlns:sled=\"http://stand-in.test/?a&amp;b\">\n"
-                   "  <soapenv:Header>\n"
-                   "    <wsse:Security xmlns:wsse=\"http://docs.oasis-open.org/wss/2004/01/"
-                   "oasis-200401-wss-wssecurity-secext-1.0.xsd\"\n"
-                   "                   soapenv:mustUnderstand=\"1\">\n"
-                   "      <wsse:UsernameToken>\n"
-                   "        <wsse:Username>guest</wsse:Username>\n"
-                   "        <wsse:Password Type=\"http://docs.oasis-open.org/wss/2004/01/"
-                   "oasis-200401-wss-username-token-profile-1.0#PasswordText\">secret"
-                   "</wsse:Password>\n"
-                   "      </wsse:UsernameToken>\n"
-                   "    </wsse:Security>\n"
-                   "  </soapenv:Header>\n"
-                   "  <soapenv:Body>\n"
-                   "    <sled:sprawdzPrzesylkePl>\n"
-                   "      <sled:numer>") +
-               number.toUtf8() +
-               "</sled:numer>\n"
-               "    </sled:sprawdzPrzesylkePl>\n"
-               "  </soapenv:Body>\n"
-               "</soapenv:Envelope>";
-    }
-
-    std::unique_ptr<TrackingStandIn> m_standIn;
-    std::unique_ptr<HttpClient> m_client;
+    TrackingStandIn m_standIn;
 };
 
 QTEST_GUILESS_MAIN(TrackingServiceTest)
