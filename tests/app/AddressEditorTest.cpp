@@ -37,7 +37,6 @@ private Q_SLOTS:
                      {"", "A\nB\n\n\n", "A\nB\n\n\n"},
                      {"", "\n\t A\nB \n ", "A\nB\n\n"},
                      {"", " \n ", "\n\n"},
-                     {"A", "B", "AB"},
                      {"A", "e\u0301", "Ae\u0301"}, // one cluster of several code points
                      {"A", "👨‍👩‍👧‍👦", "A👨‍👩‍👧‍👦"},
                      {"A", "🇵🇱🇵🇱", "A🇵🇱🇵🇱\n\n"},
@@ -166,8 +165,6 @@ private Q_SLOTS:
         editor.replaceText(
             QStringLiteral("Łukasz Gąsiorowski\nulica Główna 5 m. 12\n80-831 Gdańsk\n\n")
                 .repeated(10'000));
-        QCOMPARE(editor.live().recipients().size(), 10'000);
-        view.resize(1000, 600);
         view.show();
         QVERIFY(QTest::qWaitForWindowExposed(&view));
         editor.moveCursor(QTextCursor::Start);

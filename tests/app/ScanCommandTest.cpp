@@ -48,22 +48,15 @@ private Q_SLOTS:
         QVERIFY(run.messages.contains(bad + ": nie można odczytać zdjęcia"));
         QVERIFY(run.messages.contains(blank + ": nie znaleziono kodu"));
         QVERIFY(run.messages.contains("Nie można odczytać pliku " + missing));
-    }
 
-    void describesPhotosInJson() {
-        const QString good = save("good.png", photo({{"Code128", number}}));
-        const QString bad = save("bad.png", "no photo");
-        const CommandResult run = scan({"--json", good, bad});
-        const QJsonArray photos = QJsonDocument::fromJson(run.output.toUtf8()).array();
+        const CommandResult whole = scan({"--json", bad, two});
+        const QJsonArray photos = QJsonDocument::fromJson(whole.output.toUtf8()).array();
         QCOMPARE(photos.size(), 2);
-        QCOMPARE(photos[0]["photo"], good);
-        QCOMPARE(photos[0]["outcome"], "numbers");
-        QCOMPARE(photos[0]["numbers"][0]["text"], number);
-        QCOMPARE(photos[0]["numbers"][0]["format"], "Code128");
-        QVERIFY(photos[0]["numbers"][0]["box"]["width"].toDouble() > 0.2);
-        QCOMPARE(photos[1]["outcome"], "unreadable");
-        QCOMPARE(photos[1]["numbers"], QJsonArray());
-        QCOMPARE(run.exitCode, 1);
+        QCOMPARE(photos[0]["outcome"], "unreadable");
+        QCOMPARE(photos[1]["photo"], two);
+        QCOMPARE(photos[1]["outcome"], "numbers");
+        QCOMPARE(photos[1]["numbers"][1]["text"], number);
+        QCOMPARE(whole.exitCode, 1);
     }
 
     /// What follows the picture in its file is not looked at.
@@ -110,12 +103,8 @@ private Q_SLOTS:
     }
 
     void refusesWrongUsage() {
-        for (const QStringList& arguments : {QStringList{}, {"--colour", "a.jpg"}, {"-", "-"}}) {
-            const CommandResult run = scan(arguments);
-            QCOMPARE(run.exitCode, 2);
-            QCOMPARE(run.output, "");
-            QVERIFY(run.messages.contains("kopertal scan --help"));
-        }
+        for (const QStringList& arguments : {QStringList{}, {"--colour", "a.jpg"}, {"-", "-"}})
+            QCOMPARE(scan(arguments).exitCode, 2);
     }
 };
 

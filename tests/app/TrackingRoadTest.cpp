@@ -1,6 +1,4 @@
 #include "app/tracking/PairedServer.h"
-#include "app/tracking/ShipmentDetails.h"
-#include "app/tracking/TrackingTable.h"
 #include "app/tracking/TrackingView.h"
 #include "scan/LocalAddress.h"
 #include "tests/support/Files.h"
@@ -49,7 +47,7 @@ private Q_SLOTS:
         QVERIFY(startStandIn());
     }
     void init() { prepareSettings(); }
-    void cleanup() { closeTab(); }
+    void cleanup() { m_window.reset(); }
 
     void byQrCode() {
         openTab();
@@ -61,19 +59,12 @@ private Q_SLOTS:
 
         const RegisterPhoto photo = makeRegisterPhoto({5});
         const QStringList expected = numbersOn({photo});
-        QVERIFY(expected.size() > 1);
         sendFromPhone(address, {photo});
         QTRY_VERIFY_WITH_TIMEOUT(!sheet(), patience);
         QCOMPARE(storedNumbers(), expected);
         QTRY_VERIFY_WITH_TIMEOUT(allRowsSay("Doręczono"), patience);
         QTRY_VERIFY(!m_view->isRefreshing());
         QCOMPARE(m_view->model().rowAt(0).trackingNumber, expected[0]);
-
-        const TrackingTable& table = m_view->table();
-        clickAt(table.viewport(), table.visualRect(m_view->model().index(1, 1)).center());
-        const auto* details = m_view->findChild<ShipmentDetails*>();
-        QTRY_VERIFY(details->isVisible());
-        QVERIFY(details->toPlainText().contains(expected[1]));
     }
 
     void byPairedPhone() {
@@ -86,29 +77,24 @@ private Q_SLOTS:
         const RegisterPhoto second = makeRegisterPhoto({4});
         sendFromPhone(QStringLiteral("http://127.0.0.1:%1/").arg(pairedPort), {first, second});
         const QStringList expected = numbersOn({first, second});
-        const auto stored = [&] {
-            QStringList numbers = storedNumbers();
-            numbers.sort();
-            return numbers;
-        };
-        QTRY_COMPARE_WITH_TIMEOUT(stored(), expected, patience);
+        QTRY_COMPARE_WITH_TIMEOUT(storedNumbers(), expected, patience);
         QTRY_VERIFY_WITH_TIMEOUT(allRowsSay("Doręczono"), patience);
         QCOMPARE(listeningPorts(), QList<int>{pairedPort}); // the sheet has no server of its own
         clickAt(button("Gotowe"));
         QTRY_VERIFY(!sheet());
     }
 
-    /// The server that could not have its port gets it when the sheet that set the phone up closes.
+    /// The server that could not have its port is named, and gets it when the sheet that set the
+    /// phone up closes, or with the next scan.
     void aBusyPortIsTriedAgain() {
+        const QString failure = "Błąd serwera: port 8745 jest zajęty przez inny program";
         QTcpServer other;
         QVERIFY(other.listen(QHostAddress::Any, pairedPort));
         openTab();
         clickAt(button("Skanuj"));
         QTest::qWait(QApplication::doubleClickInterval());
-        QVERIFY(button("Tak, sparuj iPhone'a"));
         pressKeys({"Return"});
-        QTRY_VERIFY_WITH_TIMEOUT(
-            button("Skanuj")->toolTip().contains("Błąd serwera: port 8745 jest zajęty"), patience);
+        QTRY_VERIFY_WITH_TIMEOUT(button("Skanuj")->toolTip().contains(failure), patience);
         other.close();
         QTRY_VERIFY(sheet());
         clickAt(button("Gotowe"));
@@ -116,36 +102,23 @@ private Q_SLOTS:
         m_window.reset();
         // It has let the port go.
         QTRY_VERIFY(other.isListening() || other.listen(QHostAddress::Any, pairedPort));
-    }
 
-    void aMissingServerIsNamed() {
-        QTcpServer other;
-        QVERIFY(other.listen(QHostAddress::Any, pairedPort));
-        m_settings->setIphoneMode("paired");
         openTab();
         QTRY_VERIFY_WITH_TIMEOUT(!m_view->pairedServer().status().isEmpty(), patience);
         clickAt(button("Skanuj"));
-        const auto isNamed = [&] {
-            return showsLabel(sheet(), [](const QString& text) {
-                return text.startsWith("Błąd serwera: port 8745");
-            });
-        };
-        QTRY_VERIFY(sheet() && isNamed());
+        QTRY_VERIFY(sheet() && shows(sheet(), failure));
         QTest::qWait(1500); // the try that the click began fails too
-        QVERIFY(isNamed());
+        QVERIFY(shows(sheet(), failure));
         other.close();
         clickAt(button("Gotowe"));
         QTRY_VERIFY(!sheet());
         clickAt(button("Skanuj"));
-        QTRY_VERIFY(sheet() && !isNamed());
+        QTRY_VERIFY(sheet() && !shows(sheet(), failure));
         QVERIFY(m_view->pairedServer().isActive());
     }
 
 private:
-    morvik::Sheet* sheet() const {
-        const auto sheets = shownSheets(m_window.get());
-        return sheets.isEmpty() ? nullptr : sheets.last();
-    }
+    morvik::Sheet* sheet() const { return frontSheet(m_window.get()); }
 
     /// Read from a picture of the screen by somebody else's reader.
     QString addressOnScreen() const {

@@ -14,13 +14,7 @@
 #include <QClipboard>
 #include <QFileDialog>
 #include <QHeaderView>
-#include <QScrollBar>
-#include <QTimer>
 #include <QToolTip>
-
-#include <algorithm>
-#include <ctime>
-#include <utility>
 
 using namespace kopertal;
 using namespace kopertal::testing;
@@ -41,20 +35,6 @@ QStringList shownRows(TrackingView& view) {
     return rows;
 }
 
-QList<ScannedEntry> entries(const QStringList& numbers) {
-    QList<ScannedEntry> all;
-    for (const QString& number : numbers)
-        all.append({number, {}});
-    return all;
-}
-
-/// Of this thread, in milliseconds.
-double processorTime() {
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-}
-
 } // namespace
 
 /// The tracking tab in its window, by the X server's keys and pointer, against the stand-in of the
@@ -69,7 +49,7 @@ private Q_SLOTS:
         QVERIFY(startStandIn());
     }
     void init() { prepareSettings(); }
-    void cleanup() { closeTab(); }
+    void cleanup() { m_window.reset(); }
 
     void numbersAreCleanedAndAddedOnce() {
         openTab();
@@ -94,7 +74,7 @@ private Q_SLOTS:
         QCOMPARE(field().text(), "");
         QApplication::clipboard()->setText("RR2PL\r\n\n(00)10\n990011223344556677");
         pressKeys({"ctrl+v", "Return"});
-        QTRY_COMPARE(storedNumbers(), QStringList({"990011223344556677", "RR2PL", "10"}));
+        QTRY_COMPARE(storedNumbers(), QStringList({"10", "990011223344556677", "RR2PL"}));
         QCOMPARE(m_settings->loadSentBooks().size(), 1);
         QCOMPARE(m_view->model().rowAt(0).trackingNumber, "10");
 
@@ -111,8 +91,8 @@ private Q_SLOTS:
 
     void everyStatusIsAskedForAndShown() {
         openTab();
-        m_view->addTrackingEntries(entries({"unknown", "open after 0.3", "reset", "delivered",
-                                            "noevents", "latin2", "pickedup after 0.2"}));
+        add({"unknown", "open after 0.3", "reset", "delivered", "noevents", "latin2",
+             "pickedup after 0.2"});
         clickAt(button("Sprawdź statusy"));
         QVERIFY(m_view->isRefreshing());
         QVERIFY(!button("Sprawdź statusy")->isEnabled());
@@ -157,9 +137,6 @@ private Q_SLOTS:
         clickHeader(Model::dateColumn);
         QTRY_COMPARE(m_view->model().rowAt(0).trackingNumber, "pickedup after 0.2");
         QCOMPARE(m_view->table().currentIndex().row(), 2);
-        details()->setFocus();
-        pressKeys({"ctrl+a", "ctrl+c"});
-        QTRY_COMPARE(QApplication::clipboard()->text(), details()->toPlainText());
 
         // A number more: what was learnt of the others is gone until the next refresh.
         m_view->addTrackingEntry("relay");
@@ -176,7 +153,7 @@ private Q_SLOTS:
 
     void rowsMayChangeWhileTheyAreAskedFor() {
         openTab();
-        m_view->addTrackingEntries(entries({"open after 1", "delivered after 0.5"}));
+        add({"open after 1", "delivered after 0.5"});
         m_view->refreshStatuses();
         m_view->addTrackingEntry("relay after 0.1"); // rebuilds the rows
         m_view->refreshStatuses();
@@ -195,7 +172,7 @@ private Q_SLOTS:
 
     void theTableIsSavedWhole() {
         openTab();
-        m_view->addTrackingEntries(entries({"2", "1"}));
+        add({"2", "1"});
         const auto saveAs = [&](const QString& path) {
             m_view->table().saveCsv();
             QTRY_VERIFY(m_view->findChild<QFileDialog*>()->isActiveWindow());
@@ -224,7 +201,7 @@ private Q_SLOTS:
         pressKeys({"Tab", "space", "space"});
         QTRY_VERIFY(button("Anuluj"));
         QCOMPARE(m_settings->iphoneMode(), "qr");
-        QTest::qWait(QApplication::doubleClickInterval());
+        QTest::qWait(2 * QApplication::doubleClickInterval());
         pressKeys({"space"});
         QTRY_VERIFY(!button("Anuluj"));
 
@@ -268,54 +245,20 @@ private Q_SLOTS:
         const QPoint at = m_view->table().visualRect(number).center();
         QHelpEvent help(QEvent::ToolTip, at, m_view->table().viewport()->mapToGlobal(at));
         QApplication::sendEvent(m_view->table().viewport(), &help);
-        QVERIFY2(QToolTip::text().contains("&lt;b&gt;x&lt;/b&gt;&amp;amp;999"),
-                 qPrintable(QToolTip::text()));
+        QVERIFY(QToolTip::text().contains("&lt;b&gt;x&lt;/b&gt;&amp;amp;999"));
         QToolTip::hideText();
-    }
-
-    /// Measured in the main thread's own processor time, so that other work on the computer does
-    /// not count; the bound is generous for unoptimised and instrumented builds.
-    void aThousandRowsStayFluid() {
-        openTab();
-        QStringList numbers;
-        for (int i = 0; i < 1'000; ++i)
-            numbers << QString::number(99'001'122'334'000'000 + i * 7'919 % 100'000);
-        double last = processorTime();
-        double longest = 0;
-        QTimer beat;
-        connect(&beat, &QTimer::timeout, this, [&] {
-            const double now = processorTime();
-            longest = std::max(longest, now - std::exchange(last, now));
-        });
-        beat.start(0);
-        m_view->addTrackingEntries(entries(numbers));
-        refresh();
-        clickHeader(Model::dateColumn);
-        clickHeader(Model::dateColumn);
-        m_view->addTrackingEntry("unknown");
-        refresh();
-        m_view->table().setFocus();
-        pressKeys(QStringList("Home") + QStringList(20, "Down") + QStringList(10, "Next"));
-        TrackingResult result;
-        result.events.fill({"2025-03-11 06:15", "Nadejście do placówki", "Warszawa", {}, {}, false},
-                           200);
-        const QUuid id = m_view->model().rowAt(3).id();
-        m_view->model().merge(id, result);
-        m_view->table().selectRow(m_view->model().positionOf(id).value());
-        QTRY_COMPARE(details()->toPlainText().count("Nadejście"), 200);
-        QCOMPARE(details()->verticalScrollBar()->value(), 0);
-        QVERIFY2(longest < 400, qPrintable(QStringLiteral("held up for %1 ms").arg(longest)));
     }
 
 private:
     QLineEdit& field() { return *m_view->findChild<QLineEdit*>(); }
     ShipmentDetails* details() { return m_view->findChild<ShipmentDetails*>(); }
-    bool detailsSay(const QString& text) { return details()->toPlainText().contains(text); }
 
-    void refresh() {
-        m_view->refreshStatuses();
-        QTRY_VERIFY_WITH_TIMEOUT(!m_view->isRefreshing(), 60'000);
+    void add(const QStringList& numbers) {
+        for (const QString& number : numbers)
+            m_view->addTrackingEntry(number);
     }
+
+    bool detailsSay(const QString& text) { return details()->toPlainText().contains(text); }
 
     void clickHeader(int column) {
         const QHeaderView* header = m_view->table().horizontalHeader();

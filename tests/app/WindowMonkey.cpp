@@ -13,7 +13,6 @@
 #include <QApplication>
 #include <QClipboard>
 #include <QDeadlineTimer>
-#include <QDir>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QRandomGenerator>
@@ -51,8 +50,7 @@ public:
     /// Lives through one window after another. Whether all stayed true.
     bool run() {
         QTimer::singleShot(0, qApp, [this] { act(); });
-        int windows = 0;
-        for (; !m_end.hasExpired() && m_isTrue; ++windows) {
+        while (!m_end.hasExpired() && m_isTrue) {
             m_settings.setSenderName(below(2) ? "N" : "");
             m_settings.setSaveFolder(below(4) ? m_folder.path() : "/proc");
             m_window = std::make_unique<MainWindow>(m_settings);
@@ -63,21 +61,15 @@ public:
             m_window.reset();
         }
         QThreadPool::globalInstance()->waitForDone();
-        std::printf("%d acts, %d windows\n", m_acts, windows);
         return m_isTrue;
     }
 
 private:
-    int below(int bound) { return static_cast<int>(m_random.bounded(bound)); }
+    int below(qsizetype bound) { return static_cast<int>(m_random.bounded(qint64(bound))); }
 
-    template <typename List>
-    auto any(const List& list) {
-        return *(std::begin(list) + below(static_cast<int>(std::size(list))));
-    }
+    const QString& anyOf(const QStringList& list) { return list[below(list.size())]; }
 
     QString hostileText() {
-        if (below(400) == 0)
-            return QString(address).repeated(100'000);
         const QStringList texts{
             address,
             "A\r\nB\r\r\nC",
@@ -88,17 +80,17 @@ private:
             u'a' + QString(2000, QChar(0x301)),
             QStringLiteral("x\n\n").repeated(400),
             QString(30'000, u'W')};
-        return any(texts).repeated(1 + below(3));
+        return anyOf(texts).repeated(1 + below(3));
     }
 
     /// What gets mouse and keys, as for a person.
     QWidget* front() const {
-        if (QWidget* popup = QApplication::activePopupWidget())
-            return popup;
-        if (QWidget* modal = QApplication::activeModalWidget())
-            return modal;
-        QWidget* active = QApplication::activeWindow();
-        return active && active->isVisible() ? active : m_window.get();
+        for (QWidget* each : {QApplication::activePopupWidget(), QApplication::activeModalWidget(),
+                              QApplication::activeWindow()}) {
+            if (each && each->isVisible())
+                return each;
+        }
+        return m_window.get();
     }
 
     void act() {
@@ -128,26 +120,20 @@ private:
                            "Return Shift+Return Esc Tab Backtab Del Backspace Space "
                            "Left Right Up Down PgUp PgDown")
                 .split(u' ');
-        constexpr Qt::WindowState states[] = {Qt::WindowMinimized, Qt::WindowMaximized,
-                                              Qt::WindowFullScreen, Qt::WindowNoState};
         const QPoint at(below(target->width()), below(target->height()));
         const int kind = below(1000);
         if (kind == 0)
             QTest::keySequence(window, QKeySequence("Ctrl+Q"));
-        else if (kind < 3)
-            m_window->setWindowState(any(states));
         else if (kind < 50)
             m_window->resize(300 + below(2200), 300 + below(1500));
         else if (kind < 100)
-            m_window->addresses().loadFile(any(m_files));
+            m_window->addresses().loadFile(anyOf(m_files));
         else if (kind < 200)
             QApplication::clipboard()->setText(hostileText());
-        else if (kind < 350)
-            QTest::mouseClick(window, below(8) ? Qt::LeftButton : Qt::RightButton, {}, at);
         else if (kind < 400)
-            QTest::mouseDClick(window, Qt::LeftButton, {}, at);
+            QTest::mouseClick(window, below(8) ? Qt::LeftButton : Qt::RightButton, {}, at);
         else if (kind < 750)
-            QTest::keySequence(window, QKeySequence(any(keys)));
+            QTest::keySequence(window, QKeySequence(anyOf(keys)));
         else
             QTest::keyClick(window, static_cast<char>('!' + below(94)));
     }
@@ -155,12 +141,8 @@ private:
     void check() {
         AddressTextEditor& editor = m_window->addresses().editor();
         if (editor.document()->characterCount() > longestChecked)
-            return editor.replaceText({});
+            editor.replaceText({});
         m_isTrue = testing::followsItsText(editor);
-        if (!m_isTrue)
-            std::puts("The preview no longer follows the text.");
-        for (const QFileInfo& made : QDir(m_folder.path()).entryInfoList({"*.docx"}))
-            QFile::remove(made.filePath());
     }
 
     QTemporaryDir m_folder;
@@ -187,5 +169,8 @@ int main(int argc, char** argv) {
     const int seconds = argc > 1 ? std::atoi(argv[1]) : 15;
     const quint32 seed = argc > 2 ? QByteArray(argv[2]).toUInt() : 20260312;
     std::printf("seed %u\n", seed);
-    return Monkey(seconds, seed).run() ? 0 : 1;
+    if (Monkey(seconds, seed).run())
+        return 0;
+    std::puts("The preview no longer follows the text.");
+    return 1;
 }

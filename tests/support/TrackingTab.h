@@ -43,19 +43,16 @@ protected:
         QTest::qWait(300); // until the pages have changed
     }
 
-    void closeTab() {
-        m_window.reset();
-        m_settings.reset();
-    }
-
     morvik::KitButton* button(const char* title) const {
         return shownButton(m_window.get(), QString::fromUtf8(title));
     }
 
+    /// Sorted.
     QStringList storedNumbers() const {
         QStringList numbers;
         for (const TrackingRow& row : trackingRows(m_settings->loadSentBooks()))
             numbers << row.trackingNumber;
+        numbers.sort();
         return numbers;
     }
 
