@@ -1,64 +1,43 @@
-// Another program's window: what a line of its standard input describes, as JSON with "urls" and
-// "text", is dragged out of it at the next press of the mouse; the result goes to standard output.
+// Another program's window, in the corner of the screen: kopertal_drag_source ADDRESS... Says a
+// line when it is there; the addresses are dragged out of it at a press of the mouse, and it ends
+// with 0 when they were taken.
 #include <QApplication>
 #include <QDrag>
-#include <QJsonArray>
-#include <QJsonDocument>
-#include <QJsonObject>
 #include <QMimeData>
 #include <QMouseEvent>
-#include <QSocketNotifier>
+#include <QTimer>
 #include <QUrl>
 #include <QWidget>
 
 #include <cstdio>
-#include <iostream>
-#include <string>
 
 namespace {
 
 class Source : public QWidget {
 public:
-    Source() : QWidget(nullptr, Qt::X11BypassWindowManagerHint | Qt::WindowStaysOnTopHint) {
-        connect(&m_input, &QSocketNotifier::activated, this, &Source::readLine);
-    }
+    Source() : QWidget(nullptr, Qt::X11BypassWindowManagerHint | Qt::WindowStaysOnTopHint) {}
 
 protected:
-    void mousePressEvent(QMouseEvent*) override {
-        auto* carried = new QMimeData; // the drag owns it
-        QList<QUrl> urls;
-        for (const auto& url : m_what[QStringLiteral("urls")].toArray())
-            urls << QUrl(url.toString());
-        if (!urls.isEmpty())
-            carried->setUrls(urls);
-        if (m_what.contains(QStringLiteral("text")))
-            carried->setText(m_what[QStringLiteral("text")].toString());
-        auto* drag = new QDrag(this); // deletes itself
-        drag->setMimeData(carried);
-        std::puts(drag->exec(Qt::CopyAction) == Qt::CopyAction ? "copied" : "refused");
-        std::fflush(stdout);
-    }
-
-private:
-    void readLine() {
-        std::string line;
-        if (!std::getline(std::cin, line))
-            QCoreApplication::quit();
-        m_what = QJsonDocument::fromJson(QByteArray::fromStdString(line)).object();
-        raise();
+    void paintEvent(QPaintEvent*) override {
         std::puts("ready");
         std::fflush(stdout);
     }
 
-    QSocketNotifier m_input{0, QSocketNotifier::Read};
-    QJsonObject m_what;
+    void mousePressEvent(QMouseEvent*) override {
+        auto* carried = new QMimeData; // the drag owns it
+        carried->setUrls(QUrl::fromStringList(QCoreApplication::arguments().sliced(1)));
+        auto* drag = new QDrag(this); // deletes itself
+        drag->setMimeData(carried);
+        const int result = drag->exec(Qt::CopyAction) == Qt::CopyAction ? 0 : 1;
+        // When the other window has asked for the addresses.
+        QTimer::singleShot(1000, [result] { QCoreApplication::exit(result); });
+    }
 };
 
 } // namespace
 
 int main(int argc, char** argv) {
-    QCoreApplication::setSetuidAllowed(true); // a test may act as an ordinary user
-    QApplication application(argc, argv);
+    const QApplication application(argc, argv);
     Source source;
     source.setGeometry(1560, 1160, 40, 40);
     source.show();

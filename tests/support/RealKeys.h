@@ -40,11 +40,14 @@ inline void typeText(const QString& text) {
     xdotool({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("8"), text});
 }
 
-/// A click with the X server's pointer in the middle of `widget`.
+/// A click with the X server's pointer at `place` of `widget`.
+inline void clickAt(const QWidget* widget, const QPoint& place) {
+    const QPoint at = widget->mapToGlobal(place);
+    xdotool({"mousemove", QString::number(at.x()), QString::number(at.y()), "click", "1"});
+}
+
 inline void clickAt(const QWidget* widget) {
-    const QPoint centre = widget->mapToGlobal(widget->rect().center());
-    xdotool({QStringLiteral("mousemove"), QString::number(centre.x()), QString::number(centre.y()),
-             QStringLiteral("click"), QStringLiteral("1")});
+    clickAt(widget, widget->rect().center());
 }
 
 } // namespace kopertal::testing

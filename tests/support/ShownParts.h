@@ -60,6 +60,12 @@ inline QList<morvik::Sheet*> shownSheets(const QWidget* window) {
     return shown;
 }
 
+/// Null if none is shown.
+inline morvik::Sheet* frontSheet(const QWidget* window) {
+    const QList<morvik::Sheet*> shown = shownSheets(window);
+    return shown.isEmpty() ? nullptr : shown.last();
+}
+
 inline QMessageBox* openAlert() {
     return qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
 }

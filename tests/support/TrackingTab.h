@@ -31,10 +31,10 @@ protected:
     void openTab() {
         m_window = std::make_unique<MainWindow>(*m_settings);
         TrackingParts parts;
-        parts.access.endpoint = m_standIn->address(QStringLiteral("http"), "service");
+        parts.access.endpoint = m_standIn->address("http", "service");
         parts.makeCarrier = [] { return loadHttpCarrier({}); };
-        parts.recognizerProgram = QStringLiteral(KOPERTAL_PROGRAM);
-        parts.pairingPage = QStringLiteral("https://kopertal.example/zq/");
+        parts.recognizerProgram = KOPERTAL_PROGRAM;
+        parts.pairingPage = "https://kopertal.example/zq/";
         m_view = new TrackingView(*m_settings, parts);
         m_window->addTrackingTab(m_view);
         activate(*m_window);
@@ -43,19 +43,16 @@ protected:
         QTest::qWait(300); // until the pages have changed
     }
 
-    void closeTab() {
-        m_window.reset();
-        m_settings.reset();
-    }
-
     morvik::KitButton* button(const char* title) const {
         return shownButton(m_window.get(), QString::fromUtf8(title));
     }
 
+    /// Sorted.
     QStringList storedNumbers() const {
         QStringList numbers;
         for (const TrackingRow& row : trackingRows(m_settings->loadSentBooks()))
             numbers << row.trackingNumber;
+        numbers.sort();
         return numbers;
     }
 
