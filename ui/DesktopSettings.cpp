@@ -47,6 +47,7 @@ public:
         QDBusConnection bus = QDBusConnection::sessionBus();
         if (!bus.isConnected())
             return;
+        qRegisterMetaType<QDBusVariant>(); // else the slot's type is unknown to the connection
         bus.connect(service, object, interface, QStringLiteral("SettingChanged"), this,
                     SLOT(onChanged(QString, QString, QDBusVariant)));
         for (const QString& key : {motionKey, textKey})

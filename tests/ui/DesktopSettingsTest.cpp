@@ -45,9 +45,6 @@ class DesktopSettingsTest : public QObject {
     Q_OBJECT
 
 private Q_SLOTS:
-    // Else the toolkit knows the type only once it has carried one, and announcements are lost.
-    void initTestCase() { qRegisterMetaType<QDBusVariant>(); }
-
     void followsTheDesktopWhileTheOwnerLives() {
         kopertal::testing::OwnBus bus;
         QDBusConnection services = bus.startSession();
