@@ -136,9 +136,9 @@ private Q_SLOTS:
             QCOMPARE(setup.pages, 23);
 
             QList<int> readies;
-            const auto progress = [&](int ready, int needed) {
+            const auto progress = [&readies, expected = rendered](int ready, int needed) {
                 readies += ready;
-                QCOMPARE(needed, rendered);
+                QCOMPARE(needed, expected);
             };
             const int job = m_cups->jobs() + 1;
             const PrintResult result = m_work.print(

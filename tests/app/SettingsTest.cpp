@@ -92,6 +92,7 @@ private Q_SLOTS:
             return QString("%1.%2").arg(writer).arg(number);
         };
         std::vector<std::jthread> writers;
+        writers.reserve(4);
         for (int writer = 0; writer < 4; ++writer)
             writers.emplace_back([this, key, writer] {
                 for (int number = 0; number < 12; ++number)

@@ -45,7 +45,7 @@ void askFromManyThreads(const HttpOptions& options, const std::string& url, bool
     request.url = url;
     request.body = "no number";
     const std::thread::id destroyer = std::this_thread::get_id();
-    std::latch left(threads * requestsPerThread);
+    std::latch left(std::ptrdiff_t{threads} * requestsPerThread);
     std::atomic<int> completed = 0;
     std::atomic<int> failed = 0;
     {
@@ -59,6 +59,7 @@ void askFromManyThreads(const HttpOptions& options, const std::string& url, bool
         };
         {
             std::vector<std::jthread> askers;
+            askers.reserve(threads);
             for (int i = 0; i < threads; ++i)
                 askers.emplace_back([&] {
                     for (int k = 0; k < requestsPerThread; ++k)

@@ -62,6 +62,7 @@ void comeAndGoUnderLoad() {
     std::vector<ReceivedPhoto> photos;
     for (int round = 0; round < 10; ++round) {
         std::vector<std::jthread> clients; // outlive the server in every other round
+        clients.reserve(3);
         ConnectionLoop loop({}, {}, [&](const ReceivedPhoto& photo) { photos.push_back(photo); });
         for (int i = 0; i < 3; ++i)
             clients.emplace_back([port = loop.listen(0).value_or(0)] {

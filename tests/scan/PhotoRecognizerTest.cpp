@@ -166,9 +166,9 @@ private Q_SLOTS:
 
     void finishesWhatItLeavesBehind() {
         auto recognizer = std::make_unique<PhotoRecognizer>(shell("exec sleep 600"));
-        std::vector<QFuture<PhotoResult>> results;
+        QList<QFuture<PhotoResult>> results;
         for (int i = 0; i < 5; ++i)
-            results.push_back(recognizer->recognize(photoBytes("x")));
+            results << recognizer->recognize(photoBytes("x"));
         QTest::qWait(100);
         recognizer.reset();
         for (const QFuture<PhotoResult>& result : results) {

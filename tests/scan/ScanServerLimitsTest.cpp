@@ -53,6 +53,7 @@ private Q_SLOTS:
     void newConnectionsWaitWhileAllAreUploading() {
         RunningServer s({.connections = 3});
         std::vector<RawClient> uploads;
+        uploads.reserve(3);
         for (int i = 0; i < 3; ++i)
             uploads.push_back(s.begin(uploadHead(4) + "ab"));
         RawClient waiting = s.begin(ping);
@@ -186,6 +187,7 @@ private Q_SLOTS:
                          .paceGrace = 60'000ms,
                          .heldBytes = 2 * UploadBudget::leastReservation});
         std::vector<RawClient> greedy;
+        greedy.reserve(4);
         for (int i = 0; i < 4; ++i)
             greedy.push_back(s.begin(uploadHead(1)));
         RawClient modest(s.port, RawClient::Family::otherV4);
@@ -216,7 +218,9 @@ private Q_SLOTS:
         RunningServer s({.discardBytes = 1'000'000});
         RawClient client(s.port);
         client.send(ping);
-        QVERIFY(!client.send(std::string(50'000'000, 'x')));
+        std::string flood;
+        flood.resize(50'000'000);
+        QVERIFY(!client.send(flood));
     }
 };
 

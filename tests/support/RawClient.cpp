@@ -14,11 +14,12 @@ RawClient::RawClient(std::uint16_t port, Family family) {
     const sockaddr_in6 v6{AF_INET6, htons(port), 0, in6addr_loopback, 0};
     const bool isV6 = family == Family::v6;
     m_socket = socket(isV6 ? AF_INET6 : AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (family == Family::otherV4)
-        bind(m_socket, reinterpret_cast<const sockaddr*>(&from), sizeof from);
+    const bool isBound = family != Family::otherV4 ||
+                         bind(m_socket, reinterpret_cast<const sockaddr*>(&from), sizeof from) == 0;
     const auto* const to =
         isV6 ? reinterpret_cast<const sockaddr*>(&v6) : reinterpret_cast<const sockaddr*>(&v4);
-    if (connect(m_socket, to, isV6 ? sizeof v6 : sizeof v4) != 0 && m_socket >= 0)
+    const bool isConnected = isBound && connect(m_socket, to, isV6 ? sizeof v6 : sizeof v4) == 0;
+    if (!isConnected && m_socket >= 0)
         close(std::exchange(m_socket, -1));
 }
 

@@ -68,11 +68,14 @@ void light(cv::Mat& photo, const Shot& shot, cv::RNG& random) {
 
 void smear(cv::Mat& photo, double length, double radians) {
     const int side = 2 * static_cast<int>(std::ceil(length / 2)) + 3;
+    const int centre = side / 2;
     cv::Mat kernel(side, side, CV_32F, cv::Scalar(0.0));
-    for (double t = -length / 2; t <= length / 2; t += 0.05) {
-        const double x = side / 2 + t * std::cos(radians);
-        const double y = side / 2 + t * std::sin(radians);
+    double t = -length / 2;
+    while (t <= length / 2) {
+        const double x = centre + t * std::cos(radians);
+        const double y = centre + t * std::sin(radians);
         kernel.at<float>(static_cast<int>(std::lround(y)), static_cast<int>(std::lround(x))) += 1;
+        t += 0.05;
     }
     cv::filter2D(photo, photo, -1, kernel / cv::sum(kernel)[0]);
 }

@@ -192,8 +192,11 @@ Page codelessPage(cv::RNG& random, double scale) {
     for (int patch = 0; patch < 3; ++patch) {
         const cv::Point2d at(random.uniform(12.0, 150.0), random.uniform(230.0, 270.0));
         const double step = random.uniform(0.5, 2.0);
-        for (double x = 0; x < 40; x += step * (patch == 1 ? 1 : random.uniform(0.6, 1.8)))
+        double x = 0;
+        while (x < 40) {
             line(page.ink, at + cv::Point2d(x, 0), at + cv::Point2d(x, 8), step / 3, scale);
+            x += step * (patch == 1 ? 1 : random.uniform(0.6, 1.8));
+        }
     }
     return page;
 }
