@@ -9,8 +9,22 @@
 
 #include <exception>
 #include <new>
+#include <openssl/crypto.h>
 
 using namespace kopertal;
+
+namespace {
+
+/// libzip draws random numbers from libcrypto, whose state of a thread would go with the thread:
+/// perhaps only while the program ends, which takes libcrypto down at the same time.
+struct CryptoState {
+    CryptoState() = default;
+    CryptoState(const CryptoState&) = delete;
+    CryptoState& operator=(const CryptoState&) = delete;
+    ~CryptoState() { OPENSSL_thread_stop(); }
+};
+
+} // namespace
 
 extern "C" Q_DECL_EXPORT void kopertalGenerate(const GenerationOrder& order,
                                                const std::stop_token& stop,
@@ -18,6 +32,7 @@ extern "C" Q_DECL_EXPORT void kopertalGenerate(const GenerationOrder& order,
 
 void kopertalGenerate(const GenerationOrder& order, const std::stop_token& stop,
                       GenerationResult& result) {
+    const CryptoState state;
     try {
         const QString path =
             uniqueURL(QDir(order.saveFolder).filePath(registerFileName(order.date)));
