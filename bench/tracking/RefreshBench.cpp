@@ -6,7 +6,7 @@
 #include "app/tracking/TrackingTable.h"
 #include "app/tracking/TrackingView.h"
 #include "bench/Result.h"
-#include "tests/support/StallMeter.h"
+#include "bench/tracking/StallMeter.h"
 #include "tracking/TrackingTableModel.h"
 #include "ui/MorvikStyle.h"
 
