@@ -96,7 +96,7 @@ private Q_SLOTS:
         QTRY_VERIFY_WITH_TIMEOUT((pressKeys({"ctrl+Return"}), hasSaid("dokument gotowy")), 20000);
         m_messages += run({m_file, "--verbose"});
         end(SIGTERM);
-        QCOMPARE(m_program.exitCode(), 0);
+        QVERIFY2(m_program.exitCode() == 0, qPrintable(m_messages));
         checkLog(m_messages, {"kopertal\\.module: wczytano moduł window w \\d+ ms",
                               "kopertal\\.engine: dokument gotowy: adresatów 1, .*",
                               "kopertal\\.instance: okno jest już otwarte",

@@ -1,6 +1,7 @@
-// Compiled into programs under the sanitizers. The toolkit's pool takes its threads for ended while
-// the system still takes them down. A leak checker that looks at such a thread crashes ("Tracer
-// caught signal 11"), so the end of the process leaves them a moment; what leaks is found after it.
+// Compiled into programs under the sanitizers. Once the leak checker itself crashed at a process's
+// end ("Tracer caught signal 11"), after all tests had passed: probably at a thread that the
+// toolkit's pool takes for ended while the system still takes it down. So the end of the process
+// leaves such threads a moment; what leaks is found after it.
 #include <chrono>
 #include <cstdlib>
 #include <thread>
