@@ -3,9 +3,11 @@
 #include "app/addresses/AddressTextEditor.h"
 #include "app/addresses/AddressView.h"
 #include "app/common/ErrorAlert.h"
+#include "app/common/Theme.h"
 #include "app/sender/SenderSetupView.h"
 #include "app/settings/AppSettings.h"
 #include "ui/AccessibleRole.h"
+#include "ui/Labels.h"
 #include "ui/RaiseWindow.h"
 #include "ui/Sheet.h"
 
@@ -44,32 +46,59 @@ void editFocused(const char* slot) {
 
 } // namespace
 
-MainWindow::MainWindow(AppSettings& settings)
-    : m_settings(settings), m_content(new ContentView), m_addresses(new AddressView(settings)) {
+MainWindow::MainWindow(AppSettings& settings) : m_settings(settings) {
     setWindowTitle(QStringLiteral("Kopertal"));
     setAcceptDrops(false);
-    addApplicationMenu();
-    addEditMenu();
-    addViewMenu();
-    m_content->addTab(AppTab::addresses, m_addresses);
-    addTabAction(AppTab::addresses);
-    setCentralWidget(m_content);
+    morvik::setGround(this, Theme::bg);
     resize(firstSize.boundedTo(screen()->availableSize()));
-    m_addresses->editor().setFocus();
     connect(&settings, &AppSettings::savingFailed, this, [] {
         showError(QStringLiteral("Nie udało się zapisać ustawień w folderze %1. Zmiany działają do "
                                  "zamknięcia programu. Sprawdź, czy na dysku jest miejsce i czy "
                                  "wolno Ci zapisywać w tym folderze.")
                       .arg(QFileInfo(PreferencesStore::defaultPath()).path()));
     });
+}
+
+void MainWindow::fill() {
+    if (m_content)
+        return;
+    m_content = new ContentView;
+    m_addresses = new AddressView(m_settings);
+    addApplicationMenu();
+    addEditMenu();
+    addViewMenu();
+    m_content->addTab(AppTab::addresses, m_addresses);
+    addTabAction(AppTab::addresses);
     connect(m_content, &ContentView::appeared, this, [this] {
         if (m_settings.isSenderDataMissing())
             showSenderSheet();
     });
+    Q_EMIT filled();
+    setCentralWidget(m_content);
+    if (isVisible()) { // what comes into a visible window is shown later, and hidden gets no focus
+        menuBar()->show();
+        m_content->show();
+    }
+    m_addresses->editor().setFocus();
+}
+
+ContentView& MainWindow::content() {
+    fill();
+    return *m_content;
+}
+
+AddressView& MainWindow::addresses() {
+    fill();
+    return *m_addresses;
+}
+
+QMenu* MainWindow::applicationMenu() {
+    fill();
+    return m_applicationMenu;
 }
 
 void MainWindow::addTrackingTab(QWidget* page) {
-    m_content->addTab(AppTab::tracking, page);
+    content().addTab(AppTab::tracking, page);
     addTabAction(AppTab::tracking);
     addViewActions(AppTab::tracking, page->actions());
 }
@@ -161,6 +190,7 @@ void MainWindow::addTabAction(AppTab tab) {
 }
 
 QMenu* MainWindow::helpMenu() {
+    fill();
     if (!m_helpMenu)
         m_helpMenu = menuBar()->addMenu(QStringLiteral("&Pomoc"));
     return m_helpMenu;
@@ -191,6 +221,12 @@ void MainWindow::showSettings() {
 
 void MainWindow::raiseToFront() {
     morvik::raiseWindow(this);
+}
+
+void MainWindow::paintEvent(QPaintEvent* event) {
+    QMainWindow::paintEvent(event);
+    if (!m_content)
+        QMetaObject::invokeMethod(this, &MainWindow::fill, Qt::QueuedConnection);
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

@@ -14,6 +14,9 @@ class AppSettings;
 
 /// The program's window: its content, its menus, the sender's form at the first start and as the
 /// settings window. Closing it ends the program, and closes every other window.
+///
+/// It appears as an empty frame. The content and the menus are made when that has been painted, or
+/// when the first of them is asked for: while the desktop maps the frame, the fonts are read.
 class MainWindow : public QMainWindow {
     Q_OBJECT
 
@@ -21,15 +24,15 @@ public:
     /// `settings` outlives the window.
     explicit MainWindow(AppSettings& settings);
 
-    ContentView& content() { return *m_content; }
-    AddressView& addresses() { return *m_addresses; }
+    ContentView& content();
+    AddressView& addresses();
 
     /// Adds the second tab; takes `page` over, and has its actions in the menu "Widok".
     void addTrackingTab(QWidget* page);
     /// Those with a title, to work while the tab is shown.
     void addViewActions(AppTab tab, const QList<QAction*>& actions);
 
-    QMenu* applicationMenu() { return m_applicationMenu; }
+    QMenu* applicationMenu();
     /// The last menu; it stands in the bar from the first call on.
     QMenu* helpMenu();
 
@@ -39,10 +42,16 @@ public:
 public Q_SLOTS:
     void showSettings();
 
+Q_SIGNALS:
+    /// The content and the menus are made and about to be shown: the time to add to them.
+    void filled();
+
 protected:
+    void paintEvent(QPaintEvent* event) override;
     void closeEvent(QCloseEvent* event) override;
 
 private:
+    void fill();
     void addApplicationMenu();
     void addEditMenu();
     void addViewMenu();
@@ -51,8 +60,8 @@ private:
     void showSenderSheet();
 
     AppSettings& m_settings;
-    ContentView* m_content;
-    AddressView* m_addresses;
+    ContentView* m_content = nullptr; // until it is made
+    AddressView* m_addresses = nullptr;
     QMenu* m_applicationMenu = nullptr;
     QMenu* m_viewMenu = nullptr;
     QMenu* m_helpMenu = nullptr;

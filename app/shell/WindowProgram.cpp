@@ -84,13 +84,22 @@ int runFirst(SingleInstance& instance, DesktopWishes& wishes,
                          updaterParts());
     MainWindow window(settings);
     WindowMemory memory(PreferencesStore(PreferencesStore::defaultPath()), window);
-    window.addTrackingTab(new LatePage([&] {
-        auto* tracking = new TrackingView(settings, trackingParts());
-        window.addViewActions(AppTab::tracking, tracking->actions());
-        memory.restore(*tracking);
-        return tracking;
-    }));
-    addFrameCommands(window, delegate.updater(), frameTexts());
+    QObject::connect(&window, &MainWindow::filled, &window, [&] {
+        window.addTrackingTab(new LatePage([&] {
+            auto* tracking = new TrackingView(settings, trackingParts());
+            window.addViewActions(AppTab::tracking, tracking->actions());
+            memory.restore(*tracking);
+            return tracking;
+        }));
+        addFrameCommands(window, delegate.updater(), frameTexts());
+        memory.restore(window.content());
+        QObject::connect(
+            &terminationSignals, &TerminationSignals::terminationRequested,
+            &terminationSignals, // also after the window's end
+            [stop = window.addresses().generationStop()]() mutable { stop.request_stop(); });
+        if (!file.isEmpty())
+            window.addresses().loadFile(file);
+    });
     QObject::connect(&instance, &SingleInstance::started, &window,
                      [&](const StartMessage& message) {
                          if (!message.activationToken.isEmpty())
@@ -101,12 +110,8 @@ int runFirst(SingleInstance& instance, DesktopWishes& wishes,
                              window.addresses().loadFile(message.file);
                          }
                      });
-    QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested,
-                     &terminationSignals, // a signal stops a register also after the window's end
-                     [stop = window.addresses().generationStop()]() mutable {
-                         stop.request_stop();
-                         QApplication::quit();
-                     });
+    QObject::connect(&terminationSignals, &TerminationSignals::terminationRequested, qApp,
+                     &QCoreApplication::quit);
     // A session that is restored starts the window as the user would. Its end reaches the program
     // as a request to quit.
     QObject::connect(qApp, &QGuiApplication::saveStateRequest, &window,
@@ -116,8 +121,6 @@ int runFirst(SingleInstance& instance, DesktopWishes& wishes,
     QObject::connect(qApp, &QCoreApplication::aboutToQuit, &instance, &SingleInstance::release);
     window.show();
     wishes.followLater();
-    if (!file.isEmpty())
-        window.addresses().loadFile(file);
     return QApplication::exec();
 }
 
