@@ -17,7 +17,6 @@
 namespace kopertal {
 namespace {
 
-constexpr QSize leastSize{760, 600};
 constexpr int topBarHeight = 40;
 constexpr int topBarPadding = 16;
 

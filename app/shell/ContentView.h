@@ -23,6 +23,9 @@ class ContentView : public QWidget {
     Q_OBJECT
 
 public:
+    /// Less is never legible, however small the texts are.
+    static constexpr QSize leastSize{760, 600};
+
     explicit ContentView(QWidget* parent = nullptr);
 
     /// Takes `page` over; the first one is selected. To be called in the tabs' order.

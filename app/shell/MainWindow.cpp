@@ -219,6 +219,10 @@ void MainWindow::showSettings() {
     morvik::raiseWindow(m_settingsWindow);
 }
 
+QSize MainWindow::minimumSizeHint() const {
+    return QMainWindow::minimumSizeHint().expandedTo(ContentView::leastSize);
+}
+
 void MainWindow::raiseToFront() {
     morvik::raiseWindow(this);
 }

@@ -36,6 +36,9 @@ public:
     /// The last menu; it stands in the bar from the first call on.
     QMenu* helpMenu();
 
+    /// Known before the content is made, though not for large texts.
+    QSize minimumSizeHint() const override;
+
     /// Brings the window to the front, out of the task bar too.
     void raiseToFront();
 

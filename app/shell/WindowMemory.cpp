@@ -36,7 +36,6 @@ WindowMemory::WindowMemory(PreferencesStore store, QWidget& window)
       m_layout(m_stored) {
     restoreWindow();
     watch(&window);
-    restore(window);
     connect(qApp, &QCoreApplication::aboutToQuit, this, &WindowMemory::save);
 }
 

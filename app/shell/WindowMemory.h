@@ -20,10 +20,10 @@ class WindowMemory : public QObject {
     Q_OBJECT
 
 public:
-    /// Restores `window`, which is not shown yet and outlives this, with the parts that it has.
+    /// Restores the size of `window`, which is not shown yet and outlives this.
     WindowMemory(PreferencesStore store, QWidget& window);
 
-    /// Restores the parts below `page`, which has come into the window since.
+    /// Restores the parts below `page`, which is new in the window and not shown yet.
     void restore(QWidget& page);
 
     /// Writes what has changed, if anything. False when it could not be written.

@@ -25,11 +25,13 @@ class Run {
 public:
     explicit Run(const QString& path)
         : m_store(path), m_settings(m_store), m_window(m_settings), m_memory(m_store, m_window) {
-        auto* tracking = new TrackingView(m_settings, TrackingParts());
-        m_window.addTrackingTab(tracking);
-        m_memory.restore(*tracking);
+        QObject::connect(&m_window, &MainWindow::filled, [this] {
+            m_window.addTrackingTab(new TrackingView(m_settings, TrackingParts()));
+            m_memory.restore(m_window.content());
+        });
         m_restored = m_window.size();
         activate(m_window);
+        QVERIFY(QTest::qWaitFor([this] { return letters(); }));
     }
 
     MainWindow& window() { return m_window; }
