@@ -16,7 +16,7 @@ struct LateFunction {
 };
 
 /// What `module`, of those in ../lib/kopertal beside the program's folder, exports as `symbol`. The
-/// module is loaded by the first call and stays: for what the window's first picture does without.
+/// module is loaded by the first call and stays: for what the window's picture does without.
 /// A module that an update has replaced since the start is refused. On any thread.
 LateFunction lateFunction(const char* module, const char* symbol);
 
