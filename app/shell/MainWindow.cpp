@@ -70,16 +70,16 @@ void MainWindow::fill() {
     m_content->addTab(AppTab::addresses, m_addresses);
     addTabAction(AppTab::addresses);
     connect(m_content, &ContentView::appeared, this, [this] {
+        m_addresses->editor().setFocus();
         if (m_settings.isSenderDataMissing())
             showSenderSheet();
     });
     Q_EMIT filled();
     setCentralWidget(m_content);
-    if (isVisible()) { // what comes into a visible window is shown later, and hidden gets no focus
+    if (isVisible()) { // what comes into a visible window would be shown only later
         menuBar()->show();
         m_content->show();
     }
-    m_addresses->editor().setFocus();
 }
 
 ContentView& MainWindow::content() {
