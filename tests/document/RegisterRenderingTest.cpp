@@ -31,33 +31,22 @@ QRectF addressCell(int row) {
 QString recipientsText(int count) {
     QString text;
     for (int number = 1; number <= count; ++number)
-        text += QStringLiteral("Józef Gżegżółka & syn %1\nul. „Słoneczna” <%1> m. 2\n00-000 "
-                               "Warszawa\n\n")
-                    .arg(number);
+        text += QStringLiteral("Józef & syn %1\nul. „Słoneczna” <%1>\n00-000 Łódź\n\n").arg(number);
     return text;
 }
 
-/// Texts that are hard to hold in a cell, ten at most.
+/// Texts that are hard to hold in a cell.
 const QString hardTexts = QStringLiteral(
     "Przedsiębiorstwo Wielobranżowe Produkcyjno-Handlowo-Usługowe „Wszystko dla domu "
     "i ogrodu” Krzysztof Brzęczyszczykiewicz i Wspólnicy Spółka komandytowa w "
     "likwidacji, Oddział terenowy w Chrząszczyżewoszycach, powiat łękołodzki\n"
-    "ul. Gen. Władysława Sikorskiego 118A/204\n"
-    "Chrząszczyżewoszyce\n\n"
-    "SAMODZIELNY PUBLICZNY WOJEWÓDZKI SZPITAL ZESPOLONY\n"
-    "UL. ARKOŃSKA NR 4\n71-455 SZCZECIN\n\n"
+    "ul. Gen. Władysława Sikorskiego 118A/204\nChrząszczyżewoszyce\n\n"
     "Pięć wierszy adresu\n"
     "Centrum Biurowe Wschód\nwejście B, piętro IV\nal. Zjednoczenia 36\n"
     "01-830 Warszawa\nPolska\n\n"
     "Konstantynopolitańczykowianeczka-Dźwiękonaśladowniczkiewiczówna\n"
-    "Konstantynopolitańczykowianeczkowska 12\n"
-    "00-001 Konstantynopolitańczykowo\n\n"
-    "https://poczta.example.pl/adresy/0123456789/0123456789/0123456789/0123456789\n"
     "0123456789012345678901234567890123456789012345678901234567890123456789\n"
-    "00-001\n\n"
-    "Ministerstwo Rodziny, Pracy i Polityki Społecznej\n"
-    "Departament Pomocy i Integracji Społecznej\n"
-    "ul. Nowogrodzka 1/3/5\n00-513 Warszawa\n\n");
+    "00-001 Konstantynopolitańczykowo\n\n");
 
 } // namespace
 
@@ -70,14 +59,10 @@ class RegisterRenderingTest : public QObject {
 private:
     QString document(const QString& name) const { return m_folder.filePath(name + ".docx"); }
 
-    QList<PrintedPage> pages(const QString& name) const {
-        return printedPages(m_folder.filePath(name + ".pdf"));
-    }
-
     /// The numbers of the pages, the sender's text at the end of its cell, and in each row its
     /// recipient or nothing.
-    static void verifyPages(const QList<PrintedPage>& printed, const QString& addresses,
-                            const QString& sender) {
+    void verifyPages(const QString& name, const QString& addresses, const QString& sender) const {
+        const QList<PrintedPage> printed = printedPages(m_folder.filePath(name + ".pdf"));
         const QList<ParsedAddress> expected = parseAddresses(addresses);
         QCOMPARE(printed.size(), std::max<qsizetype>(1, (expected.size() + 9) / 10));
         qsizetype next = 0;
@@ -96,10 +81,8 @@ private:
         }
     }
 
-    const QMap<QString, QString> m_texts{{"1", recipientsText(1)},
-                                         {"25", recipientsText(25)},
-                                         {"200", recipientsText(200)},
-                                         {"hard", hardTexts}};
+    const QMap<QString, QString> m_texts{
+        {"25", recipientsText(25)}, {"165", recipientsText(165)}, {"hard", hardTexts}};
     QTemporaryDir m_folder;
 
 private Q_SLOTS:
@@ -120,16 +103,11 @@ private Q_SLOTS:
                  "soffice must print (package libreoffice-writer-nogui)");
     }
 
-    void withoutRecipientsPrintsOneEmptyForm() {
-        const QList<PrintedPage> printed = pages("0");
-        verifyPages(printed, {}, "ul. 1");
-        // An empty name leaves the template's dots.
-        QVERIFY(textInside(printed.value(0), senderCell).contains(QString(20, u'…')));
-    }
-
     void everyPageHasItsNumberSenderAndRecipients() {
         for (auto text = m_texts.begin(); text != m_texts.end(); ++text)
-            verifyPages(pages(text.key()), *text, senderName + senderAddress);
+            verifyPages(text.key(), *text, senderName + senderAddress);
+        // Without a name the template's dots stay.
+        verifyPages("0", {}, QString(20, u'…') + "ul. 1");
     }
 
     void officeAcceptsThem() {
@@ -138,8 +116,8 @@ private Q_SLOTS:
         if (version.section(u'.', 0, 0).toInt() < 20 ||
             !QFileInfo::exists(folder + "/node_modules/@ooxml-tools/validate"))
             QSKIP("The validator needs node 20, and npm ci in tests/document.");
-        const CommandResult result = runCommand(
-            "node", {folder + "/validate.mjs", document("1"), document("hard"), document("25")});
+        const CommandResult result =
+            runCommand("node", {folder + "/validate.mjs", document("hard"), document("25")});
         QVERIFY2(result.exitCode == 0, qPrintable(result.messages));
         // One for each of the page's five drawings, from Office2010: the validator has looked.
         static const QRegularExpression repeatedIds(QRegularExpression::anchoredPattern(

@@ -2,7 +2,7 @@
 
 #include "tests/support/RunCommand.h"
 
-#include <QXmlStreamReader>
+#include <pugixml.hpp>
 
 namespace kopertal::test {
 
@@ -17,20 +17,19 @@ bool printDocuments(const QStringList& documents, const QString& folder) {
 }
 
 QList<PrintedPage> printedPages(const QString& pdf) {
-    QXmlStreamReader reader(runCommand("pdftotext", {"-bbox", pdf, "-"}).output);
+    const QByteArray xml = runCommand("pdftotext", {"-bbox", pdf, "-"}).output.toUtf8();
+    pugi::xml_document document;
+    document.load_string(xml.constData());
     QList<PrintedPage> pages;
-    while (!reader.atEnd()) {
-        if (reader.readNext() != QXmlStreamReader::StartElement)
-            continue;
-        const auto millimetres = [&](const char* name) {
-            return reader.attributes().value(QLatin1String(name)).toDouble() * 25.4 / 72;
-        };
-        if (reader.name() == u"page") {
-            pages.emplaceBack();
-        } else if (reader.name() == u"word") {
-            const QRectF box(QPointF(millimetres("xMin"), millimetres("yMin")),
-                             QPointF(millimetres("xMax"), millimetres("yMax")));
-            pages.last().append({reader.readElementText(), box});
+    for (const pugi::xpath_node page : document.select_nodes("//page")) {
+        pages.emplaceBack();
+        for (const pugi::xml_node word : page.node().children("word")) {
+            const auto millimetres = [word](const char* name) {
+                return word.attribute(name).as_double() * 25.4 / 72;
+            };
+            pages.last().append(
+                {word.text().get(), QRectF(QPointF(millimetres("xMin"), millimetres("yMin")),
+                                           QPointF(millimetres("xMax"), millimetres("yMax")))});
         }
     }
     return pages;

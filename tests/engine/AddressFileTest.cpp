@@ -17,13 +17,10 @@ private Q_SLOTS:
     void decodesWhatSendersHave() {
         const QByteArray mark = "\xef\xbb\xbf";
         const std::pair<QByteArray, QString> cases[] = {
-            {"Żółć\n😀", "Żółć\n😀"},
-            {mark + "A", "A"},
-            {mark + mark + "A", QChar(0xfeff) + QString("A")},
+            {mark + "Żółć\n😀", "Żółć\n😀"},
             {"\x8cwi\xeaty \xb9\x9c\x9f", "Święty ąśź"},
             {"\xa6\xb1\x81", "Śą\u0081"}, // ISO 8859-2, for 0x81 has no meaning before
-            {"za\xc5", "zaĹ"},
-            {"\xc0\xaf", "ŔŻ"}, // an overlong sequence is not UTF-8
+            {"\xc0\xaf", "ŔŻ"},           // an overlong sequence is not UTF-8
             {"a\r\nb\rc\r\r\nd\n\r", "a\nb\nc\n\nd\n\n"},
             {QByteArray("\xff\xfe\x41\0\r\0\n\0\x41\1", 10), "A\nŁ"},
             {QByteArray("\xfe\xff\1\x41", 4), "Ł"},
@@ -35,17 +32,11 @@ private Q_SLOTS:
         }
     }
 
-    void refusesWhatIsNoText() { QVERIFY(!decodeAddresses(QByteArray("a\0b", 3))); }
-
-    void passesAReadFailureOn() {
+    void refusesWhatIsNoText() {
+        QVERIFY(!decodeAddresses(QByteArray("a\0b", 3)));
         QFile unreadable("/proc/self/mem");
         QVERIFY(unreadable.open(QIODevice::ReadOnly));
-        try {
-            readAddresses(unreadable, "x");
-            QFAIL("no failure");
-        } catch (const FileError& error) {
-            QCOMPARE(error.what(), "x: " + unreadable.errorString());
-        }
+        QVERIFY_THROWS_EXCEPTION(FileError, readAddresses(unreadable, "x"));
     }
 
     void splitsTextIntoRecipientsAndSkipped() {
@@ -53,14 +44,10 @@ private Q_SLOTS:
             QString text;
             QStringList recipients; // "name|line|line"
             QStringList skipped;
-        } cases[] = {{"", {}, {}},
-                     {"\n \n\t\n", {}, {}},
-                     {"A", {}, {"A"}},
+        } cases[] = {{"\n \n\t\n", {}, {}},
                      {"A\n\n\n\nB\nC\n", {"B|C"}, {"A"}},
-                     {"A\nB\nC\nD\nE", {"A|B|C|D|E"}, {}},
-                     {"A\nB\n\nAnna\n\nA\nB", {"A|B", "A|B"}, {"Anna"}},
-                     {"  Jan  K  \n\tB\tC ", {"Jan  K|B\tC"}, {}},
-                     {"\u00a0\u2003Jan\u202f\n\u3000B", {"Jan|B"}, {}},
+                     {"A\nB\n\nAnna\n\nA\nB\nC\nD\nE", {"A|B", "A|B|C|D|E"}, {"Anna"}},
+                     {" \u00a0Jan  K\u2003\n\tB\tC ", {"Jan  K|B\tC"}, {}},
                      {"A\nB\n\u00a0\nC", {"A|B"}, {"C"}},
                      {"A\n\u200b", {"A|\u200b"}, {}}}; // other invisibles are text
         for (const auto& [text, recipients, skipped] : cases) {

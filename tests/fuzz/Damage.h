@@ -1,13 +1,22 @@
 #pragma once
 
-#include <QByteArray>
-#include <QList>
+#include "tests/support/Files.h"
+
+#include <QDir>
 
 #include <algorithm>
 #include <random>
 #include <utility>
 
 namespace kopertal::test {
+
+/// What the files of a folder hold, by their names.
+inline QList<QByteArray> filesIn(const QString& folder) {
+    QList<QByteArray> files;
+    for (const QFileInfo& file : QDir(folder).entryInfoList(QDir::Files, QDir::Name))
+        files << contentsOf(file.filePath());
+    return files;
+}
 
 /// Damaged copies of whole files, endlessly; the same seed gives the same ones.
 class Damage {
@@ -32,9 +41,7 @@ private:
         // Headers are where most goes wrong; what comes later gets farther.
         const qsizetype size = below(3) > 0 ? file.size() : std::min<qsizetype>(file.size(), 512);
         const qsizetype at = below(size);
-        const qsizetype length = below(64);
         const QByteArray& other = anyFile();
-        const qsizetype from = below(other.size());
         switch (below(5)) {
         case 0:
             file = file.first(at) + other.mid(at);
@@ -43,10 +50,10 @@ private:
             file.truncate(at);
             break;
         case 2: // which takes away or adds, too
-            file.replace(at, length, other.mid(from, below(64)));
+            file.replace(at, below(64), other.mid(below(other.size()), below(64)));
             break;
         case 3:
-            file.replace(at, length, QByteArray(length, below(2) == 0 ? '\0' : '\xff'));
+            file.replace(at, 16, QByteArray(16, below(2) == 0 ? '\0' : '\xff'));
             break;
         default:
             for (qsizetype i = below(16); i >= 0 && !file.isEmpty(); --i)

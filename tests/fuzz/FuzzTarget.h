@@ -1,13 +1,14 @@
 #pragma once
 
-#include <cstddef>
-#include <cstdint>
+#include <QByteArray>
+#include <QByteArrayView>
+
 #include <cstdio>
 #include <cstdlib>
 
-/// Feeds one input to the code under test; aborts when it breaks a promise. libFuzzer calls it with
-/// inputs that it mutates, ordinary builds with those of the corpus (ReplayCorpus.cpp).
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
+/// Feeds one input to the code under test; aborts when it breaks a promise. libFuzzer gives it
+/// inputs that it mutates (LibFuzzer.cpp), ordinary builds those of the corpus (ReplayCorpus.cpp).
+void feed(QByteArrayView input);
 
 /// Aborts, so that the input is kept, when `holds` is false. Unlike assert() it stays in every
 /// build.

@@ -16,11 +16,11 @@ const QByteArray form =
 } // namespace
 
 /// Any bytes as a register's main document: what is cut there is well formed again.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const QByteArray document(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
+void feed(QByteArrayView input) {
+    const QByteArray document = input.toByteArray();
     const std::vector<qsizetype> bounds = pageBounds(document, form);
     if (bounds.empty())
-        return 0;
+        return;
     require(bounds.size() >= 2 && bounds.front() > 0 && bounds.back() < document.size(),
             "bounds lie in the document");
     require(std::ranges::adjacent_find(bounds, std::greater_equal<>()) == bounds.end(),
@@ -35,5 +35,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                 "a piece is well formed");
         require(page > 0 || pageBounds(piece, form).size() == 2, "the first one is a page");
     }
-    return 0;
 }

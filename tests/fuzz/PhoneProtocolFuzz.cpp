@@ -5,8 +5,8 @@
 using namespace kopertal;
 
 /// Any bytes as a connection's first read, and the same bytes as an upload's body.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+void feed(QByteArrayView input) {
+    const std::string_view bytes(input.data(), static_cast<std::size_t>(input.size()));
     const Decision decision = decide(bytes);
     const std::size_t end = bytes.find("\r\n\r\n");
     const bool isReadable = end != std::string_view::npos && isUtf8(bytes.substr(0, end));
@@ -21,5 +21,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
         require(decide(bytes.substr(0, end + 4)).index() == decision.index(),
                 "what follows the header decides nothing");
     require(photoStart(bytes) <= bytes.size(), "a photo begins in the body");
-    return 0;
 }

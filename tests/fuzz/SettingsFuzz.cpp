@@ -9,9 +9,9 @@ using namespace kopertal;
 
 /// Any bytes as the file of settings: they can be read and written, and what was there before is
 /// kept, in the file or beside it.
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+void feed(QByteArrayView input) {
     const QTemporaryDir folder;
-    const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
+    const QByteArray bytes = input.toByteArray();
     PreferencesStore store(
         test::writeFile(folder.filePath(QStringLiteral("settings.json")), bytes));
     const auto key = QStringLiteral("paths.saveFolder");
@@ -33,5 +33,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                     store.object(other) == object,
                 "the other settings stay");
     require(store.remove(key) && !store.text(key), "a setting can be taken away");
-    return 0;
 }

@@ -5,11 +5,10 @@
 
 using namespace kopertal;
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const QByteArray bytes(reinterpret_cast<const char*>(data), static_cast<qsizetype>(size));
-    const std::optional<QList<Release>> releases = readUpdateFeed(bytes);
+void feed(QByteArrayView input) {
+    const std::optional<QList<Release>> releases = readUpdateFeed(input.toByteArray());
     if (!releases)
-        return 0;
+        return;
     const auto isHidden = [](QChar c) {
         return c != u'\n' &&
                (c.category() == QChar::Other_Control || c.category() == QChar::Other_Format);
@@ -24,5 +23,4 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                     release.page.userInfo().isEmpty(),
                 "pages are https pages");
     }
-    return 0;
 }

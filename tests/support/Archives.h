@@ -8,14 +8,11 @@
 namespace kopertal::test {
 
 struct ArchiveEntry {
-    QByteArray name; ///< A folder's ends with a slash.
+    QByteArray name;
     QByteArray contents;
-    bool deflated = true;
-    unsigned int unixMode = 0; ///< 0 is an ordinary file or folder.
 };
 
-/// Writes a ZIP archive of the entries; names are taken as they are, however hostile. False on
-/// failure.
+/// Writes a ZIP archive of the entries. False on failure.
 bool writeArchive(const QString& path, const QList<ArchiveEntry>& entries);
 
 /// What the archive at `path` holds, by name; empty when it does not open.
