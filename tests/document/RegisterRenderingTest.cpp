@@ -19,14 +19,8 @@ const QString senderAddress = QStringLiteral("ul. Świętojańska 7, 81-368 Gdyn
 // The form, in millimetres from the page's corner: resources/template/README.md.
 constexpr QRectF senderCell(10, 23.9, 114.2, 40);
 constexpr QRectF pageNumberBox(174, 14, 26, 7);
-
-QRectF nameCell(int row) {
-    return {16.8, 84.9 + 15.5 * row, 46.8, 15.5};
-}
-
-QRectF addressCell(int row) {
-    return {63.6, 84.9 + 15.5 * row, 32.8, 15.5};
-}
+constexpr QRectF firstName(16.8, 84.9, 46.8, 15.5);
+constexpr QRectF firstAddress(63.6, 84.9, 32.8, 15.5);
 
 QString recipientsText(int count) {
     QString text;
@@ -74,8 +68,10 @@ private:
             QVERIFY2(found.endsWith(withoutSpaces(sender)), qPrintable(found));
             for (int row = 0; row < 10; ++row) {
                 const ParsedAddress recipient = expected.value(next++);
-                QCOMPARE(textInside(page, nameCell(row)), withoutSpaces(recipient.name));
-                QCOMPARE(textInside(page, addressCell(row)),
+                const double down = 15.5 * row;
+                QCOMPARE(textInside(page, firstName.translated(0, down)),
+                         withoutSpaces(recipient.name));
+                QCOMPARE(textInside(page, firstAddress.translated(0, down)),
                          withoutSpaces(recipient.lines.join(u' ')));
             }
         }

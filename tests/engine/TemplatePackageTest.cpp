@@ -82,21 +82,16 @@ private Q_SLOTS:
         const QString folder(KOPERTAL_SOURCE_DIR "/tests/fuzz/corpus/Template/");
         for (const char* sound : {"deflated.zip", "stored.zip"})
             QCOMPARE(refusal(folder + sound), QString());
-        const std::pair<const char*, const char*> cases[] = {
-            {"absolute.zip", "niedozwolony wpis"},
-            {"climbs.zip", "niedozwolony wpis"},
-            {"backslash.zip", "niedozwolony wpis"},
-            {"control.zip", "niedozwolony wpis"},
-            {"link.zip", "niedozwolony wpis"},
-            {"fifo.zip", "niedozwolony wpis"},
-            {"twice.zip", "dwa razy"},
-            {"file-as-folder.zip", "word/document.xml/x: "},
-            {"broken-checksum.zip", "CRC error"}, // every byte and size is right
-            {"truncated.zip", "Not a zip archive"},
-            {"no-document.zip", "word/document.xml: "}};
-        for (const auto& [name, words] : cases) {
-            const QString found = refusal(folder + name);
-            QVERIFY2(found.contains(words), qPrintable(name + found));
+        const std::pair<QStringList, const char*> cases[] = {
+            {{"absolute", "climbs", "backslash", "control", "link", "fifo"}, "niedozwolony wpis"},
+            {{"twice"}, "dwa razy"},
+            {{"file-as-folder"}, "word/document.xml/x: "},
+            {{"broken-checksum"}, "CRC error"}, // every byte and size is right
+            {{"truncated"}, "Not a zip archive"},
+            {{"no-document"}, "word/document.xml: "}};
+        for (const auto& [names, words] : cases) {
+            for (const QString& name : names)
+                QVERIFY2(refusal(folder + name + ".zip").contains(words), qPrintable(name));
         }
     }
 

@@ -7,16 +7,11 @@
 
 using namespace kopertal;
 
-namespace {
-
-const QByteArray form =
-    "<w:document><w:body><w:p><w:pPr/><w:r><w:txbxContent><w:p/></w:txbxContent></w:r></w:p>"
-    "<w:tbl w=\"1\"/><w:sectPr><w:pgSz/></w:sectPr></w:body></w:document>";
-
-} // namespace
-
 /// Any bytes as a register's main document: what is cut there is well formed again.
 void feed(QByteArrayView input) {
+    static const QByteArray form =
+        "<w:document><w:body><w:p><w:pPr/><w:r><w:txbxContent><w:p/></w:txbxContent></w:r></w:p>"
+        "<w:tbl w=\"1\"/><w:sectPr><w:pgSz/></w:sectPr></w:body></w:document>";
     const QByteArray document = input.toByteArray();
     const std::vector<qsizetype> bounds = pageBounds(document, form);
     if (bounds.empty())
