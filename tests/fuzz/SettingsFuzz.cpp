@@ -5,6 +5,8 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+#include <tuple>
+
 using namespace kopertal;
 
 /// Any bytes as the file of settings: they can be read and written, and what was there before is
