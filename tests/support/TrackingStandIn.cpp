@@ -21,8 +21,8 @@ QString TrackingStandIn::address(const QString& listener, const QString& path) c
     return m_ready[listener].toString() + path;
 }
 
-QJsonObject TrackingStandIn::statistics() const {
-    return QJsonDocument::fromJson(get("statistics")).object();
+int TrackingStandIn::connections() const {
+    return QJsonDocument::fromJson(get("statistics"))["connections"].toInt();
 }
 
 /// By a client that is none of ours.

@@ -22,8 +22,8 @@ public:
 
     /// The bytes of the last request over HTTP/1.1.
     QByteArray recorded() const { return get("recorded"); }
-    /// The number of connections accepted so far, and the most at one time.
-    QJsonObject statistics() const;
+    /// The number of connections accepted so far.
+    int connections() const;
 
 private:
     QByteArray get(const QString& name) const;
