@@ -40,28 +40,13 @@ private Q_SLOTS:
     }
 
     void anythingWrongMakesItUnreadable() {
-        QList<std::pair<QString, QString>> faults{
-            {"\"2025-03\"", "20250314"},
-            {R"("trackingNumber":"00")", R"("trackingNumber":1)"},
-            {R"("entries":[)", R"("entries":{},"x":[)"},
-            {R"("entries":[)", R"("entries":["x",)"},
-            {"[3,-1]", "[1.5]"},
-            {"[3,-1]", "[true]"},
-            {"[3,-1]", "[1e300]"},
-            {"EEFF\"", "EEF\""},
-            {R"("F0E0D0C0-1111-4222-8333-AABBCCDDEEFF")",
-             R"("{F0E0D0C0-1111-4222-8333-AABBCCDDEEFF}")"},
-            {"0A0B0C0D-1111-", "0A0B0C0D1-111-"},
-            {"0A0B0C0D", "0A0B0C0G"},
-            {"EEFF\"", "EEFFF\""},
-            {"{", ""},
+        const std::pair<QString, QString> faults[] = {
+            {"\"2025-03\"", "20250314"},  {R"("name":)", R"("other":)"},
+            {R"("00")", "null"},          {R"("entries":[)", R"("entries":{},"x":[)"},
+            {"[3,-1]", "[1.5]"},          {R"("entries":[)", R"("entries":["x",)"},
+            {"[3,-1]", "[1e300]"},        {"EEFF\"", "EEF\""},
+            {"0A0B0C0D-1", "0A0B0C0D1-"}, {"0A0B0C0D", "0A0B0C0G"},
             {"EEFF\"}", "EEFF\"}]"}};
-        for (const QString key :
-             {"id", "date", "entries", "emailSentDays", "name", "address", "trackingNumber"}) {
-            const QString quoted = u'"' + key + "\":";
-            faults.append({quoted, "\"other\":"});
-            faults.append({quoted, quoted + "null,\"other\":"});
-        }
         QStringList unreadable{"", stored, "null", QString(100'000, u'[')};
         for (const auto& [from, to] : faults) {
             QVERIFY2(stored.contains(from), qPrintable(from));

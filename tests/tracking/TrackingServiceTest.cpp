@@ -9,7 +9,6 @@
 #include <cerrno>
 #include <dlfcn.h>
 #include <pthread.h>
-#include <thread>
 
 using namespace kopertal;
 
@@ -86,21 +85,6 @@ private Q_SLOTS:
             QVERIFY(results[1].result().events.size() > 10'000);
             QCOMPARE(results[2].result().status, TrackingStatus::notFound);
             QCOMPARE(results[3].result().status, TrackingStatus::networkError);
-        }
-    }
-
-    void whoBringsAnAnswerDoesNotReadIt() {
-        HttpClient client;
-        const TrackingService service(client, access());
-        const auto thread = [](const auto&) { return std::this_thread::get_id(); };
-        for (const bool refuses : {true, false}) {
-            refusesThreads = refuses;
-            const auto bringer =
-                client.send(requestTo(m_standIn.address("http", "open%20after%200.2")))
-                    .then(QtFuture::Launch::Sync, thread);
-            const auto reader =
-                service.fetch("open after 0.2").then(QtFuture::Launch::Sync, thread);
-            QCOMPARE(reader.result() == bringer.result(), refuses);
         }
     }
 
