@@ -1,22 +1,21 @@
 #include "tests/support/Files.h"
+#include "tests/support/OpenedAddresses.h"
 #include "tests/support/OwnBus.h"
 #include "ui/EmailHelper.h"
+#include "ui/MorvikHelpCommands.h"
 #include "ui/PanelHelper.h"
 
-#include <QApplication>
 #include <QDBusArgument>
-#include <QDBusContext>
 #include <QDBusMessage>
 #include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusUnixFileDescriptor>
-#include <QDesktopServices>
-#include <QFile>
+#include <QDBusVirtualObject>
+#include <QMenu>
 #include <QTest>
 
 #include <functional>
 #include <memory>
-#include <optional>
 #include <sys/stat.h>
 
 using namespace kopertal::test;
@@ -25,38 +24,38 @@ using namespace morvik;
 namespace {
 
 const QString portalName("org.freedesktop.portal.Desktop");
-const QString managerName("org.freedesktop.FileManager1");
 
 } // namespace
 
-/// The file manager; keeps what it is asked to show.
-class FileManager : public QObject, protected QDBusContext {
+/// The file manager and the e-mail portal. Keeps the addresses it is asked to show, and what the
+/// files attached to each message hold.
+class Desktop : public QDBusVirtualObject {
     Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.FileManager1")
 
 public:
-    QList<QStringList> shown;
+    QStringList shown;
+    QList<QByteArrayList> messages;
+    uint code = 0; ///< The portal's response.
     bool refuses = false;
 
-public Q_SLOTS:
-    void ShowItems(const QStringList& addresses, const QString&) {
-        shown << addresses;
-        if (refuses)
-            sendErrorReply(QDBusError::Failed);
+    QString introspect(const QString&) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage& call, const QDBusConnection& bus) override {
+        QVariantList answer;
+        if (call.member() == "ShowItems")
+            shown << call.arguments().at(0).toStringList();
+        else if (call.member() == "ComposeEmail")
+            answer << QVariant::fromValue(compose(call, bus));
+        else
+            return false;
+        bus.send(refuses ? call.createErrorReply(QDBusError::Failed, {})
+                         : call.createReply(answer));
+        return true;
     }
-};
 
-/// The e-mail portal, which answers with `code`, or refuses; it keeps what the attached files hold.
-class MailPortal : public QObject, protected QDBusContext {
-    Q_OBJECT
-    Q_CLASSINFO("D-Bus Interface", "org.freedesktop.portal.Email")
-
-public:
-    QList<QByteArrayList> messages;
-    std::optional<uint> code = 0;
-
-public Q_SLOTS:
-    QDBusObjectPath ComposeEmail(const QString&, const QVariantMap& options) {
+private:
+    QDBusObjectPath compose(const QDBusMessage& call, const QDBusConnection& bus) {
+        const auto options = qdbus_cast<QVariantMap>(call.arguments().at(1));
         messages.emplace_back();
         for (const auto& descriptor :
              qdbus_cast<QList<QDBusUnixFileDescriptor>>(options.value("attachment_fds"))) {
@@ -65,20 +64,18 @@ public Q_SLOTS:
                 messages.back() << file.readAll();
         }
         const QString path = QString("/org/freedesktop/portal/desktop/request/%1/%2")
-                                 .arg(message().service().mid(1).replace(u'.', u'_'),
+                                 .arg(call.service().mid(1).replace(u'.', u'_'),
                                       options.value("handle_token").toString());
         QDBusMessage response =
             QDBusMessage::createSignal(path, "org.freedesktop.portal.Request", "Response");
-        response << code.value_or(0) << QVariantMap();
-        if (code)
-            connection().send(response); // even before the call returns
-        else
-            sendErrorReply(QDBusError::NotSupported);
+        response << code << QVariantMap();
+        if (!refuses)
+            bus.send(response); // even before the call returns
         return QDBusObjectPath(path);
     }
 };
 
-/// Against stand-ins of the desktop's services on a bus of the test's own.
+/// Against a stand-in of the desktop's services on a bus of the test's own.
 class HandOffTest : public QObject {
     Q_OBJECT
 
@@ -98,14 +95,10 @@ private Q_SLOTS:
     }
 
     void init() {
-        m_manager = std::make_unique<FileManager>();
-        m_portal = std::make_unique<MailPortal>();
-        const auto exported = QDBusConnection::ExportAllSlots;
-        QVERIFY(
-            m_services->registerObject("/org/freedesktop/FileManager1", m_manager.get(), exported));
-        QVERIFY(m_services->registerObject("/org/freedesktop/portal/desktop", m_portal.get(),
-                                           exported));
-        QVERIFY(m_services->registerService(managerName));
+        m_desktop = std::make_unique<Desktop>();
+        QVERIFY(m_services->registerVirtualObject("/org/freedesktop", m_desktop.get(),
+                                                  QDBusConnection::SubPath));
+        QVERIFY(m_services->registerService("org.freedesktop.FileManager1"));
         QVERIFY(m_services->registerService(portalName));
         m_opened.clear();
         QFile::remove(m_arguments);
@@ -113,28 +106,19 @@ private Q_SLOTS:
 
     void cleanupTestCase() { m_bus.stop(); }
 
-    void revealsTheFirstFile() {
+    void revealsTheFirstFileOrOpensItsFolder() {
         const QList<QUrl> files = make({"książka, 100% \"z\" #1.docx", "b"});
         PanelHelper::revealInFinder(files);
-        QTRY_COMPARE(m_manager->shown.size(), 1);
-        QCOMPARE(m_manager->shown.front().size(), 1);
-        QCOMPARE(QUrl(m_manager->shown.front().front(), QUrl::StrictMode), files.front());
+        QTRY_COMPARE(m_desktop->shown.size(), 1);
+        QCOMPARE(QUrl(m_desktop->shown.front(), QUrl::StrictMode), files.front());
         QTest::qWait(100);
         QVERIFY(m_opened.isEmpty());
-    }
-
-    void opensTheFolderWhereNothingReveals() {
-        QList<QUrl> files;
-        const std::function<void()> obstacles[] = {
-            [&] { m_manager->refuses = true; }, [&] { m_services->unregisterService(managerName); },
-            [&] { QFile::remove(files.front().toLocalFile()); }};
-        for (const auto& obstruct : obstacles) {
-            init();
-            files = make({"a b.docx"});
-            obstruct();
-            PanelHelper::revealInFinder(files);
-            QTRY_COMPARE(m_opened, QList<QUrl>{QUrl::fromLocalFile(m_folder.path())});
-        }
+        m_desktop->refuses = true;
+        PanelHelper::revealInFinder(files);
+        QTRY_COMPARE(m_opened, QList<QUrl>{QUrl::fromLocalFile(m_folder.path())});
+        QFile::remove(files.front().toLocalFile());
+        PanelHelper::revealInFinder(files);
+        QTRY_COMPARE(m_opened.size(), 2);
     }
 
     void revealsNothingElse() {
@@ -142,7 +126,7 @@ private Q_SLOTS:
         PanelHelper::revealInFinder({QUrl("https://example.invalid/a.docx")});
         PanelHelper::revealInFinder({QUrl::fromLocalFile("/no/such/folder/a")});
         QTest::qWait(200);
-        QVERIFY(m_manager->shown.isEmpty() && m_opened.isEmpty());
+        QVERIFY(m_desktop->shown.isEmpty() && m_opened.isEmpty());
     }
 
     void attachesEveryFile() {
@@ -151,39 +135,34 @@ private Q_SLOTS:
             expected << contentOf(name);
         for (const uint code : {0U, 1U}) { // sent, or cancelled, which is not tried again
             init();
-            m_portal->code = code;
+            m_desktop->code = code;
             EmailHelper::sendViaEmail(make(hardNames));
-            QTRY_COMPARE(m_portal->messages, QList<QByteArrayList>{expected});
+            QTRY_COMPARE(m_desktop->messages, QList<QByteArrayList>{expected});
             QTest::qWait(300);
             QVERIFY(!QFile::exists(m_arguments));
         }
     }
 
     void fallsBackToTheTool() {
-        QStringList expected;
-        for (const QUrl& file : make(hardNames))
-            expected << "--attach" << file.toLocalFile();
+        QStringList names = hardNames;
         const std::function<void()> obstacles[] = {
-            [&] { m_portal->code.reset(); }, [&] { m_services->unregisterService(portalName); },
-            [&] { m_portal->code = 2; }}; // there is no mail program
+            [&] { m_desktop->refuses = true; }, [&] { m_services->unregisterService(portalName); },
+            [&] { m_desktop->code = 2; }, // there is no mail program
+            // The bus takes 16 files; more would end the connection.
+            [&] { names << QString("1 2 3 4 5 6 7 8 9 10 11").split(u' '); }};
         for (const auto& obstruct : obstacles) {
             init();
             obstruct();
-            EmailHelper::sendViaEmail(make(hardNames));
+            QStringList expected;
+            const QList<QUrl> files = make(names);
+            for (const QUrl& file : files)
+                expected << "--attach" << file.toLocalFile();
+            EmailHelper::sendViaEmail(files);
             QTRY_COMPARE(toolArguments(), expected);
         }
-    }
-
-    /// They would end the connection to the bus.
-    void moreFilesThanTheBusTakesGoToTheTool() {
-        QStringList many;
-        for (int number = 0; number < 17; ++number)
-            many << QString("plik %1").arg(number);
-        EmailHelper::sendViaEmail(make(many));
-        QTRY_COMPARE(toolArguments().size(), 2 * many.size());
-        QVERIFY(m_portal->messages.isEmpty());
-        EmailHelper::sendViaEmail(make(many.mid(1)));
-        QTRY_COMPARE(m_portal->messages.value(0).size(), 16);
+        QVERIFY(m_desktop->messages.isEmpty());
+        EmailHelper::sendViaEmail(make(names.mid(1)));
+        QTRY_COMPARE(m_desktop->messages.value(0).size(), 16);
     }
 
     void whatIsNoFileIsLeftOut() {
@@ -195,19 +174,29 @@ private Q_SLOTS:
         EmailHelper::sendViaEmail(none);
         EmailHelper::sendViaEmail({});
         EmailHelper::sendViaEmail(none + make({"a"}));
-        QTRY_COMPARE(m_portal->messages, QList<QByteArrayList>{{contentOf("a")}});
+        QTRY_COMPARE(m_desktop->messages, QList<QByteArrayList>{{contentOf("a")}});
         QVERIFY(!QFile::exists(m_arguments));
     }
 
-    /// The last one: it takes the bus away.
-    void worksWithoutABus() {
-        m_bus.stop();
-        QTRY_VERIFY(!QDBusConnection::sessionBus().isConnected());
-        const QList<QUrl> files = make({"a"});
-        PanelHelper::revealInFinder(files);
-        QTRY_COMPARE(m_opened, QList<QUrl>{QUrl::fromLocalFile(m_folder.path())});
-        EmailHelper::sendViaEmail(files);
-        QTRY_COMPARE(toolArguments(), (QStringList{"--attach", files.front().toLocalFile()}));
+    void reportsAreHandedOverUnchanged() {
+        const std::pair<QString, QByteArray> cases[] = {
+            {"Żółć 2", "%C5%BB%C3%B3%C5%82%C4%87%202"},
+            {"a!$&'()*+,;=:@/?-._~", "a!$&'()*+,;=:@/?-._~"},
+            {"#%\"<>[]\\^`{|}\n", "%23%25%22%3C%3E%5B%5D%5C%5E%60%7B%7C%7D%0A"}};
+        kopertal::testing::OpenedAddresses opened;
+        QList<QByteArray> expected;
+        const auto report = [](const QString& name, const QString& email) {
+            QMenu menu;
+            MorvikHelpWindowCommand{name, email, {}}.addTo(&menu);
+            menu.actions().at(1)->trigger();
+        };
+        for (const auto& [name, encoded] : cases) {
+            report(name, "a@b.example");
+            expected << "mailto:a@b.example?subject=" + encoded + "%20-%20zg%C5%82oszenie";
+            QCOMPARE(opened.list(), expected);
+        }
+        report("X", "a b@[c");
+        QCOMPARE(opened.list(), expected);
     }
 
 public Q_SLOTS:
@@ -236,8 +225,7 @@ private:
     const QString m_arguments = m_folder.filePath("arguments");
     kopertal::testing::OwnBus m_bus;
     std::unique_ptr<QDBusConnection> m_services;
-    std::unique_ptr<FileManager> m_manager;
-    std::unique_ptr<MailPortal> m_portal;
+    std::unique_ptr<Desktop> m_desktop;
     QList<QUrl> m_opened;
 };
 
