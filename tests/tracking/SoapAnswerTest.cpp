@@ -141,6 +141,7 @@ private Q_SLOTS:
         const struct {
             QString prefix, repeated, suffix;
         } cases[] = {{"", "<ax21:zdarzenie", "</ax21:zdarzenie>"},
+                     {"", "<ax21:zdarzenie></ax21:zdarzenie>", ""},
                      {"<ax21:zdarzenie><ax21:jednostka" +
                           QStringLiteral("<ax21:jednostka").repeated(100'000) + "</ax21:jednostka>",
                       "<ax21:jednostka",
