@@ -7,7 +7,6 @@
 
 #include <QClipboard>
 #include <QElapsedTimer>
-#include <QMimeData>
 #include <QRandomGenerator>
 #include <QSignalSpy>
 
@@ -34,16 +33,14 @@ private Q_SLOTS:
             QString before, pasted, after;
         } cases[] = {{"", "A\nB", "A\nB\n\n"},
                      {"", "  A\nB\n\n", "  A\nB\n\n"},
-                     {"", "A\nB\n\n\n", "A\nB\n\n\n"},
                      {"", "\n\t A\nB \n ", "A\nB\n\n"},
                      {"", " \n ", "\n\n"},
-                     {"A", "e\u0301", "Ae\u0301"}, // one cluster of several code points
-                     {"A", "👨‍👩‍👧‍👦", "A👨‍👩‍👧‍👦"},
+                     {"A", "👨‍👩‍👧‍👦",
+                      "A👨‍👩‍👧‍👦"}, // one cluster of several code points
                      {"A", "🇵🇱🇵🇱", "A🇵🇱🇵🇱\n\n"},
                      {"Ae", "\u0301\u0302", "Ae\u0301\u0302"}, // joins the letter before
                      {"", "A\r\nB\r\n\r\nC\r\nD", "A\nB\n\nC\nD\n\n"},
-                     {"", "A\u2028B\u2029C", "A\nB\nC\n\n"},
-                     {"", "A\u00a0x\nB", "A\u00a0x\nB\n\n"}};
+                     {"", "A\u00a0x\u2028B\u2029C", "A\u00a0x\nB\nC\n\n"}};
         for (const auto& [before, pasted, after] : cases) {
             AddressTextEditor editor;
             QTest::keyClicks(&editor, before);
@@ -83,20 +80,6 @@ private Q_SLOTS:
         paste(editor, "xy");
         QTest::keyClicks(&editor, "z");
         QCOMPARE(editor.text(), "Axyz\nB\n\nC\n\n");
-    }
-
-    void filesGoToTheTab() {
-        for (const QUrl& url : {QUrl("file:///a/b.txt"), QUrl("https://example.invalid/")}) {
-            AddressTextEditor editor;
-            QSignalSpy received(&editor, &AddressTextEditor::filesReceived);
-            auto* data = new QMimeData; // the clipboard owns it
-            data->setUrls({url});
-            data->setText("x");
-            QApplication::clipboard()->setMimeData(data);
-            editor.paste();
-            QCOMPARE(received.count(), url.isLocalFile() ? 1 : 0);
-            QCOMPARE(editor.text(), url.isLocalFile() ? "" : "x");
-        }
     }
 
     void refusesWhatIsTooMuch() {

@@ -55,7 +55,6 @@ private Q_SLOTS:
         openTab();
         m_window->addresses().editor().replaceText("A");
         QVERIFY(shows(m_view, "Brak przesyłek do śledzenia"));
-        QCOMPARE(field().palette().color(QPalette::Text), QApplication::palette().text().color());
         for (const char* title : {"Dodaj", "Sprawdź statusy", "Wyczyść dane śledzenia"})
             QVERIFY2(!button(title)->isEnabled(), title);
         typeText("dwa trzy");
@@ -63,9 +62,6 @@ private Q_SLOTS:
         QTRY_COMPARE(field().text(), "dwa ");
         QVERIFY(!m_window->addresses().editor().text().isEmpty());
         pressKeys({"ctrl+a"});
-        typeText("  ");
-        QVERIFY(!button("Dodaj")->isEnabled());
-        pressKeys({"Return"}); // nothing to add
         typeText(" (00)990011223344556677 ");
         pressKeys({"Return"});
         QTRY_COMPARE(shownRows(*m_view), QStringList{"990011223344556677|—|—"});
@@ -75,18 +71,12 @@ private Q_SLOTS:
         QApplication::clipboard()->setText("RR2PL\r\n\n(00)10\n990011223344556677");
         pressKeys({"ctrl+v", "Return"});
         QTRY_COMPARE(storedNumbers(), QStringList({"10", "990011223344556677", "RR2PL"}));
-        QCOMPARE(m_settings->loadSentBooks().size(), 1);
-        QCOMPARE(m_view->model().rowAt(0).trackingNumber, "10");
-
         m_view->table().selectRow(1);
         QVERIFY(details()->isVisible());
-        m_window->resize(1000, 688);
-        QTRY_VERIFY(m_view->table().columnWidth(Model::placeColumn) >= 195);
         clickAt(button("Wyczyść dane śledzenia"));
         QTRY_VERIFY(shows(m_view, "Brak przesyłek do śledzenia"));
         QVERIFY(!details()->isVisible());
         QCOMPARE(m_settings->loadSentBooks(), QList<SentBook>());
-        QCOMPARE(QApplication::focusWidget(), &field());
     }
 
     void everyStatusIsAskedForAndShown() {
@@ -112,27 +102,13 @@ private Q_SLOTS:
         clickAt(m_window->findChildren<morvik::TabButton*>().last());
         QTRY_VERIFY(m_view->isVisible());
         QCOMPARE(shownRows(*m_view), answered);
-        const auto secondLine = [&](int row) { // below where one line in the middle would end
-            const QRect cell =
-                m_view->table().visualRect(m_view->model().index(row, Model::placeColumn));
-            const QRect below(cell.left() + 8, cell.center().y() + 8, 60, 5);
-            return m_view->table().viewport()->grab(below).toImage();
-        };
-        QVERIFY(secondLine(0) != secondLine(1)); // of the address
-        QCOMPARE(secondLine(1), secondLine(2));
 
-        // By the keyboard: the third row, its number to the clipboard, the order of dates.
+        // By the keyboard: the fourth row, its number to the clipboard, the order of dates.
         m_view->table().setFocus(Qt::TabFocusReason);
-        pressKeys({"Down", "Down", "Down", "Down"});
-        QTRY_VERIFY(detailsSay("open after 0.3"));
-        QVERIFY(detailsSay("Rodzaj\tList polecony ekonomiczny\nMasa\t0.05 kg\n"));
-        pressKeys({"ctrl+c"});
+        pressKeys({"Down", "Down", "Down", "Down", "ctrl+c"});
         QTRY_COMPARE(QApplication::clipboard()->text(), "open after 0.3");
-        pressKeys({"End"});
-        QTRY_VERIFY(detailsSay("unknown"));
-        pressKeys({"Home"});
-        QTRY_VERIFY(detailsSay("delivered"));
-        pressKeys({"Down", "Down", "Down"});
+        QVERIFY(detailsSay("Rodzaj\tList polecony ekonomiczny\nMasa\t0.05 kg\n"));
+        QCOMPARE(namelessParts(), QStringList());
         clickHeader(Model::dateColumn);
         clickHeader(Model::dateColumn);
         QTRY_COMPARE(m_view->model().rowAt(0).trackingNumber, "pickedup after 0.2");
@@ -142,10 +118,6 @@ private Q_SLOTS:
         m_view->addTrackingEntry("relay");
         QVERIFY(m_view->model().rowAt(0).status.isEmpty());
         QVERIFY(detailsSay("Status\t—") && !detailsSay("Historia"));
-        field().setFocus();
-        pressKeys({"Tab", "Tab", "Tab", "Tab", "Tab"}); // "Dodaj" has nothing to add
-        QTRY_COMPARE(QApplication::focusWidget(), details());
-        QCOMPARE(namelessParts(), QStringList());
         pressKeys({"F5"});
         QTRY_VERIFY(detailsSay("Historia zdarzeń\nNadanie"));
         QTRY_VERIFY(!m_view->isRefreshing());
@@ -200,9 +172,9 @@ private Q_SLOTS:
         QTest::qWait(QApplication::doubleClickInterval());
         pressKeys({"Tab", "space", "space"});
         QTRY_VERIFY(button("Anuluj"));
-        QCOMPARE(m_settings->iphoneMode(), "qr");
-        QTest::qWait(2 * QApplication::doubleClickInterval());
-        pressKeys({"space"});
+        QCOMPARE(AppSettings(PreferencesStore(m_folder->filePath("settings.json"))).iphoneMode(),
+                 "qr");
+        pressKeys({"Escape"});
         QTRY_VERIFY(!button("Anuluj"));
 
         button("Skanuj")->setFocus();
@@ -212,19 +184,8 @@ private Q_SLOTS:
         QVERIFY(button("Anuluj"));
         pressKeys({"Escape"});
         QTRY_VERIFY(!button("Anuluj"));
-
         pressKeys({"alt+w", "s"});
         QTRY_VERIFY(button("Tak, sparuj iPhone'a"));
-        const QPoint at = button("Nie, skanuj kod QR za każdym razem")->mapToGlobal(QPoint(20, 10));
-        xdotool({"mousemove", QString::number(at.x()), QString::number(at.y()), "click", "--repeat",
-                 "2", "--delay", "80", "1"});
-        QTRY_VERIFY(button("Anuluj"));
-        pressKeys({"Escape"});
-        QTRY_VERIFY(!button("Anuluj"));
-        pressKeys({"ctrl+1", "alt+w", "s"}); // not behind the other tab
-        QTest::qWait(100);
-        QVERIFY(!button("Tak, sparuj iPhone'a"));
-        pressKeys({"Escape"});
     }
 
     /// Markup stays text, and long or broken texts stay in their place.

@@ -4,10 +4,6 @@
 #include "tests/support/RawClient.h"
 #include "tests/support/photo/RegisterPhoto.h"
 
-#include <opencv2/core.hpp>
-
-#include <string>
-
 namespace kopertal::test {
 
 /// The program's own recognition. `slowness` is shell for what a photo's process does first.
@@ -26,17 +22,9 @@ inline QByteArray photo(const QStringList& codes) {
     return makeScreenshot(texts).jpeg;
 }
 
-inline QByteArray codelessPhoto() {
-    cv::RNG random(5);
-    return encodePage(codelessPage(random, 4).ink, "jpeg");
-}
-
-inline std::string uploadHead(const QByteArray& body) {
-    return "POST /upload HTTP/1.1\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n";
-}
-
 inline bool upload(quint16 port, const QByteArray& body) {
-    return RawClient::ask(port, uploadHead(body) + body.toStdString()).starts_with("HTTP/1.1 200");
+    const std::string request = uploadHead(body.size()) + body.toStdString();
+    return RawClient::ask(port, request).starts_with("HTTP/1.1 200");
 }
 
 } // namespace kopertal::test
