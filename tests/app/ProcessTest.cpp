@@ -15,7 +15,6 @@ using namespace kopertal::testing;
 
 namespace {
 
-constexpr int endOfSession = SIGUSR1; // what the session manager is told by
 const QString registerKey("tracking.sentBooks");
 const QString layoutKey("window.layout");
 const QString programPath(KOPERTAL_PROGRAM);
@@ -49,7 +48,7 @@ private Q_SLOTS:
     void registerLivesForOneRun_data() {
         QTest::addColumn<int>("signal");
         QTest::addColumn<QString>("key");
-        for (const int signal : {SIGTERM, SIGINT, SIGHUP, endOfSession})
+        for (const int signal : {SIGTERM, SIGINT, SIGHUP})
             QTest::addRow("signal %d", signal) << signal << "";
         for (const char* key : {"ctrl+q", "alt+F4"})
             QTest::addRow("%s", key) << 0 << key;
@@ -58,9 +57,7 @@ private Q_SLOTS:
     void registerLivesForOneRun() {
         QFETCH(int, signal);
         QFETCH(QString, key);
-        const bool isInSession = signal == endOfSession;
-        const QString session = QCoreApplication::applicationDirPath() + "/kopertal_session";
-        isInSession ? startProgram({programPath}, session) : startProgram({});
+        startProgram({});
         QVERIFY(!m_store.data(registerKey));
         m_store.setData(registerKey, "[1]");
         if (key.isEmpty())
@@ -71,9 +68,6 @@ private Q_SLOTS:
         QVERIFY(!m_store.data(registerKey));
         QVERIFY(m_store.object(layoutKey)); // the window is remembered at every end
         QCOMPARE(m_store.text("sender.name"), "Nadawca");
-        if (isInSession) // which brings back what the user had, not the toolkit's words
-            QCOMPARE(m_program->readAllStandardOutput().split('\n').value(0),
-                     "restart: " + programPath.toLocal8Bit());
     }
 
     /// The toolkit would add the program's name to titles that begin with it.
@@ -197,9 +191,9 @@ private:
         return environment;
     }
 
-    void startProgram(const QStringList& arguments, const QString& program = programPath) {
+    void startProgram(const QStringList& arguments) {
         m_program->setProcessChannelMode(QProcess::ForwardedErrorChannel);
-        m_program->start(program, arguments);
+        m_program->start(programPath, arguments);
         QTRY_VERIFY_WITH_TIMEOUT(!windowsNamed("Kopertal").isEmpty(), 20000);
         QTRY_COMPARE_WITH_TIMEOUT(activeWindow(), "Kopertal", 20000);
         QTest::qWait(300);
