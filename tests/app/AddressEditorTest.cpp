@@ -1,14 +1,13 @@
 #include "app/addresses/AddressTextEditor.h"
-#include "app/addresses/AddressView.h"
 #include "app/addresses/RecipientModel.h"
 #include "app/addresses/TextBounds.h"
 #include "tests/support/FollowsText.h"
-#include "tests/support/ShownParts.h"
 
+#include <QApplication>
 #include <QClipboard>
-#include <QElapsedTimer>
 #include <QRandomGenerator>
 #include <QSignalSpy>
+#include <QTest>
 
 #include <algorithm>
 
@@ -136,29 +135,6 @@ private Q_SLOTS:
             QVERIFY2(followsItsText(editor), qPrintable(editor.text()));
             QCOMPARE(model.rowCount(), editor.live().recipients().size());
         }
-    }
-
-    /// A generous bound for unoptimised, loaded and instrumented builds; the benchmark has the
-    /// mark.
-    void keyPressesStayFastWithManyRecipients() {
-        const QTemporaryDir folder;
-        const auto settings = testing::readySettings(folder);
-        AddressView view(*settings);
-        AddressTextEditor& editor = view.editor();
-        editor.replaceText(
-            QStringLiteral("Łukasz Gąsiorowski\nulica Główna 5 m. 12\n80-831 Gdańsk\n\n")
-                .repeated(10'000));
-        view.show();
-        QVERIFY(QTest::qWaitForWindowExposed(&view));
-        editor.moveCursor(QTextCursor::Start);
-        QElapsedTimer timer;
-        timer.start();
-        for (int press = 0; press < 40; ++press) {
-            QTest::keyClick(&editor, press % 8 == 7 ? Qt::Key_Return : Qt::Key_X);
-            QCoreApplication::processEvents(); // the painting too
-        }
-        QVERIFY2(timer.elapsed() < 4000, qPrintable(QString::number(timer.elapsed())));
-        QVERIFY(followsItsText(editor));
     }
 };
 

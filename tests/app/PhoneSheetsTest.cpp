@@ -1,7 +1,6 @@
 #include "app/pairing/PairingSetupView.h"
 #include "app/scanning/IPhoneScanView.h"
 #include "scan/LocalAddress.h"
-#include "scan/PhotoPipeline.h"
 #include "scan/ScanServer.h"
 #include "tests/support/ListeningPorts.h"
 #include "tests/support/Nameless.h"
@@ -9,9 +8,7 @@
 #include "tests/support/RealKeys.h"
 #include "tests/support/ShownParts.h"
 #include "ui/MorvikStyle.h"
-#include "ui/SmallButtons.h"
 
-#include <QClipboard>
 #include <QPointer>
 #include <QSignalSpy>
 #include <QTcpServer>
@@ -56,79 +53,48 @@ private Q_SLOTS:
         QTRY_COMPARE_WITH_TIMEOUT(listeningPorts(), QList<int>(), 5000);
     }
 
-    void serverEndsWithItsSheet_data() {
-        QTest::addColumn<bool>("isScan");
-        QTest::addColumn<bool>("isReady");
-        QTest::addColumn<bool>("isClosed"); // or the window goes
-        QTest::newRow("scan") << true << true << true;
-        QTest::newRow("scan, with the window") << true << true << false;
-        QTest::newRow("scan, before it is ready") << true << false << true;
-        QTest::newRow("scan, before it is ready, with the window") << true << false << false;
-        QTest::newRow("setup") << false << true << true;
-        QTest::newRow("setup, before it is ready, with the window") << false << false << false;
-    }
-
     void serverEndsWithItsSheet() {
-        QFETCH(bool, isScan);
-        QFETCH(bool, isReady);
-        QFETCH(bool, isClosed);
-        if (isScan)
-            openScan();
-        else
-            open(new PairingSetupView(page));
-        if (isReady)
-            QTRY_COMPARE_WITH_TIMEOUT(listeningPorts().size(), 1, 10'000);
-        if (isClosed)
-            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
-        else
-            m_window.reset();
-        if (isReady)
+        const struct {
+            bool isScan, isReady, isClosed; // or the window goes
+        } cases[] = {{true, true, true},   {true, true, false}, {true, false, true},
+                     {true, false, false}, {false, true, true}, {false, false, false}};
+        for (const auto& [isScan, isReady, isClosed] : cases) {
+            init();
+            if (isScan)
+                openScan();
+            else
+                open(new PairingSetupView(page));
+            if (isReady)
+                QTRY_COMPARE_WITH_TIMEOUT(listeningPorts().size(), 1, 10'000);
+            if (isClosed)
+                QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+            else
+                m_window.reset();
+            if (!isReady)
+                QTest::qWait(2000); // for the late one
             QTRY_COMPARE_WITH_TIMEOUT(listeningPorts().size(), 0, 1000);
-        else
-            QTest::qWait(2000); // for the late one, which cleanup() looks for
+        }
     }
 
-    void probesThePairedPort_data() {
-        QTest::addColumn<bool>("isOurs");
-        QTest::addColumn<bool>("isOwn"); // the sheet's, beside no other
-        QTest::newRow("nobody") << false << true;
-        QTest::newRow("ours, just starting") << true << false;
-        QTest::newRow("a silent stranger") << false << false;
-    }
-
+    /// Where nothing of ours answers, another program that has it is all one.
     void probesThePairedPort() {
-        QFETCH(bool, isOurs);
-        QFETCH(bool, isOwn);
-        ScanServer permanent;
-        QTcpServer stranger;
-        if (isOurs)
-            QTimer::singleShot(500, [&] { permanent.start(pairedPort); });
-        else if (!isOwn)
-            QVERIFY(stranger.listen(QHostAddress::Any, pairedPort));
-        auto* view = new PairingSetupView(page);
-        const QPointer<morvik::Sheet> sheet = open(view);
-        QTRY_VERIFY_WITH_TIMEOUT(shows(view, "Serwer aktywny — możesz przetestować połączenie"),
-                                 10'000);
-        QCOMPARE(listeningPorts(), QList<int>{pairedPort});
-        QCOMPARE(permanent.port(), isOurs ? pairedPort : 0);
-        pressKeys({"Return"});
-        QTRY_VERIFY(!sheet);
-        QCOMPARE(listeningPorts().size(), isOwn ? 0 : 1);
-    }
-
-    void givesThePairingAddressInEveryForm() {
-        auto* view = new PairingSetupView(page);
-        open(view);
-        const QString address = pairingURL(page);
-        const auto copied = [view] {
-            QGuiApplication::clipboard()->clear();
-            clickAt(view->findChild<morvik::IconButton*>());
-            return QGuiApplication::clipboard()->text();
-        };
-        QTRY_COMPARE_WITH_TIMEOUT(copied(), address, patience);
-        const QFuture<QStringList> codes = detectBarcodesStatic(view->grab().toImage());
-        QTRY_VERIFY_WITH_TIMEOUT(codes.isFinished(), patience);
-        QCOMPARE(codes.result(), QStringList{address});
+        for (const bool isOurs : {true, false}) {
+            init();
+            ScanServer permanent; // just starting
+            QTcpServer stranger;  // which is silent
+            if (isOurs)
+                QTimer::singleShot(500, [&] { permanent.start(pairedPort); });
+            else
+                QVERIFY(stranger.listen(QHostAddress::Any, pairedPort));
+            auto* view = new PairingSetupView(page);
+            const QPointer<morvik::Sheet> sheet = open(view);
+            QTRY_VERIFY_WITH_TIMEOUT(shows(view, "Serwer aktywny — możesz przetestować połączenie"),
+                                     10'000);
+            QCOMPARE(permanent.port(), isOurs ? pairedPort : 0);
+            pressKeys({"Return"});
+            QTRY_VERIFY(!sheet);
+            QCOMPARE(listeningPorts(), QList<int>{pairedPort}); // the other's
+        }
     }
 
     void scansUntilAPhotoHasCodes() {
@@ -215,7 +181,6 @@ private:
     template <typename View>
     morvik::Sheet* open(View* view) {
         auto* sheet = new morvik::Sheet(view, "x", m_window.get());
-        sheet->setClosesOnEscape(true);
         connect(view, &View::closeRequested, sheet, &morvik::Sheet::dismiss);
         sheet->open(view->defaultButton());
         if (!namelessParts().isEmpty())

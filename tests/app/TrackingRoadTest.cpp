@@ -44,7 +44,8 @@ class TrackingRoadTest : public QObject, private TrackingTab {
 private Q_SLOTS:
     void initTestCase() {
         morvik::MorvikStyle::install(*qApp);
-        QVERIFY(startStandIn());
+        QApplication::setQuitOnLastWindowClosed(false);
+        QVERIFY(m_standIn.isReady());
     }
     void init() { prepareSettings(); }
     void cleanup() { m_window.reset(); }

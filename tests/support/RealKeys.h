@@ -32,12 +32,11 @@ inline QString windowsNamed(const QString& title) {
 
 /// Key presses of the X server: "ctrl+Return", "Tab", …
 inline void pressKeys(const QStringList& keys) {
-    xdotool(QStringList{QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("15")} +
-            keys);
+    xdotool(QStringList{"key", "--delay", "15"} + keys);
 }
 
 inline void typeText(const QString& text) {
-    xdotool({QStringLiteral("type"), QStringLiteral("--delay"), QStringLiteral("8"), text});
+    xdotool({"type", "--delay", "8", text});
 }
 
 /// A click with the X server's pointer at `place` of `widget`.

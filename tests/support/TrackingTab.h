@@ -16,12 +16,6 @@ namespace kopertal::testing {
 /// service.
 class TrackingTab {
 protected:
-    bool startStandIn() {
-        QApplication::setQuitOnLastWindowClosed(false);
-        m_standIn = std::make_unique<TrackingStandIn>();
-        return m_standIn->isReady();
-    }
-
     void prepareSettings() {
         m_folder = std::make_unique<QTemporaryDir>();
         m_settings = readySettings(*m_folder);
@@ -31,7 +25,7 @@ protected:
     void openTab() {
         m_window = std::make_unique<MainWindow>(*m_settings);
         TrackingParts parts;
-        parts.access.endpoint = m_standIn->address("http", "service");
+        parts.access.endpoint = m_standIn.address("http", "service");
         parts.makeCarrier = [] { return loadHttpCarrier({}); };
         parts.recognizerProgram = KOPERTAL_PROGRAM;
         parts.pairingPage = "https://kopertal.example/zq/";
@@ -56,7 +50,7 @@ protected:
         return numbers;
     }
 
-    std::unique_ptr<TrackingStandIn> m_standIn;
+    TrackingStandIn m_standIn;
     std::unique_ptr<QTemporaryDir> m_folder;
     std::unique_ptr<AppSettings> m_settings;
     std::unique_ptr<MainWindow> m_window;
