@@ -64,8 +64,10 @@ private Q_SLOTS:
                 openScan();
             else
                 open(new PairingSetupView(page));
-            if (isReady)
+            if (isReady) {
                 QTRY_COMPARE_WITH_TIMEOUT(listeningPorts().size(), 1, 10'000);
+                QTest::qWait(200); // until the sheet has it
+            }
             if (isClosed)
                 QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
             else
@@ -83,7 +85,7 @@ private Q_SLOTS:
             ScanServer permanent; // just starting
             QTcpServer stranger;  // which is silent
             if (isOurs)
-                QTimer::singleShot(500, [&] { permanent.start(pairedPort); });
+                QTimer::singleShot(500, &stranger, [&] { permanent.start(pairedPort); });
             else
                 QVERIFY(stranger.listen(QHostAddress::Any, pairedPort));
             auto* view = new PairingSetupView(page);
