@@ -70,11 +70,14 @@ private Q_SLOTS:
     }
 
     void comesBackAsItWasLeft() {
+        QList<int> addressPanes;
         QList<int> panes;
         {
             Run run(m_path);
             run.window.resize(1240, 810);
             QTRY_COMPARE(run.window.size(), QSize(1240, 810));
+            run.panes("addresses.panes")->setSizes({700, 539});
+            addressPanes = run.panes("addresses.panes")->sizes();
             run.showLetters();
             run.letters()->selectRow(0);
             QTRY_VERIFY(run.panes("tracking.panes")->widget(1)->isVisible());
@@ -94,6 +97,7 @@ private Q_SLOTS:
         QTRY_VERIFY(next.window.isMaximized() && next.window.width() > 1240);
         next.window.showNormal();
         QTRY_COMPARE(next.window.size(), QSize(1240, 810));
+        QTRY_COMPARE(next.panes("addresses.panes")->sizes(), addressPanes);
         next.showLetters();
         next.letters()->selectRow(0);
         QTRY_COMPARE(next.panes("tracking.panes")->sizes(), panes);
