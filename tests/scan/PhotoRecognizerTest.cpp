@@ -6,23 +6,15 @@
 
 #include <QBuffer>
 #include <QDir>
-#include <QElapsedTimer>
-#include <QImage>
 #include <QProcess>
 #include <QTemporaryDir>
 #include <QTest>
 
-#include <cerrno>
 #include <csignal>
 #include <fcntl.h>
-#include <memory>
-#include <sys/mman.h>
-#include <sys/resource.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <unistd.h>
-#include <utility>
-#include <vector>
 
 using namespace kopertal;
 using namespace kopertal::test;
@@ -31,9 +23,10 @@ using namespace std::chrono_literals;
 namespace {
 
 constexpr int patience = 60'000; // ms, for a loaded machine
+const QStringList number{"RR473124829PL"};
 
 /// A recognition process that does what a shell is told.
-RecognizerOptions shell(const QString& script, std::chrono::seconds limit = 2s) {
+RecognizerOptions shell(const QString& script, std::chrono::seconds limit) {
     return {"/bin/sh", {"-c", script}, limit};
 }
 
@@ -45,21 +38,17 @@ PhotoResult recognize(PhotoRecognizer& recognizer, const PhotoBytes& photo) {
     return result.result();
 }
 
-QStringList texts(const PhotoResult& result) {
+/// What the program itself reads.
+QStringList textsOn(const PhotoBytes& photo) {
+    PhotoRecognizer recognizer({KOPERTAL_PROGRAM});
     QStringList texts;
-    for (const Barcode& number : result.numbers)
-        texts.append(number.text);
+    for (const Barcode& read : recognize(recognizer, photo).numbers)
+        texts.append(read.text);
     return texts;
 }
 
 QByteArray screenshot(const char* format = "png") {
-    return makeScreenshot({{"Code128", "RR473124829PL"}}, format).jpeg;
-}
-
-qint64 peakMemory() {
-    rusage usage{};
-    getrusage(RUSAGE_SELF, &usage);
-    return qint64(usage.ru_maxrss) * 1024;
+    return makeScreenshot({{"Code128", number[0]}}, format).jpeg;
 }
 
 /// Starts the program's recognition process, which then awaits its photo.
@@ -77,50 +66,43 @@ class PhotoRecognizerTest : public QObject {
 
 private Q_SLOTS:
     void outlivesAnyProcess() {
-        for (const char* script :
-             {"cat >/dev/null; kill -9 $$", "cat >/dev/null; kill -6 $$", "exit 0",
-              "cat >/dev/null; exit 3", "cat >/dev/null; exec sleep 600", "exec sleep 600",
-              "exec >&-; exec sleep 600", "cat >/dev/null; echo '[{]'", "cat >/dev/null; exec yes",
-              R"(echo '[{"outcome":"none"}]'; kill -9 $$)"}) {
-            PhotoRecognizer recognizer(shell(script));
-            const qint64 memory = peakMemory();
+        const std::pair<const char*, std::chrono::seconds> cases[] = {
+            {"cat >/dev/null; kill -9 $$", 60s},
+            {"exec sleep 600", 2s}, // takes nothing
+            {"cat >/dev/null; exec sleep 600", 2s},
+            {"cat >/dev/null; echo '[{]'", 60s},
+            {"cat >/dev/null; exec yes", 60s}, // too much
+            {R"(echo '[{"outcome":"none"}]'; kill -9 $$)", 60s}};
+        for (const auto& [script, limit] : cases) {
+            PhotoRecognizer recognizer(shell(script, limit));
             QElapsedTimer timer;
             timer.start();
             const PhotoBytes photo = photoBytes(QByteArray(3'000'000, 'x'));
-            QVERIFY2(recognize(recognizer, photo).outcome == PhotoOutcome::unreadable, script);
+            for (int i = 0; i < 2; ++i)
+                QVERIFY2(recognize(recognizer, photo).outcome == PhotoOutcome::unreadable, script);
             QVERIFY2(timer.elapsed() < 20'000, script);
-            QVERIFY2(peakMemory() - memory < qint64(64) << 20, "an endless answer is not kept");
-            QVERIFY2(recognize(recognizer, photo).outcome == PhotoOutcome::unreadable, script);
         }
+        PhotoRecognizer lost({"/nonexistent"});
+        QCOMPARE(recognize(lost, photoBytes("x")).outcome, PhotoOutcome::unreadable);
     }
 
     void limitsEveryProcess() {
-        QProcess worker;
-        startInSandbox(worker);
-        const QString file = QString("/proc/%1/limits").arg(worker.processId());
-        const QString limits = QString(contentsOf(file)).simplified();
-        QVERIFY2(limits.contains("Max cpu time 20 25 seconds"), qPrintable(limits));
-        QVERIFY2(limits.contains("Max core file size 0 0 bytes"), qPrintable(limits));
-#ifndef __SANITIZE_ADDRESS__
-        QVERIFY2(limits.contains("Max data size 805306368 805306368 bytes"), qPrintable(limits));
-#endif
-        worker.closeWriteChannel();
-        QVERIFY(worker.waitForFinished(patience));
-    }
-
-    void answersWhenItsTimeIsOver() {
-#ifdef __SANITIZE_ADDRESS__
-        QSKIP("Fatal signals are left to the sanitizer");
-#endif
         for (const int signal : {SIGXCPU, SIGALRM}) {
             QProcess worker;
             startInSandbox(worker);
-            QCOMPARE(kill(static_cast<pid_t>(worker.processId()), signal), 0);
+            const QString file = QString("/proc/%1/limits").arg(worker.processId());
+            const QString limits = QString(contentsOf(file)).simplified();
+            QVERIFY2(limits.contains("Max cpu time 20 25 seconds"), qPrintable(limits));
+            QVERIFY2(limits.contains("Max core file size 0 0 bytes"), qPrintable(limits));
+            QCOMPARE(kill(static_cast<pid_t>(worker.processId()), signal), 0); // its time is over
             QVERIFY(worker.waitForFinished(patience));
+#ifndef __SANITIZE_ADDRESS__ // which takes memory and fatal signals for itself
+            QVERIFY2(limits.contains("Max data size 805306368 805306368 bytes"),
+                     qPrintable(limits));
             QCOMPARE(worker.exitStatus(), QProcess::NormalExit);
             const auto answer = photoResultFromJson(worker.readAllStandardOutput());
-            QVERIFY(answer);
-            QCOMPARE(answer->outcome, PhotoOutcome::unreadable);
+            QVERIFY(answer && answer->outcome == PhotoOutcome::unreadable);
+#endif
         }
     }
 
@@ -146,9 +128,7 @@ private Q_SLOTS:
         const QTemporaryDir folder;
         const QString script = "cat >/dev/null; : >'%1'/$$; until [ -e '%1'/go ]; do sleep 0.05; "
                                "done; echo '[{\"outcome\":\"none\"}]'";
-        const RecognizerOptions options = shell(script.arg(folder.path()), 60s);
-        QCOMPARE(options.atOnce, 2);
-        PhotoRecognizer recognizer(options);
+        PhotoRecognizer recognizer(shell(script.arg(folder.path()), 60s));
         QList<QFuture<PhotoResult>> results;
         for (int i = 0; i < 5; ++i)
             results.append(recognizer.recognize(photoBytes("x")));
@@ -157,83 +137,47 @@ private Q_SLOTS:
         QTest::qWait(300); // in which others would start
         QCOMPARE(started(), 2);
         writeFile(folder.filePath("go"), {});
-        for (const QFuture<PhotoResult>& result : std::as_const(results)) {
+        for (const QFuture<PhotoResult>& result : results) {
             QTRY_VERIFY_WITH_TIMEOUT(result.isFinished(), patience);
             QCOMPARE(result.result().outcome, PhotoOutcome::none);
-        }
-        QCOMPARE(started(), 6);
-    }
-
-    void finishesWhatItLeavesBehind() {
-        auto recognizer = std::make_unique<PhotoRecognizer>(shell("exec sleep 600"));
-        QList<QFuture<PhotoResult>> results;
-        for (int i = 0; i < 5; ++i)
-            results << recognizer->recognize(photoBytes("x"));
-        QTest::qWait(100);
-        recognizer.reset();
-        for (const QFuture<PhotoResult>& result : results) {
-            QVERIFY(result.isFinished());
-            QCOMPARE(result.resultCount(), 1);
         }
     }
 
     void readsEveryFormatWithoutRights() {
-        PhotoRecognizer recognizer({KOPERTAL_PROGRAM});
         for (const char* format : {"jpeg", "png", "webp", "tiff", "bmp"})
-            QVERIFY2(texts(recognize(recognizer, photoBytes(screenshot(format)))) ==
-                         QStringList{"RR473124829PL"},
-                     format);
-        for (const char* other : {"no photo", ""})
-            QCOMPARE(recognize(recognizer, photoBytes(other)).outcome, PhotoOutcome::unreadable);
-        PhotoRecognizer lost({"/nonexistent"});
-        QCOMPARE(recognize(lost, photoBytes("x")).outcome, PhotoOutcome::unreadable);
+            QVERIFY2(textsOn(photoBytes(screenshot(format))) == number, format);
+        QCOMPARE(textsOn(photoBytes("no photo")), QStringList());
     }
 
     /// Pictures of that size are converted on threads, which must be able to start.
     void readsALargeTransparentPicture() {
-        const QImage picture = QImage::fromData(screenshot())
-                                   .scaledToWidth(2600)
-                                   .convertToFormat(QImage::Format_RGBA8888);
-        QByteArray bytes;
-        QBuffer file(&bytes);
+        QImage ink = QImage::fromData(screenshot()).scaledToWidth(2600);
+        ink.invertPixels();
+        QImage picture(ink.size(), QImage::Format_RGBA8888);
+        picture.fill(Qt::black);
+        picture.setAlphaChannel(ink.convertToFormat(QImage::Format_Grayscale8));
+        QBuffer file;
         QVERIFY(picture.save(&file, "tiff"));
-        PhotoRecognizer recognizer({KOPERTAL_PROGRAM});
-        QCOMPARE(texts(recognize(recognizer, photoBytes(bytes))), QStringList{"RR473124829PL"});
+        QCOMPARE(textsOn(photoBytes(file.data())), number);
     }
 
     void triesTheWholeUpload() {
         // What follows a JPEG's marker in the middle of a PNG is rubbish.
         const auto owner = std::make_shared<const QByteArray>(screenshot());
         const QByteArrayView whole(*owner);
-        PhotoRecognizer recognizer({KOPERTAL_PROGRAM});
-        QCOMPARE(texts(recognize(recognizer, {whole.sliced(whole.size() / 2), whole, owner})),
-                 QStringList{"RR473124829PL"});
-        QCOMPARE(texts(recognize(recognizer, {whole, whole, owner})), QStringList{"RR473124829PL"});
+        QCOMPARE(textsOn({whole.sliced(whole.size() / 2), whole, owner}), number);
     }
 
     void givesUpItsRights() {
         static const int starters = open("/etc/hostname", O_RDONLY);
         QVERIFY(starters > STDERR_FILENO);
-        const struct {
-            const char* what;
-            bool (*succeeds)();
-        } attempts[] = {
-            {"reading a file", [] { return open("/etc/hostname", O_RDONLY) >= 0; }},
-            {"writing a file",
-             [] { return open("/tmp/kopertal-new", O_CREAT | O_WRONLY, 0600) >= 0; }},
-            {"using the starter's", [] { return lseek(starters, 0, SEEK_CUR) >= 0; }},
+        const std::pair<const char*, bool (*)()> attempts[] = {
+            {"a file", [] { return open("/etc/hostname", O_RDONLY) >= 0; }},
+            {"the starter's file", [] { return lseek(starters, 0, SEEK_CUR) >= 0; }},
             {"the network", [] { return socket(AF_INET, SOCK_STREAM, 0) >= 0; }},
-            {"other programs", [] { return socket(AF_UNIX, SOCK_STREAM, 0) >= 0; }},
             {"another process", [] { return fork() >= 0; }},
-            {"starting a program",
+            {"another program",
              [] { return execl("/bin/false", "false", nullptr) == 0 || errno != EPERM; }},
-#ifndef __SANITIZE_ADDRESS__ // whose own memory cannot be limited
-            {"a gigabyte",
-             [] {
-                 return mmap(nullptr, size_t(1) << 30, PROT_READ | PROT_WRITE,
-                             MAP_PRIVATE | MAP_ANONYMOUS, -1, 0) != MAP_FAILED;
-             }},
-#endif
         };
         for (const auto& [what, succeeds] : attempts) {
             const pid_t child = fork();

@@ -10,11 +10,8 @@ class PhotoResultTest : public QObject {
 private Q_SLOTS:
     void cleansAndSorts() {
         const std::pair<QStringList, QStringList> cases[] = {
-            {{"RR2", "0055", "RR1"}, {"0055", "RR1", "RR2"}},
-            {{"A", "B", "A"}, {"A", "B"}},
-            {{"a", "A"}, {"A", "a"}},
-            {{"(00)99", "99", "x(00)99"}, {"99", "x(00)99"}},
-            {{"\u001d0055\u001d77"}, {"005577"}},
+            {{"RR2", "0055", "RR1", "RR2"}, {"0055", "RR1", "RR2"}},
+            {{"a", "(00)99", "99", "A", "\u001d0055\u001d77"}, {"005577", "99", "A", "a"}},
             {{"(00)", "\u001d", " "}, {}},
             {{"\U0001F4E6", "\uFF21"}, {"\uFF21", "\U0001F4E6"}}};
         for (const auto& [read, numbers] : cases) {
@@ -32,16 +29,11 @@ private Q_SLOTS:
 
     void refusesWhatIsNoAnswer() {
         for (QByteArray answer :
-             {"", "Segmentation fault", "{'outcome':'none'}", "[]",
-              "[{'outcome':'none'},{'outcome':'none'}]", "[{'outcome':'perhaps'}]",
-              "[{'outcome':'none','numbers':[{'text':'1'}]}]",
+             {"", "Segmentation fault", "[]", "[{'outcome':'none'},{'outcome':'none'}]",
+              "[{'outcome':'perhaps'}]", "[{'outcome':'none','numbers':[{'text':'1'}]}]",
               "[{'outcome':'numbers','numbers':[{'text':'\\u001b[2J'}]}]",
-              "[{'outcome':'numbers','numbers':[{'text':''}]}]",
-              "[{'outcome':'numbers','numbers':[{'text':'1'}"})
+              "[{'outcome':'numbers','numbers':[{'text':''}]}]"})
             QVERIFY2(!photoResultFromJson(answer.replace('\'', '"')), answer);
-    }
-
-    void refusesTooManyNumbers() {
         for (const int count : {10'000, 10'001}) {
             const QByteArray numbers = QByteArray(R"({"text":"1"},)").repeated(count).chopped(1);
             const auto result =

@@ -10,35 +10,24 @@ namespace kopertal::test {
 /// answer says that it was accepted; then it was whole, but for an early end, and all 'x'.
 inline bool makeRandomRequest(std::uint16_t port, std::mt19937& random) {
     RawClient client(port);
-    if (!client.isOpen())
-        return false;
-    std::string photo(1 + random() % 200'000, 'x');
-    switch (random() % 12) {
+    const std::string photo(1 + random() % 200'000, 'x');
+    switch (random() % 10) {
     case 0: // never says anything
         return false;
     case 1: // does not wait for the answer
         client.send("GET / HTTP/1.1\r\n\r\n");
         return false;
-    case 2: // aborted in the header
-        client.send("POST /upl");
-        client.reset();
-        return false;
-    case 3: // aborted in the body
+    case 2: // is lost in the middle of its photo
         client.send(uploadHead(photo.size() + 1'000'000) + photo);
         client.reset();
         return false;
-    case 4:
+    case 3: // too much
         client.send(uploadHead(60'000'000) + photo);
         break;
-    case 5:
-        client.send("POST /upload HTTP/1.1\r\nContent-Length: -7\r\n\r\n");
-        break;
-    case 6: // noise
-        for (char& c : photo)
-            c = static_cast<char>(random());
+    case 4: // nonsense
         client.send(photo);
         break;
-    case 7: // ends early, and still counts
+    case 5: // ends early, and still counts
         client.send(uploadHead(photo.size() + 1) + photo);
         client.finish();
         break;

@@ -10,8 +10,6 @@
 
 #include <future>
 #include <memory>
-#include <string>
-#include <thread>
 #include <vector>
 
 namespace kopertal::test {
@@ -23,11 +21,6 @@ inline const std::string ping = "GET /ping\r\n\r\n";
 
 inline std::string upload(const std::string& body) {
     return uploadHead(body.size()) + body;
-}
-
-/// Long enough for the server to have read what was sent so far.
-inline void letItRead() {
-    std::this_thread::sleep_for(std::chrono::milliseconds(60));
 }
 
 /// What `work` gives on another thread, while photos are taken on this one: they hold room until
@@ -59,11 +52,11 @@ struct RunningServer {
         port = server->port();
     }
 
-    /// A connection whose first bytes the server has read.
+    /// A connection whose first bytes the server has had the time to read.
     RawClient begin(const std::string& bytes) const {
         RawClient client(port);
         client.send(bytes);
-        letItRead();
+        QTest::qSleep(60);
         return client;
     }
 

@@ -9,10 +9,9 @@
 /// A TCP client on loopback that sends exactly the bytes it is told to, when it is told to.
 class RawClient {
 public:
-    enum class Family { v4, v6, otherV4 }; ///< the last comes from 127.0.0.2
-
-    /// Connects; isOpen() tells whether that worked.
-    explicit RawClient(std::uint16_t port, Family family = Family::v4);
+    /// Connects, from another address of this computer when one is given; isOpen() tells whether
+    /// that worked.
+    explicit RawClient(std::uint16_t port, const char* from = nullptr);
     ~RawClient();
     RawClient(RawClient&& other) noexcept;
 
@@ -25,8 +24,8 @@ public:
     /// Closes with a reset instead of an orderly end.
     void reset();
 
-    /// Everything up to the peer's end; nothing when that has not come within `limit`. A reset
-    /// counts as an end.
+    /// Everything up to the peer's end; nothing when for `limit` nothing came. A reset counts as an
+    /// end.
     std::optional<std::string> readAll(std::chrono::milliseconds limit = std::chrono::seconds(10));
 
     /// Connects, sends, ends its output and reads the answer. Empty without one.
