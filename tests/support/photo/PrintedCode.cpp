@@ -100,8 +100,7 @@ cv::Mat drawCode(const CodeText& code, double moduleSize, int height) {
     cv::Mat picture(isLinear(code) ? height : pixels(matrix.height()), pixels(matrix.width()),
                     CV_8U);
     for (int y = 0; y < picture.rows; ++y) {
-        const int row =
-            isLinear(code) ? 0 : std::min(matrix.height() - 1, static_cast<int>(y / moduleSize));
+        const int row = std::min(matrix.height() - 1, static_cast<int>(y / moduleSize));
         for (int x = 0; x < picture.cols; ++x)
             picture.at<uchar>(y, x) = shade(matrix, row, x / moduleSize, (x + 1) / moduleSize);
     }
