@@ -39,12 +39,12 @@ private Q_SLOTS:
     }
 
     void readsPhotos() {
-        // The fourth has stamps over codes without a digit of their own, the fifth lies aslant.
-        const PhotoRecipe recipes[] = {{1, Difficulty::easy, Subject::page},
-                                       {1, Difficulty::easy, Subject::closeUp},
-                                       {1, Difficulty::medium, Subject::codeless},
-                                       {323, Difficulty::medium, Subject::page},
-                                       {310, Difficulty::medium, Subject::matrices}};
+        // The fourth has stamps over codes without a digit of their own, the fifth lies aslant; in
+        // the last, a letter's number is read only by comparing symbols.
+        const PhotoRecipe recipes[] = {
+            {1, Difficulty::easy, Subject::page},         {1, Difficulty::easy, Subject::closeUp},
+            {1, Difficulty::medium, Subject::codeless},   {323, Difficulty::medium, Subject::page},
+            {310, Difficulty::medium, Subject::matrices}, {330, Difficulty::hard, Subject::page}};
         for (const PhotoRecipe& recipe : recipes) {
             const RegisterPhoto photo = makeRegisterPhoto(recipe);
             QList<CodeText> printed;
