@@ -26,8 +26,7 @@ private Q_SLOTS:
         }
         for (const std::string& request :
              {""s, "GET /ping"s, "GET /ping\r\n\r"s, "GET /ping\n\n"s, "GET /\xFF\r\n\r\n"s,
-              "GET /\xC0\xAF\r\n\r\n"s, "GET /\xED\xA0\x80\r\n\r\n"s,
-              std::string(maxReadBytes, 'a')})
+              "GET /\xC0\xAF\r\n\r\n"s, "GET /\xED\xA0\x80\r\n\r\n"s})
             QVERIFY(std::holds_alternative<Drop>(decide(request)));
     }
 
@@ -69,10 +68,11 @@ private Q_SLOTS:
             {Answer::badRequest, "400 Bad Request", ""},
             {Answer::tooLarge, "413 Payload Too Large", ""},
             {Answer::notFound, "404 Not Found", ""}};
-        for (const auto& [answer, head, document] : answers)
-            QCOMPARE(answerBytes(answer, documents),
-                     "HTTP/1.1 " + head + "\r\nContent-Length: " + std::to_string(document.size()) +
-                         "\r\nConnection: close\r\n\r\n" + document);
+        for (const auto& [answer, head, document] : answers) {
+            std::string bytes = "HTTP/1.1 " + head + "\r\nContent-Length: ";
+            bytes += std::to_string(document.size()) + "\r\nConnection: close\r\n\r\n";
+            QCOMPARE(answerBytes(answer, documents), bytes.append(document));
+        }
     }
 
     void findsThePhoto() {

@@ -113,7 +113,7 @@ private Q_SLOTS:
 
     void aSlowUploadGivesWayToAWaitingOne() {
         const struct {
-            int bytesPerTick;
+            std::size_t bytesPerTick;
             bool isAwaited;
             bool survives;
         } cases[] = {{1, true, false}, {1, false, true}, {8000, true, true}}; // on course
@@ -125,8 +125,8 @@ private Q_SLOTS:
                 waiting.send(upload("photo"));
             std::string body(100'000, 'x');
             for (int tick = 0; tick < 12; ++tick) {
-                slow.send(body.substr(0, static_cast<std::size_t>(bytesPerTick)));
-                body.erase(0, static_cast<std::size_t>(bytesPerTick));
+                slow.send(body.substr(0, bytesPerTick));
+                body.erase(0, bytesPerTick);
                 QTest::qSleep(100);
             }
             slow.send(body);
@@ -190,7 +190,9 @@ private Q_SLOTS:
         RunningServer s({.discardBytes = 1'000'000});
         RawClient client(s.port);
         client.send(ping);
-        QVERIFY(!client.send(std::string(50'000'000, 'x')));
+        std::string flood;
+        flood.resize(50'000'000);
+        QVERIFY(!client.send(flood));
     }
 };
 

@@ -42,7 +42,7 @@ struct Shot {
     double sharpening = from({0, 0.6}, {0, 0}, {0, 0});
     int glares = level == 0 ? 0 : random.uniform(0, level == 1 ? 2 : 4);
 
-    double from(Span easy, Span medium, Span hard) const {
+    double from(const Span& easy, const Span& medium, const Span& hard) const {
         const auto [least, most] = std::array{easy, medium, hard}[level].val;
         return least < most ? random.uniform(least, most) : least;
     }
