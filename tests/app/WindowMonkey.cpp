@@ -106,7 +106,7 @@ private:
         const QPoint at(below(target->width()), below(target->height()));
         const int kind = below(1000);
         if (kind == 0)
-            QTest::keySequence(window, QKeySequence("Ctrl+Q"));
+            type(window, Qt::CTRL | Qt::Key_Q);
         else if (kind < 50)
             m_window->resize(300 + below(2200), 300 + below(1500));
         else if (kind < 100)
@@ -114,11 +114,31 @@ private:
         else if (kind < 200)
             QApplication::clipboard()->setText(anyOf(m_texts).repeated(1 + below(3)));
         else if (kind < 400)
-            QTest::mouseClick(window, below(8) ? Qt::LeftButton : Qt::RightButton, {}, at);
+            click(window, below(8) ? Qt::LeftButton : Qt::RightButton, at);
         else if (kind < 750)
-            QTest::keySequence(window, QKeySequence(anyOf(m_keys)));
+            type(window, QKeySequence(anyOf(m_keys))[0]);
         else
-            QTest::keyClick(window, static_cast<char>('!' + below(94)));
+            type(window, char('!' + below(94)));
+    }
+
+    // A press can close the window and delete it; what is released is gone then.
+    static void click(const QPointer<QWindow>& window, Qt::MouseButton button, QPoint at) {
+        QTest::mousePress(window, button, {}, at);
+        if (window)
+            QTest::mouseRelease(window, button, {}, at);
+    }
+
+    static void type(const QPointer<QWindow>& window, QKeyCombination keys,
+                     const QString& text = {}) {
+        for (const bool isPressed : {true, false}) {
+            if (window)
+                QTest::simulateEvent(window, isPressed, keys.key(), keys.keyboardModifiers(), text,
+                                     false);
+        }
+    }
+
+    static void type(QWindow* window, char character) {
+        type(window, QTest::asciiToKey(character), QString(QLatin1Char(character)));
     }
 
     const QStringList m_texts{
