@@ -22,40 +22,29 @@ namespace {
 
 constexpr QRectF pageNumberBox(174, 14, 26, 7); // the form's, in millimetres
 
-/// A register of so many pages, each of one recipient who says which.
 void makeRegister(const QString& path, int pages) {
-    QString text;
-    for (int page = 1; page <= pages; ++page)
-        text += QString("Strona %1\nul. Długa 1\n\n").arg(page) +
-                (page < pages ? QString("Żak\nul. Krótka 2\n\n").repeated(9) : QString());
-    fillTemplate(parseAddresses(text), std::nullopt, path, "Nadawca", {});
+    const QString addresses = QString("Żak\nul. Krótka 2\n\n").repeated(10 * pages);
+    fillTemplate(parseAddresses(addresses), std::nullopt, path, "Nadawca", {});
 }
 
-/// Replaces a text of the document, on all or on its second page, as another program might.
+/// Replaces a text of the document, from its second page on, as another program might.
 void change(const QString& document, const QByteArray& old, const QByteArray& other,
-            bool isEverywhere = false, const QString& part = "word/document.xml") {
+            const QString& part = "word/document.xml") {
     const WorkFolder folder;
     unzipItem(document, folder.path());
     QByteArray contents = contentsOf(folder.filePath(part));
     const qsizetype secondPage = std::max<qsizetype>(contents.indexOf("<w:pageBreakBefore"), 0);
     const qsizetype place = contents.indexOf(old, secondPage);
     QVERIFY2(place >= 0, old);
-    const QByteArray changed =
-        isEverywhere ? contents.replace(old, other) : contents.replace(place, old.size(), other);
-    writeFile(folder.filePath(part), changed);
+    writeFile(folder.filePath(part), contents.replace(place, old.size(), other));
     zipItem(folder.path(), document, {});
 }
 
-/// The page numbers of what was printed, as they stand on the paper, each with its recipient's.
+/// Of the printed pages, as they stand on the paper; each page has its own in the document's text.
 QStringList printedNumbers(const QString& pdf) {
     QStringList numbers;
-    for (const PrintedPage& page : printedPages(pdf)) {
-        QStringList words;
-        for (const PrintedWord& word : page)
-            words += word.text;
-        const QString recipient = words.value(words.lastIndexOf("Strona") + 1);
-        numbers += textInside(page, pageNumberBox) + u' ' + recipient;
-    }
+    for (const PrintedPage& page : printedPages(pdf))
+        numbers += textInside(page, pageNumberBox);
     return numbers;
 }
 
@@ -102,51 +91,34 @@ private Q_SLOTS:
             return fits ? chosenPages(*ranges, 12) : std::vector<int>();
         };
         QCOMPARE(chosen(" ").size(), 12U); // all
-        const std::pair<QString, std::vector<int>> cases[] = {{"3", {2}},
-                                                              {" 7, 1-3 ,2–4", {0, 1, 2, 3, 6}},
-                                                              {"1-5,2-3", {0, 1, 2, 3, 4}},
-                                                              {"11-", {10, 11}},
-                                                              {"11 - 12", {10, 11}}};
-        for (const auto& [text, pages] : cases)
-            QCOMPARE(chosen(text), pages);
-        for (const char* refused : {"0", "3-1", "1,", ",", "-3", "a", "1 2", "1-2-3", "1;2",
-                                    "9999999", "٣", "13", "11-13", "1-999999"})
+        QCOMPARE(chosen(" 7, 1-3 ,2–4"), std::vector<int>({0, 1, 2, 3, 6}));
+        QCOMPARE(chosen("11-"), std::vector<int>({10, 11}));
+        for (const char* refused : {"0", "3-1", "1,", "-3", "a", "1 2", "1-2-3", "9999999", "13",
+                                    "13-", "11-13", "1-999999"})
             QVERIFY2(chosen(refused).empty(), refused);
     }
 
     void printsPages() {
         QStringList all;
         for (int page = 1; page <= 23; ++page)
-            all += QString("%1/23 %1").arg(page);
+            all += QString("%1/23").arg(page);
         const struct {
-            QString name;
-            QString printer;
-            QString pages;
+            QString name, printer, pages;
             int rendered; // pages of pieces that hold a chosen one
             QStringList numbers;
         } cases[] = {{"-t $HOME 'a' \"b\" „Żółć” `c`.docx", "-d Łódź/\"2\" 'x'", "", 23, all},
-                     {"a.docx", "Biuro", "23, 13-14", 13, {"13/23 13", "14/23 14", "23/23 23"}}};
+                     {"a.docx", "Biuro", "23, 13-14", 13, {"13/23", "14/23", "23/23"}}};
         for (const auto& [name, printer, pages, rendered, numbers] : cases) {
             const QString document = m_folder.filePath(name);
             makeRegister(document, 23);
-            m_cups->setPrinters({"Inna", printer}, printer);
-            const PrintSetup setup = m_work.lookUp(document, {});
-            QCOMPARE(setup.printers, QStringList({"Inna", printer}));
-            QCOMPARE(setup.preferredPrinter, printer);
-            QCOMPARE(setup.pages, 23);
-
-            QList<int> readies;
-            const auto progress = [&readies, expected = rendered](int ready, int needed) {
-                readies += ready;
-                QCOMPARE(needed, expected);
-            };
+            int ready = 0;
             const int job = m_cups->jobs() + 1;
-            const PrintResult result = m_work.print(
-                {document, printer, 3, pages.isEmpty(), *pageRanges(pages)}, progress, {});
+            const PrintResult result =
+                m_work.print({document, printer, 3, pages.isEmpty(), *pageRanges(pages)},
+                             [&ready](int now, int) { ready = now; }, {});
             QCOMPARE(result.error, QString());
             QCOMPARE(result.pages, numbers.size());
-            QVERIFY(std::ranges::is_sorted(readies));
-            QCOMPARE(readies.last(), rendered);
+            QCOMPARE(ready, rendered);
             QCOMPARE(m_cups->jobs(), job);
             QCOMPARE(printedNumbers(m_cups->pdf(job)), numbers);
             QCOMPARE(m_cups->arguments(job),
@@ -158,26 +130,21 @@ private Q_SLOTS:
 
     void changedDocumentsAreNotCut() {
         const struct {
-            QByteArray old;
-            QByteArray other;
-            bool isEverywhere = false;
+            QByteArray old, other;
             QString part = "word/document.xml";
         } cases[] = {
             {"<w:tbl>", "<w:p/><w:tbl>"},
-            {"<w:tbl>", "<w:p/><w:tbl>", true},
             {"<w:sectPr>", "<w:p/><w:sectPr>"}, // on the last page
             {"<w:pageBreakBefore", "<w:pageBreakBefore w:val=\"0\""},
             {"<w:r>", "<w:r><w:br w:type=\"page\"/></w:r><w:r>"},
-            {"Lp.", "Liczba porządkowa"},
-            {"locked=\"0\"", "locked=\"1\""},
             {"<w:pgSz ", "<w:pgSz w:orient=\"landscape\" "},
             {"</w:txbxContent>", "<w:p><w:fldSimple w:instr=\"PAGE\"/></w:p></w:txbxContent>"},
             {"</w:txbxContent>", "<w:p><w:r><w:br w:type=\"page\"/></w:r></w:p></w:txbxContent>"},
             {"</w:body>", ""},
-            {"</w:styles>", " </w:styles>", false, "word/styles.xml"}};
-        for (const auto& [old, other, isEverywhere, part] : cases) {
+            {"</w:styles>", " </w:styles>", "word/styles.xml"}};
+        for (const auto& [old, other, part] : cases) {
             makeRegister(m_document, 3);
-            change(m_document, old, other, isEverywhere, part);
+            change(m_document, old, other, part);
             QVERIFY2(RegisterPieces(m_document).pages() == 0, other);
         }
     }
@@ -185,51 +152,25 @@ private Q_SLOTS:
     void changedDocumentsPrintAsTheyAre() {
         makeRegister(m_document, 12);
         change(m_document, "<w:r>", "<w:r><w:br w:type=\"page\"/></w:r><w:r>");
-        // A page has one number, whatever else is printed.
-        const std::pair<QString, QStringList> cases[] = {
-            {"3-4,12-", {"2/12 2", "3/12 3", "11/12 11", "12/12 12"}}, {"13", {"12/12 12"}}};
-        for (const auto& [pages, numbers] : cases) {
-            QCOMPARE(print(pages).error, QString());
-            QCOMPARE(printedNumbers(m_cups->pdf(m_cups->jobs())), numbers);
-        }
+        QCOMPARE(print("3-4,12-").error, QString());
+        QCOMPARE(printedNumbers(m_cups->pdf(1)),
+                 QStringList({"2/12", "3/12", "11/12", "12/12"})); // sheets count, of which are 13
         QCOMPARE(print("14").error, pageRangesRefusal({{14, 14}}, 13));
     }
 
     void failuresAreTold() {
-        const auto program = [this](const char* name, const char* commands) {
-            return [=, this] { m_cups->addProgram(name, commands); };
-        };
-        const auto hideOtherPrograms = [this] {
-            qputenv("PATH", QFile::encodeName(m_cups->programs()));
-        };
-        const std::pair<std::function<void()>, const char*> cases[] = {
-            {program("lpstat", "echo lpstat: Bad file descriptor >&2; exit 1"),
-             "(pakiet cups).\n\nSzczegóły: lpstat: Bad file descriptor"},
-            {program("lp", "echo lp: Kolejka „Biuro” stoi >&2; exit 1"),
+        makeRegister(m_document, 1);
+        const std::tuple<const char*, const char*, const char*> cases[] = {
+            {"lp", "echo lp: Kolejka „Biuro” stoi >&2; exit 1",
              "ustawieniach drukarek.\n\nSzczegóły: lp: Kolejka „Biuro” stoi"},
-            {program("soffice", "echo ojej >&2; kill -SEGV $$"),
+            {"soffice", "echo ojej >&2; kill -SEGV $$",
              "stwórz kopertal od nowa.\n\nSzczegóły: program przerwał pracę: ojej"},
-            {program("soffice", "for file; do :; done; echo Warning: failed to launch javaldx >&2;"
-                                "echo \"Error: <file://$file>\" >&2"),
+            {"soffice", "for file; do :; done; echo \"Error: <file://$file>\" >&2", // and no more
              "Szczegóły: Error: <strony-0.docx>"},
-            {program("soffice", "for file; do :; done; echo %PDF-1.7 >\"${file%.docx}.pdf\""),
-             "jeszcze raz.\n\nSzczegóły: strony-0.pdf"},
-            {[&] { QFile::remove(m_document); }, "Dokumentu już nie ma w folderze zapisu: "},
-            {[] { qputenv("TMPDIR", "/proc/tmp"); },
-             "W folderze plików tymczasowych /proc/tmp nie można zapisać"},
-            {hideOtherPrograms, "Zainstaluj pakiet libreoffice-writer albo "
-                                "libreoffice-writer-nogui."},
-            {[&] {
-                 hideOtherPrograms();
-                 m_cups->addProgram("soffice", "exit 0");
-                 QFile::remove(m_cups->programs() + "/lp");
-             },
-             "Zainstaluj pakiety cups i cups-client (brak programu „lp”)."}};
-        for (const auto& [breakSomething, message] : cases) {
-            m_cups.reset();
-            init();
-            makeRegister(m_document, 1);
-            breakSomething();
+            {"lpstat", "echo lpstat: Bad file descriptor >&2; exit 1",
+             "(pakiet cups).\n\nSzczegóły: lpstat: Bad file descriptor"}};
+        for (const auto& [program, commands, message] : cases) {
+            m_cups->addProgram(program, commands);
             QString error = m_work.lookUp(m_document, {}).error;
             if (error.isEmpty())
                 error = print().error;
@@ -238,18 +179,25 @@ private Q_SLOTS:
             QCOMPARE(m_cups->jobs(), 0);
             QCOMPARE(m_cups->leftBehind(), QStringList());
         }
+        QFile::remove(m_cups->programs() + "/soffice");
+        qputenv("PATH", QFile::encodeName(m_cups->programs()));
+        QVERIFY(m_work.lookUp(m_document, {}).error.contains("pakiet libreoffice-writer albo"));
+        QFile::remove(m_document);
+        QVERIFY(print().error.startsWith("Dokumentu już nie ma w folderze zapisu: "));
     }
 
     void whatHangsIsEnded() {
         const std::chrono::milliseconds patience(200);
+        const auto find = [&] { findPrinters({}, patience); };
+        const auto send = [&] { sendToPrinter("a.pdf", "a", {}, {}, patience); };
         const auto render = [&] {
             renderDocuments(
                 {m_document}, m_folder.path(), [](int) {}, {}, patience);
         };
         const std::tuple<QString, QString, std::function<void()>> cases[] = {
-            {"lpstat", "", [&] { findPrinters({}, patience); }},
-            {"lpstat", "[ \"$1\" = -e ] && exec echo Biuro; ", [&] { findPrinters({}, patience); }},
-            {"lp", "", [&] { sendToPrinter("a.pdf", "a", {}, {}, patience); }},
+            {"lpstat", "", find},
+            {"lpstat", "[ \"$1\" = -e ] && exec echo Biuro; ", find},
+            {"lp", "", send},
             {"soffice", "", render}};
         for (const auto& [program, before, ask] : cases) {
             m_cups->addProgram(program, before + "(/bin/sleep 600; :) & wait");
