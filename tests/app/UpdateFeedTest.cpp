@@ -34,32 +34,24 @@ class UpdateFeedTest : public QObject {
 
 private Q_SLOTS:
     void versionsHaveAnOrder() {
-        const QString ascending =
-            "0=0.0.0 0.9 1=1.0.0=1+git.abc 1.0.1-alpha 1.0.1-alpha.1 1.0.1-alpha.beta 1.0.1-beta.2 "
-            "1.0.1-beta11 1.0.1-RC1=1.0.1-rc.01 1.0.1-rc2 1.0.1 v1.0.1+7 1.0.1+10 1.2=v1.02 1.9.99 "
-            "1.10 2.0-1 2 10.0.0.1 18446744073709551616 99999999999999999999999";
-        QList<std::pair<int, QString>> versions;
-        int place = 0;
-        for (const QString& equal : ascending.split(u' ')) {
-            ++place;
-            for (const QString& text : equal.split(u'='))
-                versions << std::pair(place, text);
+        const QStringList ascending =
+            QString("0 0.9 1 1.0.1-alpha 1.0.1-alpha.1 1.0.1-alpha.beta 1.0.1-beta.2 1.0.1-beta11 "
+                    "1.0.1-rc2 1.0.1 v1.0.1+7 1.0.1+10 1.9.99 1.10 2.0-1 2 10.0.0.1 "
+                    "18446744073709551616 99999999999999999999999")
+                .split(u' ');
+        const auto order = [](const QString& a, const QString& b) {
+            return compareVersions(parseVersion(a).value(), parseVersion(b).value());
+        };
+        for (qsizetype a = 0; a < ascending.size(); ++a) {
+            for (qsizetype b = 0; b < ascending.size(); ++b)
+                QVERIFY2(order(ascending[a], ascending[b]) == (a <=> b), qPrintable(ascending[a]));
         }
-        for (const auto& [placeA, a] : versions) {
-            for (const auto& [placeB, b] : versions)
-                QVERIFY2(compareVersions(parseVersion(a).value(), parseVersion(b).value()) ==
-                             (placeA <=> placeB),
-                         qPrintable(a + u' ' + b));
-        }
-    }
-
-    void otherTextsAreNoVersions() {
-        for (const char* text :
-             {"", "v", "1.", ".1", "1..2", "1.2 ", " 1", "1\n", "-1", "1-", "1+", "1.2beta", "1,2",
-              "latest", "1.2-ż", "1.2-a..b", "0x1", "1e9", "١.٢"})
+        QVERIFY(std::is_eq(order("v1.02", "1.2.0+git.abc")));
+        QVERIFY(std::is_eq(order("1-RC1", "1-rc.01")));
+        for (const char* text : {"", "v", "1.", ".1", "1..2", "1.2 ", " 1", "1\n", "-1", "1-", "1+",
+                                 "1.2beta", "latest", "1.2-ż", "1.2-a..b", "0x1", "١.٢"})
             QVERIFY2(!parseVersion(QString(text)), text);
         QVERIFY(!parseVersion(QString(65, u'1')));
-        QVERIFY(!parseVersion(QString("1") + QChar(0) + u'2'));
     }
 
     void updatesAreOffered() {
@@ -71,7 +63,6 @@ private Q_SLOTS:
                      {"1.10", {"1.2", "1.10.0", "1.9"}, ""},
                      {"1.1", {"2.0-beta", "1.1.1"}, "1.1.1"},
                      {"2.0-beta.1", {"2.0-beta.2", "1.9"}, "2.0-beta.2"}, // to who has one
-                     {"2.0-rc1", {"2.0"}, "2.0"},
                      {"1.1+40", {"1.1+41"}, "1.1+41"},
                      {"1.1", {"1.1+41"}, ""}}; // one's own build is unknown
         for (const auto& [own, feed, offered] : cases) {
@@ -85,19 +76,11 @@ private Q_SLOTS:
     }
 
     void unsoundEntriesAreLeftOut() {
-        for (const char* page : {"https://example.invalid/a?b#c", "HTTPS://EXAMPLE.INVALID"})
-            QVERIFY2(releasesOf(entry("2.0", {}, page)).size() == 1, page);
-        QByteArrayList items{entry("2.0", {}, "https://example.invalid/" + QByteArray(2000, 'a'))};
-        for (const char* item :
-             {"null", "7", "[]", "{}", "{'id': 2, 'url': 'https://example.invalid/'}",
-              "{'id': 'latest', 'url': 'https://example.invalid/'}", "{'id': '9.9', 'url': {}}",
-              "{'id': '9.8', 'url': ['https://example.invalid/']}"})
-            items << json(item);
+        QByteArrayList items{"null", "{}", json("{'id': '9.9', 'url': {}}"), entry("latest"),
+                             entry("2.0", {}, "https://example.invalid/" + QByteArray(2000, 'a'))};
         for (const char* page :
              {"http://example.invalid/", "file:///etc/passwd", "javascript:alert(1)", "//a/b",
-              "https:/a", "https:", "https://", "", "/a", "https://bank.pl@example.invalid/",
-              "https://exa mple.invalid/", "data:text/html,x", "https://[1/", "mailto:a@b",
-              " https://example.invalid/"})
+              "https://", "", "https://bank.pl@example.invalid/", " https://example.invalid/"})
             items << entry("2.0", {}, page);
         for (const QByteArray& item : items)
             QVERIFY2(releasesOf(item + ',' + entry("1.5")).size() == 1, item);
@@ -105,31 +88,24 @@ private Q_SLOTS:
 
     void notesAreBoundedPlainText() {
         const std::pair<QByteArray, QString> cases[] = {
-            {"<b>a</b> &amp; <img src=x>", "<b>a</b> &amp; <img src=x>"},
-            {"\\r\\n a\\r\\nb\\rc\\td\\n\\n", "a\nb\nc d"},
+            {"\\r\\n <b>a</b>\\r\\nb\\rc\\td\\n\\n", "<b>a</b>\nb\nc d"},
             {"a\\u0000\\u001b[31m\\u009b\\u202eb\\u2028\\u200bc", "a[31mbc"},
-            {QByteArray(100'000, 'x'), QString(4000, u'x') + u'…'},
             {'x' + QByteArray("\xF0\x9F\x93\xA6").repeated(9000), // no half characters
              u'x' + QStringLiteral("\U0001F4E6").repeated(1999) + u'…'},
             {QByteArray("x\\n").repeated(5000),
-             QStringLiteral("x\n").repeated(200).chopped(1) + u'…'},
-            {" \\n\\t\\u00a0", ""}};
+             QStringLiteral("x\n").repeated(200).chopped(1) + u'…'}};
         for (const auto& [notes, shown] : cases)
             QCOMPARE(releasesOf(entry("2.0", notes)).value(0).notes, shown);
     }
 
     void otherAnswersAreNoFeeds() {
-        const QByteArray answers[] = {
-            "",
-            "<!DOCTYPE html><title>502</title>",
-            json("{'items': []}"),
-            json("{'version': 'https://jsonfeed.org/version/1', 'items': {}}"),
-            feedOf(entry("2.0")).replace("version/1.1", "version/2"),
-            "[]",
-            feedOf(entry("2.0")).chopped(2),
-            feedOf(entry("2.0", "\xC3\x28")),
-            feedOf(QByteArray(100'000, '[') + QByteArray(100'000, ']')),
-            feedOf(entry("2.0")) + QByteArray(maxFeedBytes, ' ')};
+        const QByteArray answers[] = {"",
+                                      "<!DOCTYPE html><title>502</title>",
+                                      feedOf(entry("2.0")).replace("version/1.1", "version/2"),
+                                      feedOf(entry("2.0")).chopped(2),
+                                      feedOf(entry("2.0", "\xC3\x28")),
+                                      feedOf(QByteArray(100'000, '[') + QByteArray(100'000, ']')),
+                                      feedOf(entry("2.0")) + QByteArray(maxFeedBytes, ' ')};
         for (const QByteArray& bytes : answers)
             QVERIFY2(!readUpdateFeed(bytes), bytes.first(qMin<qsizetype>(bytes.size(), 60)));
     }
@@ -143,11 +119,10 @@ private Q_SLOTS:
         QVERIFY(bytes.size() > 240'000);
         QElapsedTimer clock;
         clock.start();
-        const auto releases = readUpdateFeed(bytes);
-        const auto update = newestUpdate(releases.value(), parseVersion(u"1.0").value());
-        const qint64 elapsed = clock.elapsed();
+        const auto update =
+            newestUpdate(readUpdateFeed(bytes).value(), parseVersion(u"1.0").value());
+        QVERIFY(clock.elapsed() < 500);                                // under sanitizers, too
         QCOMPARE(update.value().versionText, QStringLiteral("1.999")); // the first thousand
-        QVERIFY2(elapsed < 500, qPrintable(QString::number(elapsed))); // under sanitizers, too
     }
 };
 
