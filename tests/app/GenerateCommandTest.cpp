@@ -36,10 +36,6 @@ class GenerateCommandTest : public QObject {
         return readArchive(path)["word/document.xml"].contents;
     }
 
-    static QString todaysName() {
-        return "kopertal_" + QDate::currentDate().toString("yyyyMMdd") + ".docx";
-    }
-
     QTemporaryDir m_scratch;
 
 private Q_SLOTS:
@@ -61,26 +57,24 @@ private Q_SLOTS:
 
     void cleanup() { QVERIFY(QDir(m_scratch.filePath("tmp")).isEmpty()); }
 
-    void writesWhatSendersHave() {
+    void takesTheRestFromTheSettings() {
+        const QString name = "kopertal_" + QDate::currentDate().toString("yyyyMMdd") + ".docx";
         writeFile("a.txt", "Jan \xa3o\x9c\x01\r\nul. 1\r\n"); // Windows-1250, and no XML
         const CommandResult result = run({"a.txt"});
         QCOMPARE(result.messages, "");
         QCOMPARE(result.exitCode, 0);
-        QCOMPARE(result.output, QDir().absoluteFilePath(todaysName()) + '\n');
-        QVERIFY(documentOf(todaysName()).contains(">Jan Łoś<"));
-    }
+        QCOMPARE(result.output, QDir().absoluteFilePath(name) + '\n');
+        QVERIFY(documentOf(name).contains(">Jan Łoś<"));
 
-    void takesTheRestFromTheSettings() {
         writeFile(m_scratch.filePath("config/kopertal/settings.json"),
                   R"({"sender.name": "Firma X", "sender.address": "ul. Y", "paths.saveFolder": ")" +
                       m_scratch.filePath("save").toUtf8() + R"("})");
-        const QString path = m_scratch.filePath("save/" + todaysName());
+        const QString path = m_scratch.filePath("save/" + name);
         QCOMPARE(run({"a.txt"}).output, path + "\n");
         QVERIFY(documentOf(path).contains(">Firma X<") && documentOf(path).contains(">ul. Y<"));
 
-        QCOMPARE(run({"--sender-name=Ż & Z", "--sender-address", "", "-o", ".", "a.txt"}).exitCode,
-                 0);
-        const QByteArray document = documentOf(todaysName());
+        run({"--sender-name=Ż & Z", "--sender-address", "", "--output", "o.docx", "a.txt"});
+        const QByteArray document = documentOf("o.docx");
         QVERIFY(document.contains(">Ż &amp; Z<") && !document.contains(">ul. Y<"));
     }
 
@@ -91,7 +85,6 @@ private Q_SLOTS:
             run({"--json", "--output", "o.docx"}, "Jan\nul. 1\n\nŻuk \"1\"\n\n" + tricks.toUtf8());
         QCOMPARE(result.messages, "Pominięte wpisy (za mało linii):\nŻuk \"1\"\nab\n");
         QVERIFY(result.output.contains("a\\u001b\\u009b\\u007f\\u202eb\\u2028\\udb40\\udc01"));
-        QCOMPARE(result.output.count('\n'), 1);
         const QJsonObject expected{{"document", QDir().absoluteFilePath("o.docx")},
                                    {"recipients", 1},
                                    {"pages", 1},
@@ -106,29 +99,13 @@ private Q_SLOTS:
         QVERIFY(result.messages.endsWith("brakuje adresatów: 2\n"));
     }
 
-    void choosesTheNameAfterReading() {
-        QProcess slow;
-        slow.start(KOPERTAL_PROGRAM, {"generate", "-"});
-        QVERIFY(slow.waitForStarted());
-        const QString first = run({}, twoRecipients).output;
-        slow.write(twoRecipients);
-        slow.closeWriteChannel();
-        QVERIFY(slow.waitForFinished());
-        QVERIFY(QFile::exists(first.trimmed()));
-        QCOMPARE(QString::fromUtf8(slow.readAllStandardOutput()),
-                 QString(first).replace(".docx", "_1.docx"));
-    }
-
     void failsWithAMessage() {
         const std::pair<QStringList, QString> cases[] = {
             {{"only-skipped.txt"}, "Brak adresatów"},
             {{"missing.txt"}, "Nie można odczytać adresów: missing.txt: "},
-            {{"."}, ".: "},
             {{"/dev/zero"}, "/dev/zero: plik jest większy"},
-            {{"a.txt", "-o", "missing"}, "Folder zapisu nie istnieje: missing"},
             {{"a.txt", "-o", "a.txt"}, "Folder zapisu nie istnieje: a.txt"},
             {{"a.txt", "--output", "missing/o.docx"}, "Folder zapisu nie istnieje: missing"},
-            {{"a.txt", "--template", "missing.dotx"}, "Nie znaleziono szablonu: missing.dotx"},
             {{"a.txt", "--template", "/dev/stdin"}, "/dev/stdin: to nie jest plik"},
             {{"a.txt", "--template", "a.txt"}, "Nie udało się utworzyć dokumentu: a.txt: "}};
         writeFile("only-skipped.txt", "A\n\nB\n");
@@ -142,36 +119,17 @@ private Q_SLOTS:
         }
     }
 
-    /// The limit breaks off a write within a piece, as a full disk does: of a part of the template,
-    /// then of the document.
-    void saysWhyTheDiskTakesNoMore() {
-        writeFile("many.txt", twoRecipients.repeated(100));
-        writeFile("o.docx", "old");
-        for (const char* blocks : {"3", "401"}) {
-            const CommandResult result = runCommand(
-                "/bin/sh",
-                {"-c", "trap '' XFSZ; ulimit -f $1; exec \"$0\" generate many.txt --output o.docx",
-                 KOPERTAL_PROGRAM, blocks});
-            QVERIFY2(result.messages.endsWith(": File too large\n"), qPrintable(result.messages));
-            QVERIFY(result.messages.contains(m_scratch.filePath("tmp/")));
-            QCOMPARE(result.exitCode, 1);
-            QCOMPARE(contentsOf("o.docx"), "old");
-        }
-    }
-
     void refusesWrongUsage() {
-        QVERIFY(QDir().mkpath("folder/below"));
-        for (const QString words : // a blank at the end: an empty argument
-             {"", "--colour", "a.txt -o", "--json=yes", "a.txt a.txt", "a.txt -o . --output x.docx",
-              "a.txt --output ", "a.txt --output folder", "a.txt --output new/",
-              "a.txt --output ./a.txt", "a.txt --output /dev/null",
-              "a.txt --template a.txt --output folder/../a.txt"}) {
+        QVERIFY(QDir().mkpath("folder"));
+        for (const QString words :
+             {"--colour", "a.txt -o", "a.txt a.txt", "a.txt -o . --output x.docx",
+              "a.txt --output folder", "a.txt --output new/", "a.txt --output ./a.txt",
+              "a.txt --output /dev/null", "--template a.txt --output folder/../a.txt"}) {
             const CommandResult result = run(words.split(u' '));
             QVERIFY2(result.exitCode == 2, qPrintable(words));
-            QCOMPARE(contentsOf("a.txt"), twoRecipients);
             QVERIFY(result.messages.contains("--help"));
+            QCOMPARE(contentsOf("a.txt"), twoRecipients);
             QCOMPARE(workFiles(), QStringList({"a.txt", "folder"}));
-            QVERIFY(QFile::exists("folder/below"));
         }
         QCOMPARE(runCommand(KOPERTAL_PROGRAM, {"generuj"}).exitCode, 2);
     }
