@@ -67,7 +67,7 @@ private Q_SLOTS:
 
     void waitsForNoPhotoForEver() {
         Serve serve;
-        QVERIFY(upload(serve.port, codelessPhoto()));
+        QVERIFY(upload(serve.port, makeRegisterPhoto({.subject = Subject::codeless}).jpeg));
         const auto children = QString("/proc/%1/task/%1/children").arg(serve.processId());
         const auto reader = [&] { return contentsOf(children).trimmed(); };
         QTRY_VERIFY(contentsOf("/proc/" + reader() + "/cmdline").contains("--json"));
