@@ -113,7 +113,7 @@ bool WindowMemory::save() {
 QList<int> WindowMemory::numbers(const QString& key) const {
     constexpr int none = -1;
     QList<int> numbers;
-    for (const QJsonValue& value : m_layout.value(key).toArray()) {
+    for (const auto& value : m_layout.value(key).toArray()) {
         numbers << value.toInt(none);
         if (numbers.back() == none)
             return {};

@@ -22,7 +22,7 @@ namespace {
 
 constexpr QRectF pageNumberBox(174, 14, 26, 7); // the form's, in millimetres
 
-void makeRegister(const QString& path, int pages) {
+void makeRegister(const QString& path, qsizetype pages) {
     const QString addresses = QString("Żak\nul. Krótka 2\n\n").repeated(10 * pages);
     fillTemplate(parseAddresses(addresses), std::nullopt, path, "Nadawca", {});
 }
