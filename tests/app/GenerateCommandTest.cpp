@@ -106,6 +106,7 @@ private Q_SLOTS:
             {{"/dev/zero"}, "/dev/zero: plik jest większy"},
             {{"a.txt", "-o", "a.txt"}, "Folder zapisu nie istnieje: a.txt"},
             {{"a.txt", "--output", "missing/o.docx"}, "Folder zapisu nie istnieje: missing"},
+            {{"a.txt", "-o", "/proc"}, "Nie udało się utworzyć dokumentu: /proc/kopertal_"},
             {{"a.txt", "--template", "/dev/stdin"}, "/dev/stdin: to nie jest plik"},
             {{"a.txt", "--template", "a.txt"}, "Nie udało się utworzyć dokumentu: a.txt: "}};
         writeFile("only-skipped.txt", "A\n\nB\n");
