@@ -233,6 +233,17 @@ void MainWindow::paintEvent(QPaintEvent* event) {
         QMetaObject::invokeMethod(this, &MainWindow::fill, Qt::QueuedConnection);
 }
 
+/// A key for the frame is one for what will have the keyboard: who types at once loses nothing.
+void MainWindow::keyPressEvent(QKeyEvent* event) {
+    if (m_content) {
+        QMainWindow::keyPressEvent(event);
+        return;
+    }
+    fill();
+    if (QWidget* focused = focusWidget())
+        QApplication::sendEvent(focused, event);
+}
+
 void MainWindow::closeEvent(QCloseEvent* event) {
     event->accept();
     for (QWidget* window : QApplication::topLevelWidgets()) {

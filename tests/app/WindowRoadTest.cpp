@@ -71,6 +71,15 @@ private Q_SLOTS:
         QCOMPARE(next.saveFolder(), m_folder->path());
     }
 
+    void keysForTheEmptyFrameAreNotLost() {
+        m_window = std::make_unique<MainWindow>(*m_settings);
+        m_window->show();
+        QVERIFY(!m_window->centralWidget());
+        for (const char key : {'A', 'n'})
+            QTest::keyClick(m_window->windowHandle(), key);
+        QCOMPARE(editor().text(), "An");
+    }
+
     void makesRegistersFromTypedAndPastedAddresses() {
         openWindow();
         typeText("Anna");
