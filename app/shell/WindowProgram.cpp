@@ -85,6 +85,7 @@ int runFirst(SingleInstance& instance, DesktopWishes& wishes,
     MainWindow window(settings);
     WindowMemory memory(PreferencesStore(PreferencesStore::defaultPath()), window);
     QObject::connect(&window, &MainWindow::filled, &window, [&] {
+        QApplication::setWindowIcon(morvik::pictureIcon(QStringLiteral(":/kopertal/kopertal.svg")));
         window.addTrackingTab(new LatePage([&] {
             auto* tracking = new TrackingView(settings, trackingParts());
             window.addViewActions(AppTab::tracking, tracking->actions());
@@ -147,7 +148,6 @@ int runWindow(int& count, char** arguments) {
     DesktopWishes wishes(PreferencesStore(PreferencesStore::defaultPath()),
                          QGuiApplication::platformName().startsWith(u"wayland"));
     morvik::MorvikStyle::install(application);
-    QApplication::setWindowIcon(morvik::pictureIcon(QStringLiteral(":/kopertal/kopertal.svg")));
     speakPolish(application);
     TerminationSignals terminationSignals;
     const int code = runFirst(instance, wishes, terminationSignals, absolute(file));
