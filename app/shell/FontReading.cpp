@@ -4,10 +4,13 @@
 #include <QStringList>
 
 #include <fontconfig/fontconfig.h>
+#include <sys/resource.h>
 #include <system_error>
 
 namespace kopertal {
 namespace {
+
+constexpr int behindTheWindow = 10; // a nice value: the first frame needs no font
 
 std::jthread started(void (*work)()) {
     try {
@@ -24,7 +27,10 @@ std::jthread readFontConfiguration() {
 }
 
 std::jthread readFontList() {
-    return started([] { QFontDatabase::families(); });
+    return started([] {
+        setpriority(PRIO_PROCESS, 0, behindTheWindow); // of this thread alone
+        QFontDatabase::families();
+    });
 }
 
 } // namespace kopertal
