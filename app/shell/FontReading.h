@@ -11,7 +11,8 @@ namespace kopertal {
 /// The system's configuration. It needs no application.
 std::jthread readFontConfiguration();
 
-/// The toolkit's list of fonts. The application must live until the thread has ended.
+/// The toolkit's list of fonts, behind the main thread where cores are few. The application must
+/// live until the thread has ended.
 std::jthread readFontList();
 
 } // namespace kopertal
